@@ -1,0 +1,55 @@
+#pragma once
+
+#include "core_check.h"
+#include "core_v2masterlogger.h"
+#include "core_varargs.h"
+
+#include <string>
+#include <string_view>
+
+/// What the program's code calls to log. Texts are finished, formats are formats:
+/// the two never share a function, so a '%' in a folder name stays one.
+namespace core {
+
+/// Logs a finished text; the channel's enable bit is not asked.
+inline void logText(int32_t channel, std::string_view text) {
+    MasterLogger::logText(MasterLogger::defaultLogger(), channel, text);
+}
+inline void logText(Logger& logger, int32_t channel, std::string_view text) {
+    MasterLogger::logText(logger, channel, text);
+}
+
+/// Formats by core::format and logs, if the channel is enabled. The arguments are
+/// evaluated by the call; where they cost something use CORE_LOGF.
+template <typename... Args>
+void logf(Logger& logger, int32_t channel, const char* format, const Args&... args) {
+    if (channelEnabled(channel))
+        MasterLogger::logText(logger, channel, core::format(format, args...));
+}
+template <typename... Args>
+void logf(int32_t channel, const char* format, const Args&... args) {
+    logf(MasterLogger::defaultLogger(), channel, format, args...);
+}
+
+/// `message` as a line of the named function: joined directly when it begins with
+/// "(", otherwise by " - ". Names are written out ("utl::IniReader::load"), a
+/// leading "NS_" left off.
+std::string withFunction(std::string_view function, std::string_view message);
+
+/// Logs "Log at FILE:LINE (FUNCTION) - MESSAGE" if the channel is enabled; null or
+/// empty function and message are left out together with their marks.
+void logAt(int32_t channel, const CheckSite& site, const char* function = nullptr,
+           const char* message = nullptr);
+
+/// Logs through the installed LogRImpl: see DefaultLogRImpl for the rules.
+void logRepeated(std::string_view identity, int32_t channel, std::string_view key,
+                 const TextProducer& produce);
+
+} // namespace core
+
+/// core::logf whose arguments are evaluated only when the channel is enabled.
+#define CORE_LOGF(channel, ...)                                                                    \
+    do {                                                                                           \
+        if (core::channelEnabled(channel))                                                         \
+            core::logf((channel), __VA_ARGS__);                                                    \
+    } while (false)

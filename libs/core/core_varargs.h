@@ -1,0 +1,124 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <type_traits>
+
+/// Type-checked printf-style formatting.
+///
+/// The argument's type decides what is printed, the conversion only how:
+///
+///     argument                              conversions
+///     char, signed and unsigned char        c  d i u o x X (sign-extended to 32 bits)
+///     16-, 32- and 64-bit integers, enums   d i u o x X c
+///     float, double                         f F g G e E a A
+///     const char*                           s S  p (its address)
+///     std::string and other text            s S
+///     other pointers                        p
+///
+/// Flags `-`, `0`, `+` and space, a width and a precision work as in printf except:
+///  - an integer's precision is a zero-filled width that replaces the width given
+///    ("%8.3d" prints like "%03d"); zero fill wins over `-`, space over `+`;
+///  - precision 0 does not cut a string; `c` prints nothing for NUL;
+///  - numbers in floating point take only width, `-` and precision, and at most 23
+///    characters of the number are printed; its decimal point is always '.';
+///  - `S` takes its width as a maximum: "%6S" of "abcdefghij" is "abc...";
+///  - `#` and the length modifiers are accepted and mean nothing; `*` is not supported.
+///
+/// A mismatch, a missing or a surplus argument is a failed check, after which
+/// formatting goes on with a neutral placeholder: a faulty message never crashes.
+namespace core {
+
+/// One erased argument: a view, valid while the argument it was made from is.
+class FormatArg {
+public:
+    enum class Kind : uint8_t { Int8, Int16, Int32, Int64, Double, CString, Text, Pointer };
+
+    template <std::integral T>
+        requires(sizeof(T) <= 8)
+    constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
+        : d_kind(kindOfInteger<T>()), d_integer(static_cast<uint64_t>(value)) {}
+
+    template <typename T>
+        requires std::is_enum_v<T>
+    constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
+        : FormatArg(static_cast<int32_t>(value)) {}
+
+    template <std::floating_point T>
+    constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
+        : d_kind(Kind::Double), d_double(static_cast<double>(value)) {}
+
+    /// Null is allowed and prints as "(null)".
+    FormatArg(const char* text); // NOLINT(google-explicit-constructor)
+
+    /// Text with a length of its own; embedded NUL characters are kept.
+    template <typename T>
+        requires requires(const T& text) {
+            { text.data() } -> std::convertible_to<const char*>;
+            { text.size() } -> std::convertible_to<size_t>;
+        }
+    FormatArg(const T& text) // NOLINT(google-explicit-constructor)
+        : d_kind(Kind::Text), d_text(text.data()), d_length(static_cast<size_t>(text.size())) {}
+
+    template <typename T>
+        requires((std::is_object_v<T> || std::is_void_v<T>) &&
+                 !std::is_same_v<std::remove_cv_t<T>, char>)
+    constexpr FormatArg(T* pointer) // NOLINT(google-explicit-constructor)
+        : d_kind(Kind::Pointer), d_pointer(const_cast<const std::remove_cv_t<T>*>(pointer)) {}
+    constexpr FormatArg(std::nullptr_t) // NOLINT(google-explicit-constructor)
+        : d_kind(Kind::Pointer), d_pointer(nullptr) {}
+
+    Kind kind() const { return d_kind; }
+    uint64_t integer() const { return d_integer; } ///< zero- or sign-extended bits
+    double real() const { return d_double; }
+    const char* text() const { return d_text; }
+    size_t length() const; ///< of the text, in bytes
+    const void* pointer() const { return d_pointer; }
+
+    /// Bytes that this argument will probably print.
+    size_t estimate() const;
+
+private:
+    template <typename T>
+    static constexpr Kind kindOfInteger() {
+        if constexpr (std::is_same_v<T, bool>)
+            return Kind::Int32;
+        else if constexpr (sizeof(T) == 1)
+            return Kind::Int8;
+        else if constexpr (sizeof(T) == 2)
+            return Kind::Int16;
+        else if constexpr (sizeof(T) == 4)
+            return Kind::Int32;
+        else
+            return Kind::Int64;
+    }
+
+    Kind d_kind;
+    union {
+        uint64_t d_integer;
+        double d_double;
+        const char* d_text;
+        const void* d_pointer;
+    };
+    size_t d_length = 0; // of a text
+};
+
+/// The engine behind `format`: appends the text to `out`.
+void formatTo(std::string& out, const char* format, const FormatArg* args, size_t count);
+
+/// Formats to a new string; `format` ends at its NUL. Any thread.
+template <typename... Args>
+std::string format(const char* format, const Args&... args) {
+    std::string out;
+    if constexpr (sizeof...(args) == 0) {
+        formatTo(out, format, nullptr, 0);
+    } else {
+        const FormatArg erased[] = {FormatArg(args)...};
+        formatTo(out, format, erased, sizeof...(args));
+    }
+    return out;
+}
+
+} // namespace core

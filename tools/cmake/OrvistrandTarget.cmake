@@ -1,0 +1,37 @@
+# What every target of this project shares: the language level, our warnings, the
+# sanitizers asked for, and which half of a platform pair is built.
+
+if(WIN32)
+    set(ORVISTRAND_PLATFORM win32)
+else()
+    set(ORVISTRAND_PLATFORM posix)
+endif()
+
+# orvistrand_target(NAME): warnings stay private, so that users never inherit them.
+function(orvistrand_target name)
+    target_compile_features(${name} PUBLIC cxx_std_20)
+    set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
+    target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
+        -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wundef -fno-omit-frame-pointer)
+    if(ORVISTRAND_WERROR)
+        target_compile_options(${name} PRIVATE -Werror)
+    endif()
+    if(ORVISTRAND_SANITIZE)
+        target_compile_options(${name} PRIVATE -fsanitize=${ORVISTRAND_SANITIZE}
+            -fno-sanitize-recover=all)
+        target_link_options(${name} PUBLIC -fsanitize=${ORVISTRAND_SANITIZE})
+    endif()
+endfunction()
+
+# orvistrand_library(NAME MODULES m... [PAIRS p...]): a static library, named
+# orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has
+# p_win32.cpp and p_posix.cpp, of which the platform's half is built.
+function(orvistrand_library name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "MODULES;PAIRS")
+    list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
+    list(TRANSFORM arg_PAIRS APPEND _${ORVISTRAND_PLATFORM}.cpp OUTPUT_VARIABLE halves)
+    add_library(orvistrand_${name} STATIC ${sources} ${halves})
+    add_library(orvistrand::${name} ALIAS orvistrand_${name})
+    orvistrand_target(orvistrand_${name})
+    target_include_directories(orvistrand_${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+endfunction()
