@@ -40,8 +40,7 @@ void setAssertionLevel(int32_t level);
 
 /// Reports a failed check to the handler if the assertion level admits it, and
 /// stops the program by `deliberateFault` when the handler says so.
-void raise(const char* condition, const CheckSite& site, int32_t level,
-           const std::string& message);
+void raise(const char* condition, const CheckSite& site, int32_t level, const std::string& message);
 
 /// Reports a failed alert to `alertDefault` under the same rules.
 void raiseAlert(const char* condition, const CheckSite& site, const std::string& message);
@@ -84,14 +83,17 @@ constexpr const char* baseName(const char* path) {
     return base;
 }
 
-inline std::string messageOf() { return {}; }
-inline const std::string& messageOf(const std::string& message) { return message; }
+inline std::string messageOf() {
+    return {};
+}
+inline const std::string& messageOf(const std::string& message) {
+    return message;
+}
 
 } // namespace detail
 } // namespace core
 
-#define CORE_CHECK_HERE                                                                            \
-    (core::CheckSite { core::detail::baseName(__FILE__), __LINE__ })
+#define CORE_CHECK_HERE (core::CheckSite{core::detail::baseName(__FILE__), __LINE__})
 
 /// Level-0 check with a fixed site. An expression with the condition's value; the
 /// message is evaluated only for a report:

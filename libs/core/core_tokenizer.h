@@ -57,8 +57,8 @@ private:
     size_t endOfQuoted(size_t start) const;
 
     std::string_view d_text;
-    size_t d_pos = 0;      // start of the next token
-    bool d_atEnd = false;  // the last token, empty or not, has been taken
+    size_t d_pos = 0;     // start of the next token
+    bool d_atEnd = false; // the last token, empty or not, has been taken
     Rules d_rules;
 };
 

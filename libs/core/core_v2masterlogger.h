@@ -37,10 +37,9 @@ inline bool channelEnabled(int32_t channel) {
     if (static_cast<uint32_t>(channel) >= static_cast<uint32_t>(kChannelCount))
         return false;
     const uint32_t bit = 1U << (channel % 32);
-    return channel == 0 ||
-           (detail::enabledChannels[static_cast<size_t>(channel) / 32].load(
-                std::memory_order_relaxed) &
-            bit) != 0;
+    return channel == 0 || (detail::enabledChannels[static_cast<size_t>(channel) / 32].load(
+                                std::memory_order_relaxed) &
+                            bit) != 0;
 }
 
 /// One channel as implementations and observers see it.
@@ -151,6 +150,7 @@ protected:
 private:
     friend class MasterLogger;
     std::vector<int32_t> d_channels;
+    bool d_detached = true; // not registered since the last detach
 };
 
 struct HistoryEntry {
@@ -206,6 +206,10 @@ public:
 private:
     friend class GlobalLogObserver;
     static void recomputeObserved();
+    static void writeLine(int32_t channel, uint32_t id, const ChannelRecord& record,
+                          std::string_view text);
+    static void tellObservers(int32_t channel, uint32_t id, const ChannelRecord& record,
+                              std::string_view text);
 };
 
 /// Builds the master logger before anything else of the translation unit that

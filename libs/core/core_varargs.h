@@ -25,7 +25,8 @@
 ///  - numbers in floating point take only width, `-` and precision, and at most 23
 ///    characters of the number are printed; its decimal point is always '.';
 ///  - `S` takes its width as a maximum: "%6S" of "abcdefghij" is "abc...";
-///  - `#` and the length modifiers are accepted and mean nothing; `*` is not supported.
+///  - `#` and the length modifiers are accepted and mean nothing; `*` is not supported;
+///  - a number or text is padded by at most a million characters.
 ///
 /// A mismatch, a missing or a surplus argument is a failed check, after which
 /// formatting goes on with a neutral placeholder: a faulty message never crashes.
@@ -37,12 +38,11 @@ public:
     enum class Kind : uint8_t { Int8, Int16, Int32, Int64, Double, CString, Text, Pointer };
 
     template <std::integral T>
-        requires(sizeof(T) <= 8)
-    constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
+    requires(sizeof(T) <= 8) constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
         : d_kind(kindOfInteger<T>()), d_integer(static_cast<uint64_t>(value)) {}
 
     template <typename T>
-        requires std::is_enum_v<T>
+    requires std::is_enum_v<T>
     constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
         : FormatArg(static_cast<int32_t>(value)) {}
 
@@ -55,17 +55,17 @@ public:
 
     /// Text with a length of its own; embedded NUL characters are kept.
     template <typename T>
-        requires requires(const T& text) {
-            { text.data() } -> std::convertible_to<const char*>;
-            { text.size() } -> std::convertible_to<size_t>;
-        }
+    requires requires(const T& text) {
+        { text.data() } -> std::convertible_to<const char*>;
+        { text.size() } -> std::convertible_to<size_t>;
+    }
     FormatArg(const T& text) // NOLINT(google-explicit-constructor)
         : d_kind(Kind::Text), d_text(text.data()), d_length(static_cast<size_t>(text.size())) {}
 
     template <typename T>
-        requires((std::is_object_v<T> || std::is_void_v<T>) &&
-                 !std::is_same_v<std::remove_cv_t<T>, char>)
-    constexpr FormatArg(T* pointer) // NOLINT(google-explicit-constructor)
+    requires((std::is_object_v<T> || std::is_void_v<T>)&&!std::is_same_v<
+             std::remove_cv_t<T>,
+             char>) constexpr FormatArg(T* pointer) // NOLINT(google-explicit-constructor)
         : d_kind(Kind::Pointer), d_pointer(const_cast<const std::remove_cv_t<T>*>(pointer)) {}
     constexpr FormatArg(std::nullptr_t) // NOLINT(google-explicit-constructor)
         : d_kind(Kind::Pointer), d_pointer(nullptr) {}
