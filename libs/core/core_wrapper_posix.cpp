@@ -1,0 +1,52 @@
+#include "core_wrapper.h"
+#include "core_wrapper_calls.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace core {
+namespace {
+
+/// The path by the thread's file-name mode; without the conversion its bytes stand
+/// for themselves, but '\' separates folders in either mode.
+bool systemPath(const std::string& path, std::string& out) {
+    if (Wrapper::wideFileNames()) {
+        if (Wrapper::pathFromUtf8(path, out))
+            return true;
+        errno = EILSEQ;
+        return false;
+    }
+    out = path;
+    std::replace(out.begin(), out.end(), '\\', '/');
+    return true;
+}
+
+} // namespace
+
+std::string Wrapper::executablePath(size_t limit) {
+    std::string path(limit, '\0');
+    const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
+    path.resize(length > 0 ? static_cast<size_t>(length) : 0);
+    return path;
+}
+
+const char* const detail::kNotInheritedMode = "e";
+
+FILE* detail::openFile(const SystemText& path, const SystemText& mode) {
+    return std::fopen(path.c_str(), mode.c_str());
+}
+
+int detail::removeFile(const std::string& path) {
+    std::string name;
+    return systemPath(path, name) ? ::unlink(name.c_str()) : -1;
+}
+
+int detail::makeWritable(const std::string& path) {
+    std::string name;
+    return systemPath(path, name) ? ::chmod(name.c_str(), S_IRUSR | S_IWUSR) : -1;
+}
+
+} // namespace core

@@ -1,0 +1,48 @@
+#include "core_wrapper.h"
+#include "core_wrapper_calls.h"
+
+#include <windows.h>
+
+#include <cerrno>
+#include <io.h>
+#include <sys/stat.h>
+
+namespace core {
+namespace {
+
+bool widePath(const std::string& path, SystemText& out) {
+    if (Wrapper::pathFromUtf8(path, out))
+        return true;
+    errno = EILSEQ;
+    return false;
+}
+
+} // namespace
+
+std::string Wrapper::executablePath(size_t limit) {
+    std::string path(limit, '\0');
+    path.resize(GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(limit)));
+    return path;
+}
+
+const char* const detail::kNotInheritedMode = "N";
+
+FILE* detail::openFile(const SystemText& path, const SystemText& mode) {
+    return _wfopen(path.c_str(), mode.c_str());
+}
+
+int detail::removeFile(const std::string& path) {
+    if (!Wrapper::wideFileNames())
+        return _unlink(path.c_str());
+    SystemText wide;
+    return widePath(path, wide) ? _wunlink(wide.c_str()) : -1;
+}
+
+int detail::makeWritable(const std::string& path) {
+    if (!Wrapper::wideFileNames())
+        return _chmod(path.c_str(), _S_IREAD | _S_IWRITE);
+    SystemText wide;
+    return widePath(path, wide) ? _wchmod(wide.c_str(), _S_IREAD | _S_IWRITE) : -1;
+}
+
+} // namespace core
