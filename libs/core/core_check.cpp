@@ -15,29 +15,19 @@ constinit thread_local ThreadFlags flags{false, false, false};
 
 } // namespace
 
-FailureHandler failureHandler() {
-    return slot.load(std::memory_order_relaxed);
-}
+FailureHandler failureHandler() { return slot.load(std::memory_order_relaxed); }
 
 void storeFailureHandler(FailureHandler handler) {
     slot.store(handler != nullptr ? handler : &failDefault, std::memory_order_relaxed);
 }
 
-bool handlerLocked() {
-    return locked.load(std::memory_order_relaxed);
-}
+bool handlerLocked() { return locked.load(std::memory_order_relaxed); }
 
-void storeHandlerLock(bool lock) {
-    locked.store(lock, std::memory_order_relaxed);
-}
+void storeHandlerLock(bool lock) { locked.store(lock, std::memory_order_relaxed); }
 
-int32_t assertionLevel() {
-    return level.load(std::memory_order_relaxed);
-}
+int32_t assertionLevel() { return level.load(std::memory_order_relaxed); }
 
-void setAssertionLevel(int32_t newLevel) {
-    level.store(newLevel, std::memory_order_relaxed);
-}
+void setAssertionLevel(int32_t newLevel) { level.store(newLevel, std::memory_order_relaxed); }
 
 void raise(const char* condition, const CheckSite& site, int32_t checkLevel,
            const std::string& message) {
@@ -67,9 +57,7 @@ bool consoleHandler(const char*, const char* file, int32_t line, int32_t,
     return false;
 }
 
-ThreadFlags& threadFlags() {
-    return flags;
-}
+ThreadFlags& threadFlags() { return flags; }
 
 bool detail::failed(const char* condition, const CheckSite& site, int32_t checkLevel,
                     const std::string& message) {

@@ -83,12 +83,8 @@ constexpr const char* baseName(const char* path) {
     return base;
 }
 
-inline std::string messageOf() {
-    return {};
-}
-inline const std::string& messageOf(const std::string& message) {
-    return message;
-}
+inline std::string messageOf() { return {}; }
+inline const std::string& messageOf(const std::string& message) { return message; }
 
 } // namespace detail
 } // namespace core

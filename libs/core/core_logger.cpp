@@ -42,13 +42,9 @@ std::string_view Logger::prefix(int32_t channel) {
     return d_prefix;
 }
 
-void Logger::addCollector(StringCollector* collector) {
-    d_stringTargets.push_back(collector);
-}
+void Logger::addCollector(StringCollector* collector) { d_stringTargets.push_back(collector); }
 
-void Logger::removeCollector(StringCollector* collector) {
-    std::erase(d_stringTargets, collector);
-}
+void Logger::removeCollector(StringCollector* collector) { std::erase(d_stringTargets, collector); }
 
 void Logger::collect(std::string_view text) {
     if (d_stringTargets.empty())
@@ -71,8 +67,6 @@ Logger::Labels* Logger::labelsOf(int32_t channel) {
     return found != d_nesting.end() ? &found->second : nullptr;
 }
 
-void Logger::forgetPrefix() {
-    d_prefixChannel = -1;
-}
+void Logger::forgetPrefix() { d_prefixChannel = -1; }
 
 } // namespace core

@@ -64,9 +64,7 @@ alignas(State) constinit unsigned char storage[sizeof(State)]{};
 constinit bool built = false;
 constinit std::atomic<bool> alive{false};
 
-State& state() {
-    return *std::launder(reinterpret_cast<State*>(storage));
-}
+State& state() { return *std::launder(reinterpret_cast<State*>(storage)); }
 
 void print(std::FILE* stream, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stream);
@@ -77,17 +75,13 @@ std::string faultText(int32_t number) {
     return "\nERROR in core_v2masterlogger.cpp:" + std::to_string(number);
 }
 
-void fault(int32_t number) {
-    print(stdout, faultText(number));
-}
+void fault(int32_t number) { print(stdout, faultText(number)); }
 
 bool defined(int32_t channel) {
     return channel >= 0 && channel < state().channelCount.load(std::memory_order_acquire);
 }
 
-ChannelRecord& recordOf(int32_t channel) {
-    return state().channels[static_cast<size_t>(channel)];
-}
+ChannelRecord& recordOf(int32_t channel) { return state().channels[static_cast<size_t>(channel)]; }
 
 bool hasFlag(const ChannelRecord& record, uint8_t flag) {
     return (record.flags.load(std::memory_order_relaxed) & flag) != 0;
@@ -201,9 +195,7 @@ public:
     WriteScope& operator=(const WriteScope&) = delete;
 };
 
-int64_t secondsNow() {
-    return now() / kNanosecondsPerSecond;
-}
+int64_t secondsNow() { return now() / kNanosecondsPerSecond; }
 
 } // namespace
 
@@ -267,9 +259,7 @@ DefaultLogRImpl::State::countOne(std::string_view identity, int32_t channel, std
 
 DefaultLogRImpl::DefaultLogRImpl() : DefaultLogRImpl(&secondsNow) {}
 
-DefaultLogRImpl::DefaultLogRImpl(Clock clock) : d_state(new State) {
-    d_state->clock = clock;
-}
+DefaultLogRImpl::DefaultLogRImpl(Clock clock) : d_state(new State) { d_state->clock = clock; }
 
 DefaultLogRImpl::~DefaultLogRImpl() = default;
 
@@ -295,9 +285,7 @@ void DefaultLogRImpl::log(std::string_view identity, int32_t channel, std::strin
 
 // ---- Observers
 
-GlobalLogObserver::~GlobalLogObserver() {
-    detach();
-}
+GlobalLogObserver::~GlobalLogObserver() { detach(); }
 
 void GlobalLogObserver::watch(int32_t channel) {
     const std::lock_guard lock(state().implMutex);
@@ -330,9 +318,7 @@ void GlobalLogObserver::detach() {
 
 // ---- Master logger
 
-Logger& MasterLogger::defaultLogger() {
-    return state().defaultLogger;
-}
+Logger& MasterLogger::defaultLogger() { return state().defaultLogger; }
 
 int32_t MasterLogger::defineChannel(std::string_view name, std::string_view colour, uint8_t mask) {
     if (!alive) {

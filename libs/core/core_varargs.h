@@ -32,43 +32,50 @@
 /// formatting goes on with a neutral placeholder: a faulty message never crashes.
 namespace core {
 
+namespace detail {
+
+template <typename T>
+concept FormatInteger = std::integral<T> && sizeof(T) <= 8;
+template <typename T>
+concept FormatEnum = std::is_enum_v<T>;
+template <typename T>
+concept FormatText = requires(const T& text) {
+    { text.data() } -> std::convertible_to<const char*>;
+    { text.size() } -> std::convertible_to<size_t>;
+};
+template <typename T>
+concept FormatPointee = (std::is_object_v<T> ||
+                         std::is_void_v<T>)&&!std::is_same_v<std::remove_cv_t<T>, char>;
+
+} // namespace detail
+
 /// One erased argument: a view, valid while the argument it was made from is.
 class FormatArg {
 public:
     enum class Kind : uint8_t { Int8, Int16, Int32, Int64, Double, CString, Text, Pointer };
 
-    template <std::integral T>
-    requires(sizeof(T) <= 8) constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
+    template <detail::FormatInteger T>
+    constexpr FormatArg(T value)
         : d_kind(kindOfInteger<T>()), d_integer(static_cast<uint64_t>(value)) {}
 
-    template <typename T>
-    requires std::is_enum_v<T>
-    constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
-        : FormatArg(static_cast<int32_t>(value)) {}
+    template <detail::FormatEnum T>
+    constexpr FormatArg(T value) : FormatArg(static_cast<int32_t>(value)) {}
 
     template <std::floating_point T>
-    constexpr FormatArg(T value) // NOLINT(google-explicit-constructor)
-        : d_kind(Kind::Double), d_double(static_cast<double>(value)) {}
+    constexpr FormatArg(T value) : d_kind(Kind::Double), d_double(static_cast<double>(value)) {}
 
     /// Null is allowed and prints as "(null)".
-    FormatArg(const char* text); // NOLINT(google-explicit-constructor)
+    FormatArg(const char* text);
 
     /// Text with a length of its own; embedded NUL characters are kept.
-    template <typename T>
-    requires requires(const T& text) {
-        { text.data() } -> std::convertible_to<const char*>;
-        { text.size() } -> std::convertible_to<size_t>;
-    }
-    FormatArg(const T& text) // NOLINT(google-explicit-constructor)
+    template <detail::FormatText T>
+    FormatArg(const T& text)
         : d_kind(Kind::Text), d_text(text.data()), d_length(static_cast<size_t>(text.size())) {}
 
-    template <typename T>
-    requires((std::is_object_v<T> || std::is_void_v<T>)&&!std::is_same_v<
-             std::remove_cv_t<T>,
-             char>) constexpr FormatArg(T* pointer) // NOLINT(google-explicit-constructor)
+    template <detail::FormatPointee T>
+    constexpr FormatArg(T* pointer)
         : d_kind(Kind::Pointer), d_pointer(const_cast<const std::remove_cv_t<T>*>(pointer)) {}
-    constexpr FormatArg(std::nullptr_t) // NOLINT(google-explicit-constructor)
-        : d_kind(Kind::Pointer), d_pointer(nullptr) {}
+    constexpr FormatArg(std::nullptr_t) : d_kind(Kind::Pointer), d_pointer(nullptr) {}
 
     Kind kind() const { return d_kind; }
     uint64_t integer() const { return d_integer; } ///< zero- or sign-extended bits

@@ -48,8 +48,8 @@ private:
     static bool record(const char* condition, const char* file, int32_t line, int32_t level,
                        const std::string& message) {
         const std::lock_guard lock(mutex());
-        recorded().push_back({condition != nullptr ? condition : "(null)", file, line, level,
-                              message});
+        recorded().push_back(
+            {condition != nullptr ? condition : "(null)", file, line, level, message});
         return false;
     }
     static std::vector<FailedCheck>& recorded() {

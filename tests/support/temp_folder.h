@@ -14,8 +14,8 @@ public:
     TempFolder() {
         std::random_device random;
         do {
-            d_path = std::filesystem::temp_directory_path() /
-                     ("orvistrand-" + std::to_string(random()));
+            d_path =
+                std::filesystem::temp_directory_path() / ("orvistrand-" + std::to_string(random()));
         } while (!std::filesystem::create_directory(d_path));
     }
     ~TempFolder() {
