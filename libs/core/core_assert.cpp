@@ -1,0 +1,88 @@
+#include "core_assert.h"
+
+#include "core_log.h"
+#include "core_testinterface.h"
+
+#include <cstdio>
+
+namespace core {
+namespace {
+
+using ReportType = TestInterface::ReportType;
+
+/// Sets a re-entry flag for a scope.
+class Entered {
+public:
+    explicit Entered(bool& flag) : d_flag(flag) { d_flag = true; }
+    ~Entered() { d_flag = false; }
+    Entered(const Entered&) = delete;
+    Entered& operator=(const Entered&) = delete;
+
+private:
+    bool& d_flag;
+};
+
+/// Logs "WHAT FILE:LINE (CONDITION)", with the message in brackets of its own if
+/// there is one.
+void logFailure(const char* what, const char* condition, const char* file, int32_t line,
+                const std::string& message) {
+    if (message.empty())
+        CORE_LOGF(kChannelCrit, "%s %s:%d (%s)", what, file, line, condition);
+    else
+        CORE_LOGF(kChannelCrit, "%s %s:%d (%s) (%s)", what, file, line, condition, message);
+}
+
+} // namespace
+
+bool Assert::setFailureHandler(FailureHandler handler) {
+    if (handlerLocked()) {
+        CORE_LOGF(kChannelWarn, "%s",
+                  withFunction("core::Assert::setFailureHandler", "handler locked"));
+        return false;
+    }
+    storeFailureHandler(handler);
+    return true;
+}
+
+bool Assert::setConsoleHandler() { return setFailureHandler(consoleHandler); }
+
+void Assert::lockHandler(bool locked) { storeHandlerLock(locked); }
+
+bool failDefault(const char* condition, const char* file, int32_t line, int32_t level,
+                 const std::string& message) {
+    if (condition == nullptr) {
+        CORE_LOGF(kChannelCrit, "ERROR!! ASSERT failed at %s:%d", file, line);
+        return false;
+    }
+    bool& inAssert = threadFlags().inAssert;
+    if (inAssert) {
+        std::fputs("Assert:failDefault - recursive call\n", stderr);
+        return false;
+    }
+    const Entered entered(inAssert);
+    TestInterface& tests = TestInterface::instance();
+    if (tests.isExcluded(file, line)) {
+        logFailure("EXCLUDED_ASSERT failed at", condition, file, line, message);
+        return false;
+    }
+    // Unlike its siblings this line always shows the message, an empty one as "()".
+    CORE_LOGF(kChannelCrit, "GASSERT failed at %s:%d (%s) (%s)", file, line, condition, message);
+    tests.report(ReportType::Assertion, condition, file, line, level, message);
+    return tests.abortsOn(ReportType::Assertion);
+}
+
+bool alertDefault(const char* condition, const char* file, int32_t line, int32_t level,
+                  const std::string& message) {
+    bool& inAlert = threadFlags().inAlert;
+    if (inAlert) {
+        std::fputs("Assert:alertDefault - recursive call\n", stderr);
+        return false;
+    }
+    const Entered entered(inAlert);
+    logFailure("GALERT at", condition, file, line, message);
+    TestInterface& tests = TestInterface::instance();
+    tests.report(ReportType::Alert, condition, file, line, level, message);
+    return tests.abortsOn(ReportType::Alert);
+}
+
+} // namespace core

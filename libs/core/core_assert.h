@@ -1,0 +1,31 @@
+#pragma once
+
+#include "core_check.h"
+
+namespace core {
+
+/// Governs who judges failed checks. The handlers themselves, declared in
+/// core_check.h:
+///
+/// `failDefault`, in force at start, logs "GASSERT failed at FILE:LINE (CONDITION)
+/// (MESSAGE)" on CRIT and hands the failure to core::TestInterface, whose setting
+/// answers. A site on its exclusion list is only logged, as EXCLUDED_ASSERT. A null
+/// condition is only logged, as "ERROR!! ASSERT failed at FILE:LINE".
+/// `alertDefault` logs "GALERT at FILE:LINE (CONDITION) (MESSAGE)" and hands over all.
+///
+/// A failure inside the handling of one, on the same thread, is refused with a line
+/// on standard error. None of them throws. Any thread.
+class Assert {
+public:
+    /// Puts a handler into the check slot, `failDefault` for null. While the handler
+    /// is locked: false, with "handler locked" on WARN, and nothing changes.
+    static bool setFailureHandler(FailureHandler handler);
+
+    /// `setFailureHandler` with the console handler.
+    static bool setConsoleHandler();
+
+    /// Unlocked at start.
+    static void lockHandler(bool locked);
+};
+
+} // namespace core

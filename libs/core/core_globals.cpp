@@ -1,0 +1,17 @@
+#include "core_globals.h"
+
+#include "core_assert.h"
+#include "core_v2masterlogger.h"
+
+namespace core {
+
+Globals::Globals(LogImpl* implementation) { MasterLogger::setImplementation(implementation); }
+
+Globals::~Globals() {
+    Assert::setConsoleHandler();
+    MasterLogger::setImplementation(new DefaultLogImpl);
+}
+
+DefaultGlobals::DefaultGlobals() : Globals(new DefaultLogImpl) {}
+
+} // namespace core
