@@ -9,7 +9,6 @@
 #include <bitset>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <deque>
 #include <mutex>
 #include <new>
@@ -118,9 +117,7 @@ void changeFlag(int32_t channel, uint8_t flag, bool on) {
 }
 
 void copyCut(char* to, size_t size, std::string_view from) {
-    const size_t length = std::min(from.size(), size - 1);
-    std::memcpy(to, from.data(), length);
-    to[length] = '\0';
+    to[from.copy(to, size - 1)] = '\0';
 }
 
 // Under channelMutex.

@@ -37,7 +37,7 @@ constexpr int32_t kMaxFloatPrecision = 1100;
 // A bad format must not exhaust the memory.
 constexpr size_t kMaxPadding = 1'000'000;
 
-enum Flag : uint32_t { kLeft = 1, kZero = 2, kPlus = 4, kSpace = 8 };
+enum Flag : uint8_t { kLeft = 1, kZero = 2, kPlus = 4, kSpace = 8, kIgnored = 16 };
 
 struct Conversion {
     const char* format; // the whole format, for messages
@@ -47,36 +47,34 @@ struct Conversion {
     int32_t precision = -1;
 };
 
-// Reads decimal digits; a number too large for the type is its largest value.
-int32_t readNumber(const char*& cursor) {
-    constexpr int64_t kMax = std::numeric_limits<int32_t>::max();
-    int64_t value = 0;
-    for (; *cursor >= '0' && *cursor <= '9'; ++cursor)
-        value = std::min(value * 10 + (*cursor - '0'), kMax);
-    return static_cast<int32_t>(value);
-}
+constexpr auto kFlagOf = [] {
+    std::array<uint8_t, 256> flags{};
+    flags['-'] = kLeft;
+    flags['0'] = kZero;
+    flags['+'] = kPlus;
+    flags[' '] = kSpace;
+    flags['#'] = kIgnored;
+    return flags;
+}();
 
 uint32_t readFlags(const char*& cursor) {
-    for (uint32_t flags = 0;; ++cursor) {
-        switch (*cursor) {
-        case '-':
-            flags |= kLeft;
-            break;
-        case '0':
-            flags |= kZero;
-            break;
-        case '+':
-            flags |= kPlus;
-            break;
-        case ' ':
-            flags |= kSpace;
-            break;
-        case '#':
-            break;
-        default:
-            return flags;
-        }
+    uint32_t flags = 0;
+    while (const uint8_t flag = kFlagOf[static_cast<uint8_t>(*cursor)]) {
+        flags |= flag;
+        ++cursor;
     }
+    return flags;
+}
+
+// Reads decimal digits; a number too large for the type is its largest value.
+int32_t readNumber(const char*& cursor) {
+    constexpr uint32_t kMax = std::numeric_limits<int32_t>::max();
+    uint32_t value = 0;
+    for (; *cursor >= '0' && *cursor <= '9'; ++cursor) {
+        const auto digit = static_cast<uint32_t>(*cursor - '0');
+        value = value <= (kMax - digit) / 10 ? value * 10 + digit : kMax;
+    }
+    return static_cast<int32_t>(value);
 }
 
 // The argument's own type decides its width, so the modifiers only have to go.
@@ -101,10 +99,12 @@ void skipLengthModifier(const char*& cursor) {
 // terminator of a format that ends within the specification.
 Conversion readConversion(const char* format, const char*& cursor) {
     Conversion conversion{format};
-    conversion.flags = readFlags(cursor);
-    conversion.width = readNumber(cursor);
-    if (*cursor == '.')
-        conversion.precision = readNumber(++cursor);
+    if (*cursor < 'A') { // mostly a bare letter follows
+        conversion.flags = readFlags(cursor);
+        conversion.width = readNumber(cursor);
+        if (*cursor == '.')
+            conversion.precision = readNumber(++cursor);
+    }
     skipLengthModifier(cursor);
     conversion.letter = *cursor;
     if (*cursor != '\0')
@@ -142,35 +142,106 @@ bool isFloatLetter(char letter) {
     }
 }
 
+size_t lengthUpTo(const char* text, size_t cap) {
+    const void* const end = std::memchr(text, '\0', cap);
+    return end != nullptr ? static_cast<size_t>(static_cast<const char*>(end) - text) : cap;
+}
+
+// Most pieces of a message are a few bytes, for which a call of memcpy is the larger
+// part of the work: those are copied by two overlapping moves of a fixed size.
+inline void copy(char* to, const char* from, size_t size) {
+    if (size > 16) {
+        std::memcpy(to, from, size);
+    } else if (size >= 8) {
+        std::memcpy(to, from, 8);
+        std::memcpy(to + size - 8, from + size - 8, 8);
+    } else if (size >= 4) {
+        std::memcpy(to, from, 4);
+        std::memcpy(to + size - 4, from + size - 4, 4);
+    } else if (size != 0) {
+        to[0] = from[0];
+        to[size / 2] = from[size / 2];
+        to[size - 1] = from[size - 1];
+    }
+}
+
+// Writes into the string's own storage, which is trimmed to the text at the end.
+class Output {
+public:
+    Output(std::string& text, size_t expected) : d_text(text) {
+        const size_t used = text.size();
+        text.resize(used + expected);
+        d_pos = text.data() + used;
+        d_end = text.data() + text.size();
+    }
+    ~Output() { d_text.resize(used()); }
+    Output(const Output&) = delete;
+    Output& operator=(const Output&) = delete;
+
+    void put(char ch) { *take(1) = ch; }
+    void put(std::string_view text) { copy(take(text.size()), text.data(), text.size()); }
+    void fill(size_t count, char ch) {
+        if (count != 0)
+            std::memset(take(count), ch, count);
+    }
+
+    // Room for `size` bytes, of which `advance` keeps those before `end`.
+    char* room(size_t size) {
+        if (static_cast<size_t>(d_end - d_pos) < size)
+            grow(size);
+        return d_pos;
+    }
+    void advance(char* end) { d_pos = end; }
+
+private:
+    size_t used() const { return static_cast<size_t>(d_pos - d_text.data()); }
+
+    char* take(size_t size) {
+        char* const start = room(size);
+        d_pos += size;
+        return start;
+    }
+
+    void grow(size_t size) {
+        const size_t kept = used();
+        d_text.resize(std::max(kept + size, 2 * d_text.size()));
+        d_pos = d_text.data() + kept;
+        d_end = d_text.data() + d_text.size();
+    }
+
+    std::string& d_text;
+    char* d_pos;
+    char* d_end;
+};
+
 // How much padding a text of `length` needs.
 size_t missing(int32_t width, size_t length) {
     const auto wanted = static_cast<size_t>(std::max(width, 0));
     return wanted > length ? std::min(wanted - length, kMaxPadding) : 0;
 }
 
-void putPadded(std::string& out, std::string_view text, int32_t width, bool left) {
+void putPadded(Output& out, std::string_view text, int32_t width, bool left) {
     const size_t padding = missing(width, text.size());
-    if (padding != 0 && !left)
-        out.append(padding, ' ');
-    out.append(text);
-    if (padding != 0 && left)
-        out.append(padding, ' ');
+    out.fill(left ? 0 : padding, ' ');
+    out.put(text);
+    out.fill(left ? padding : 0, ' ');
 }
 
 // `width` is a maximum here; what does not fit is cut, marked by dots where they fit.
-void putTruncated(std::string& out, std::string_view text, std::string_view kept,
+void putTruncated(Output& out, std::string_view text, std::string_view kept,
                   const Conversion& conversion) {
     if (conversion.width < 1 || text.size() <= static_cast<size_t>(conversion.width)) {
-        out.append(kept);
+        out.put(kept);
     } else if (conversion.width >= 4) {
-        out.append(text.substr(0, static_cast<size_t>(conversion.width) - 3)).append("...");
+        out.put(text.substr(0, static_cast<size_t>(conversion.width) - 3));
+        out.put("...");
     } else {
         GASSERT_AT(kShortTruncation, false);
-        out.append(text.substr(0, static_cast<size_t>(conversion.width)));
+        out.put(text.substr(0, static_cast<size_t>(conversion.width)));
     }
 }
 
-void putString(std::string& out, std::string_view text, const Conversion& conversion) {
+void putString(Output& out, std::string_view text, const Conversion& conversion) {
     const std::string_view kept =
         conversion.precision > 0 ? text.substr(0, static_cast<size_t>(conversion.precision)) : text;
     if (conversion.letter == 'S')
@@ -179,58 +250,34 @@ void putString(std::string& out, std::string_view text, const Conversion& conver
         putPadded(out, kept, conversion.width, (conversion.flags & kLeft) != 0);
 }
 
-// Two decimal digits at a time, from "00" to "99".
-constexpr auto kDigitPairs = [] {
-    std::array<char, 200> pairs{};
-    for (size_t i = 0; i < 100; ++i) {
-        pairs[2 * i] = static_cast<char>('0' + i / 10);
-        pairs[2 * i + 1] = static_cast<char>('0' + i % 10);
-    }
-    return pairs;
-}();
-
 // Digits of the largest value in octal.
 constexpr size_t kMaxDigits = 22;
 
-// Writes the digits so that they end at `end`, and yields their start.
-template <typename U>
-char* writeDecimal(char* end, U value) {
-    while (value >= 100) {
-        end -= 2;
-        std::memcpy(end, &kDigitPairs[static_cast<size_t>(value % 100) * 2], 2);
-        value /= 100;
+void upperCase(char* begin, const char* end) {
+    for (; begin != end; ++begin) {
+        if (*begin >= 'a' && *begin <= 'z')
+            *begin = static_cast<char>(*begin - 'a' + 'A');
     }
-    if (value >= 10) {
-        end -= 2;
-        std::memcpy(end, &kDigitPairs[static_cast<size_t>(value) * 2], 2);
-    } else {
-        *--end = static_cast<char>('0' + value);
-    }
-    return end;
 }
 
-char* writePowerOfTwo(char* end, uint64_t value, unsigned bitsPerDigit, const char* digits) {
-    const uint64_t mask = (uint64_t{1} << bitsPerDigit) - 1;
-    do {
-        *--end = digits[value & mask];
-        value >>= bitsPerDigit;
-    } while (value != 0);
-    return end;
-}
-
-char* writeDigits(char* end, uint64_t value, char letter) {
+// Writes the digits of an integer letter at `to`, where kMaxDigits fit; yields their end.
+char* writeDigits(char* to, uint64_t value, char letter) {
+    char* const last = to + kMaxDigits;
     switch (letter) {
     case 'o':
-        return writePowerOfTwo(end, value, 3, "01234567");
+        return std::to_chars(to, last, value, 8).ptr;
     case 'x':
-        return writePowerOfTwo(end, value, 4, "0123456789abcdef");
-    case 'X':
-        return writePowerOfTwo(end, value, 4, "0123456789ABCDEF");
+        return std::to_chars(to, last, value, 16).ptr;
+    case 'X': {
+        char* const end = std::to_chars(to, last, value, 16).ptr;
+        upperCase(to, end);
+        return end;
+    }
     default:
         // 32-bit division is several times cheaper, on the 32-bit target above all.
         return value <= std::numeric_limits<uint32_t>::max()
-                   ? writeDecimal(end, static_cast<uint32_t>(value))
-                   : writeDecimal(end, value);
+                   ? std::to_chars(to, last, static_cast<uint32_t>(value)).ptr
+                   : std::to_chars(to, last, value).ptr;
     }
 }
 
@@ -243,49 +290,51 @@ char signOf(bool negative, uint32_t flags) {
     return (flags & kPlus) != 0 ? '+' : '\0';
 }
 
-void putDigits(std::string& out, std::string_view digits, char sign, const Conversion& conversion) {
+void putDigits(Output& out, std::string_view digits, char sign, const Conversion& conversion) {
     const bool digitCount = conversion.precision > 0;
     const int32_t width = digitCount ? conversion.precision : conversion.width;
     const size_t padding = missing(width, digits.size() + (sign != '\0' ? 1 : 0));
     const bool zeroFill = digitCount || (conversion.flags & kZero) != 0;
     const bool left = !zeroFill && (conversion.flags & kLeft) != 0;
 
-    if (padding != 0 && !zeroFill && !left)
-        out.append(padding, ' ');
+    out.fill(zeroFill || left ? 0 : padding, ' ');
     if (sign != '\0')
-        out.push_back(sign);
-    if (padding != 0 && zeroFill)
-        out.append(padding, '0');
-    out.append(digits);
-    if (padding != 0 && left)
-        out.append(padding, ' ');
+        out.put(sign);
+    out.fill(zeroFill ? padding : 0, '0');
+    out.put(digits);
+    out.fill(left ? padding : 0, ' ');
 }
 
-// `bits` holds the value's low `size` bytes; the letter decides whether they are signed.
-void putInteger(std::string& out, uint64_t bits, unsigned size, const Conversion& conversion) {
+struct Number {
+    uint64_t magnitude;
+    bool negative;
+};
+
+bool isSignedLetter(char letter) { return letter == 'd' || letter == 'i'; }
+
+// `bits` holds the value in its low `size` bytes; the letter decides whether it is signed.
+Number readInteger(uint64_t bits, unsigned size, char letter) {
     const unsigned unused = 64 - 8 * size;
-    const bool isSigned = conversion.letter == 'd' || conversion.letter == 'i';
-    uint64_t magnitude = bits << unused >> unused;
-    char sign = '\0';
-    if (isSigned) {
-        const bool negative = (bits << unused >> 63) != 0;
-        if (negative)
-            magnitude = (~bits + 1) << unused >> unused;
-        sign = signOf(negative, conversion.flags);
-    }
-    std::array<char, kMaxDigits> buffer;
-    char* const end = buffer.data() + buffer.size();
-    const char* const start = writeDigits(end, magnitude, conversion.letter);
-    putDigits(out, {start, static_cast<size_t>(end - start)}, sign, conversion);
+    const bool negative = isSignedLetter(letter) && (bits << unused >> 63) != 0;
+    return {(negative ? ~bits + 1 : bits) << unused >> unused, negative};
+}
+
+void putInteger(Output& out, uint64_t bits, unsigned size, const Conversion& conversion) {
+    const Number number = readInteger(bits, size, conversion.letter);
+    const char sign =
+        isSignedLetter(conversion.letter) ? signOf(number.negative, conversion.flags) : '\0';
+    char digits[kMaxDigits];
+    const char* const end = writeDigits(digits, number.magnitude, conversion.letter);
+    putDigits(out, {digits, static_cast<size_t>(end - digits)}, sign, conversion);
 }
 
 // A NUL prints nothing, not even padding.
-void putCharacter(std::string& out, char ch, const Conversion& conversion) {
+void putCharacter(Output& out, char ch, const Conversion& conversion) {
     if (ch != '\0')
         putPadded(out, {&ch, 1}, conversion.width, (conversion.flags & kLeft) != 0);
 }
 
-void putPointer(std::string& out, const void* pointer, const Conversion& conversion) {
+void putPointer(Output& out, const void* pointer, const Conversion& conversion) {
     if (pointer == nullptr) {
         putString(out, "(nil)", conversion);
         return;
@@ -293,15 +342,8 @@ void putPointer(std::string& out, const void* pointer, const Conversion& convers
     Conversion digits = conversion;
     digits.letter = 'x';
     digits.width = std::max(digits.width - 2, 0);
-    out.append("0x");
+    out.put("0x");
     putInteger(out, reinterpret_cast<uintptr_t>(pointer), sizeof(uintptr_t), digits);
-}
-
-void upperCase(char* begin, const char* end) {
-    for (; begin != end; ++begin) {
-        if (*begin >= 'a' && *begin <= 'z')
-            *begin = static_cast<char>(*begin - 'a' + 'A');
-    }
 }
 
 // Hexadecimal floating point: the runtime library's own text, its decimal point made
@@ -355,7 +397,7 @@ size_t printFloat(char* buffer, size_t size, double value, const Conversion& con
     return static_cast<size_t>(result.ptr - buffer);
 }
 
-void putFloat(std::string& out, double value, const Conversion& conversion) {
+void putFloat(Output& out, double value, const Conversion& conversion) {
     // Sign, 309 digits before the point, the point, and the longest precision.
     std::array<char, 1 + 309 + 1 + kMaxFloatPrecision + 8> buffer;
     const size_t length = printFloat(buffer.data(), buffer.size(), value, conversion);
@@ -364,7 +406,7 @@ void putFloat(std::string& out, double value, const Conversion& conversion) {
 }
 
 // What stands in the text for an argument that could not be printed.
-void putPlaceholder(std::string& out, const Conversion& conversion) {
+void putPlaceholder(Output& out, const Conversion& conversion) {
     Conversion zero = conversion;
     if (isIntegerLetter(conversion.letter)) {
         zero.precision = -1;
@@ -372,23 +414,23 @@ void putPlaceholder(std::string& out, const Conversion& conversion) {
     } else if (isFloatLetter(conversion.letter)) {
         putFloat(out, 0.0, conversion);
     } else if (conversion.letter == 'c') {
-        out.push_back('?');
+        out.put('?');
     } else if (conversion.letter == 'p') {
-        out.append("(nil)");
+        out.put("(nil)");
     } else if (conversion.letter != 's') {
         const bool ended = conversion.letter == '\0';
         CHECKF_AT(kNoPlaceholder, false, std::string(ended ? 0 : 1, conversion.letter));
     }
 }
 
-void refuse(std::string& out, const Conversion& conversion, int32_t line) {
+void refuse(Output& out, const Conversion& conversion, int32_t line) {
     CHECKF_AT(kMismatch, false,
               core::format("core_varargs.h:%d: ch=%c format='%s'", line, conversion.letter,
                            conversion.format));
     putPlaceholder(out, conversion);
 }
 
-void putIntegerArgument(std::string& out, const FormatArg& arg, unsigned size,
+void putIntegerArgument(Output& out, const FormatArg& arg, unsigned size,
                         const Conversion& conversion) {
     if (isIntegerLetter(conversion.letter))
         putInteger(out, arg.integer(), size, conversion);
@@ -399,7 +441,7 @@ void putIntegerArgument(std::string& out, const FormatArg& arg, unsigned size,
 }
 
 // Characters are numbers of their own: sign-extended, whatever their type's sign.
-void putCharacterArgument(std::string& out, const FormatArg& arg, const Conversion& conversion) {
+void putCharacterArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
     const auto extended = static_cast<int32_t>(static_cast<int8_t>(arg.integer()));
     if (conversion.letter == 'c')
         putCharacter(out, static_cast<char>(arg.integer()), conversion);
@@ -409,7 +451,7 @@ void putCharacterArgument(std::string& out, const FormatArg& arg, const Conversi
         refuse(out, conversion, kCharacterLine);
 }
 
-void putTextArgument(std::string& out, const FormatArg& arg, const Conversion& conversion) {
+void putTextArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
     const bool terminated = arg.kind() == FormatArg::Kind::CString;
     if (conversion.letter == 's' || conversion.letter == 'S') {
         const bool null = terminated && arg.text() == nullptr;
@@ -421,7 +463,7 @@ void putTextArgument(std::string& out, const FormatArg& arg, const Conversion& c
     }
 }
 
-void putArgument(std::string& out, const FormatArg& arg, const Conversion& conversion) {
+void putArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
     switch (arg.kind()) {
     case FormatArg::Kind::Int8:
         putCharacterArgument(out, arg, conversion);
@@ -456,29 +498,39 @@ void putArgument(std::string& out, const FormatArg& arg, const Conversion& conve
 
 // Copies literal text up to the next conversion, behind whose '%' the cursor then
 // stands. False at the end of the format; a '%' that ends it is dropped.
-bool putLiterals(std::string& out, const char*& cursor) {
-    for (;;) {
-        const char* const start = cursor;
-        while (*cursor != '%' && *cursor != '\0')
-            ++cursor;
-        out.append(start, static_cast<size_t>(cursor - start));
-        if (*cursor == '\0' || cursor[1] == '\0')
-            return false;
-        ++cursor;
-        if (*cursor != '%')
-            return true;
-        out.push_back('%');
-        ++cursor;
+bool putLiterals(Output& out, const char*& cursor, const char* end) {
+    char* to = out.room(static_cast<size_t>(end - cursor));
+    const char* from = cursor;
+    while (*from != '\0') {
+        if (*from != '%') {
+            *to++ = *from++;
+        } else if (from[1] == '%') {
+            *to++ = '%';
+            from += 2;
+        } else {
+            break;
+        }
     }
+    out.advance(to);
+    cursor = from + 1;
+    return end - from > 1;
 }
 
-size_t lengthUpTo(const char* text, size_t cap) {
-    const void* const end = std::memchr(text, '\0', cap);
-    return end != nullptr ? static_cast<size_t>(static_cast<const char*>(end) - text) : cap;
+// Yields how many conversions the format has.
+size_t putAll(Output& out, const char* format, size_t length, const FormatArg* args, size_t count) {
+    size_t counted = 0;
+    for (const char* cursor = format; putLiterals(out, cursor, format + length); ++counted) {
+        const Conversion conversion = readConversion(format, cursor);
+        if (counted < count)
+            putArgument(out, args[counted], conversion);
+        else
+            refuse(out, conversion, kNoArgumentLine);
+    }
+    return counted;
 }
 
-size_t estimate(const char* format, const FormatArg* args, size_t count) {
-    size_t length = std::strlen(format);
+size_t estimate(size_t formatLength, const FormatArg* args, size_t count) {
+    size_t length = formatLength;
     for (size_t i = 0; i < count; ++i)
         length += args[i].estimate();
     return length * 11 / 10;
@@ -508,19 +560,15 @@ size_t FormatArg::estimate() const {
 }
 
 void formatTo(std::string& out, const char* format, const FormatArg* args, size_t count) {
-    out.reserve(out.size() + estimate(format, args, count));
-    int32_t counted = 0;
-    for (const char* cursor = format; putLiterals(out, cursor);) {
-        const Conversion conversion = readConversion(format, cursor);
-        const auto index = static_cast<size_t>(counted++);
-        if (index < count)
-            putArgument(out, args[index], conversion);
-        else
-            refuse(out, conversion, kNoArgumentLine);
+    const size_t length = std::strlen(format);
+    size_t counted = 0;
+    {
+        Output output(out, estimate(length, args, count));
+        counted = putAll(output, format, length, args, count);
     }
-    CHECKF_AT(kCountMismatch, static_cast<size_t>(counted) == count,
+    CHECKF_AT(kCountMismatch, counted == count,
               core::format("format='%s' args_in_format_string=%d args_in_parameter_pack=%d", format,
-                           counted, static_cast<int32_t>(count)));
+                           static_cast<int32_t>(counted), static_cast<int32_t>(count)));
 }
 
 } // namespace core
