@@ -1,0 +1,35 @@
+#!/usr/bin/env bash
+# Runs every fuzz target for so many seconds; part of ./test --fuzz. What is found
+# lies in build/linux-fuzz/findings, one file for each input.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+# shellcheck source=tools/lib.sh
+source tools/lib.sh
+
+seconds=$1
+findings=build/linux-fuzz/findings/
+
+# New inputs go to the build folder; those of the repository are only read.
+fuzz_one() {
+    local target=$1 name=${1##*/}
+    local grown=build/linux-fuzz/corpus/$name given=fuzz/corpus/$name
+    mkdir -p "$grown" "$findings"
+    "$target" -max_total_time="$seconds" -timeout=10 -print_final_stats=1 \
+        -artifact_prefix="$findings$name-" "$grown" "$given"
+}
+
+if ! build_preset linux-fuzz; then
+    record failed "build of preset linux-fuzz"
+    exit
+fi
+targets=()
+for file in build/linux-fuzz/fuzz/fuzz_*; do
+    [[ -f $file && -x $file ]] && targets+=("$file")
+done
+if [[ ${#targets[@]} == 0 ]]; then
+    record failed "fuzzing: no targets were built"
+    exit
+fi
+for target in "${targets[@]}"; do
+    judge "${target##*/} for $seconds s" fuzz_one "$target"
+done

@@ -1,0 +1,122 @@
+# shellcheck shell=bash
+# Shared by ./run, ./test and ./bench, which source it at the repository root.
+
+say() { printf '==> %s\n' "$*"; }
+
+complain() { printf '%s: %s\n' "${0##*/}" "$*" >&2; }
+
+die() {
+    complain "$@"
+    exit 1
+}
+
+# The entries of tools/packages.txt under the purposes named.
+packages_for() {
+    awk -v wanted=" $* " '
+        /^\[/ { on = index(wanted, " " substr($0, 2, length($0) - 2) " "); next }
+        on && NF && !/^#/ { print }' tools/packages.txt
+}
+
+is_installed() {
+    dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
+}
+
+# Of "a|b|c", the first name that this release has; the first name if it has none.
+choose_package() {
+    local name names
+    IFS='|' read -ra names <<<"$1"
+    for name in "${names[@]}"; do
+        if apt-cache show "$name" >/dev/null 2>&1; then
+            echo "$name"
+            return
+        fi
+    done
+    echo "${names[0]}"
+}
+
+# Prints the entries of which no alternative is installed.
+missing_packages() {
+    local entry name names
+    while read -r entry; do
+        IFS='|' read -ra names <<<"$entry"
+        for name in "${names[@]}"; do
+            is_installed "$name" && continue 2
+        done
+        echo "$entry"
+    done < <(packages_for "$@")
+}
+
+as_root() {
+    if [[ $(id -u) == 0 ]]; then
+        "$@"
+    else
+        sudo "$@"
+    fi
+}
+
+apt_get() {
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Acquire::Retries=3 \
+        -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 "$@"
+}
+
+# install_packages PURPOSE...: what tools/packages.txt lists for them and is missing.
+# Complains and fails where that cannot be done; ORVISTRAND_INSTALL=no skips it.
+install_packages() {
+    [[ ${ORVISTRAND_INSTALL:-yes} == no ]] && return 0
+    if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+        complain "this is neither Debian nor Ubuntu, so nothing can be installed here. Install the" \
+            "counterparts of what tools/packages.txt lists, then set ORVISTRAND_INSTALL=no."
+        return 1
+    fi
+    local missing
+    mapfile -t missing < <(missing_packages "$@")
+    [[ ${#missing[@]} == 0 ]] && return 0
+
+    if [[ $(id -u) != 0 ]]; then
+        if ! command -v sudo >/dev/null || { ! [[ -t 0 ]] && ! sudo -n true 2>/dev/null; }; then
+            complain "these packages are missing, and without sudo only root can install them:" \
+                "apt-get install ${missing[*]%%|*}"
+            return 1
+        fi
+        say "Installing missing packages; sudo may ask for your password"
+    else
+        say "Installing missing packages"
+    fi
+    printf '    %s\n' "${missing[*]}"
+
+    mkdir -p build
+    local log=build/install.log entry chosen=()
+    # Lists that cannot be refreshed may still be good enough for what is missing.
+    apt_get update >"$log" 2>&1 || true
+    for entry in "${missing[@]}"; do
+        chosen+=("$(choose_package "$entry")")
+    done
+    if ! apt_get install -y --no-install-recommends "${chosen[@]}" >>"$log" 2>&1; then
+        tail -n 5 "$log" >&2
+        complain "apt-get could not install these packages; is there a network? All of its words are in $log"
+        return 1
+    fi
+}
+
+# build_preset NAME: configures and builds build/NAME.
+build_preset() {
+    say "Building preset $1"
+    cmake --preset "$1" --log-level=NOTICE && cmake --build --preset "$1"
+}
+
+has_display() { [[ -n ${DISPLAY:-} || -n ${WAYLAND_DISPLAY:-} ]]; }
+
+# Results that no test runner reports go to $RESULTS/steps.tsv: "passed<TAB>name".
+record() { printf '%s\t%s\n' "$1" "$2" >>"$RESULTS/steps.tsv"; }
+
+# judge NAME COMMAND...: runs it and records whether it succeeded.
+judge() {
+    local name=$1
+    shift
+    say "$name"
+    if "$@"; then
+        record passed "$name"
+    else
+        record failed "$name"
+    fi
+}

@@ -1,0 +1,41 @@
+#!/usr/bin/env bash
+# Judges layout, code and scripts; part of ./test --lint. Needs preset linux built.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+# shellcheck source=tools/lib.sh
+source tools/lib.sh
+
+folders=()
+for folder in bench configure examples fuzz libs tests; do
+    [[ -d $folder ]] && folders+=("$folder")
+done
+
+check_layout() {
+    find "${folders[@]}" \( -name '*.h' -o -name '*.cpp' \) -print0 |
+        xargs -0 clang-format-14 --dry-run -Werror
+}
+
+# The sources of the preset, without what Qt's tools generated.
+compiled_sources() {
+    python3 - <<'END'
+import json, os
+here = os.getcwd() + os.sep
+with open("build/linux/compile_commands.json", encoding="utf-8") as commands:
+    files = {entry["file"] for entry in json.load(commands)}
+for file in sorted(files):
+    if file.startswith(here) and not file.startswith(here + "build" + os.sep):
+        print(os.path.relpath(file))
+END
+}
+
+check_code() {
+    compiled_sources | xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/linux --quiet
+}
+
+check_scripts() {
+    shellcheck -x run test bench .ci/run tools/*.sh
+}
+
+judge "clang-format" check_layout
+judge "clang-tidy" check_code
+judge "shellcheck" check_scripts

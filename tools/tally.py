@@ -1,0 +1,51 @@
+#!/usr/bin/env python3
+"""Adds up the results in a folder and prints them, closing with "N passed, N failed".
+
+The folder holds the JUnit reports that CTest wrote (*.xml) and, for what has no
+test runner of its own, steps.tsv with one "passed" or "failed", a tab and a name a
+line. Exits with 1 when anything failed or nothing was run.
+"""
+import sys
+import xml.etree.ElementTree as ElementTree
+from pathlib import Path
+
+
+def cases(folder):
+    """Yields (verdict, name, reason) of everything that was run."""
+    for report in sorted(folder.glob("*.xml")):
+        for case in ElementTree.parse(report).getroot().iter("testcase"):
+            name = f"{report.stem}: {case.get('name')}"
+            skipped = case.find("skipped")
+            if case.get("status") == "run":
+                yield "passed", name, ""
+            elif skipped is not None and "SKIP_" in skipped.get("message", ""):
+                yield "skipped", name, ""
+            else:
+                # A test that could not even be started is a failed one.
+                said = skipped if skipped is not None else case.find("failure")
+                yield "failed", name, said.get("message", "") if said is not None else ""
+    steps = folder / "steps.tsv"
+    if steps.exists():
+        for line in steps.read_text(encoding="utf-8").splitlines():
+            verdict, name = line.split("\t", 1)
+            yield verdict, name, ""
+
+
+def main():
+    count = {"passed": 0, "skipped": 0, "failed": 0}
+    remarks = []
+    for verdict, name, reason in cases(Path(sys.argv[1])):
+        count[verdict] += 1
+        if verdict != "passed":
+            remarks.append(f"{verdict.upper()} {name}{' (' + reason + ')' if reason else ''}")
+    if not sum(count.values()):
+        count["failed"] = 1
+        remarks.append("FAILED nothing was run")
+    print("\n".join(["", *remarks]))
+    skipped = f", {count['skipped']} skipped" if count["skipped"] else ""
+    print(f"{count['passed']} passed, {count['failed']} failed{skipped}")
+    return 1 if count["failed"] else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
