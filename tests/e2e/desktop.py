@@ -1,0 +1,165 @@
+#!/usr/bin/env python3
+"""A virtual screen with real windows, used the way an operator uses one.
+
+The screen is an X server of its own on a free display number, with a window manager
+and a keyboard layout that has the umlauts, so that typing them needs no remapping.
+Everything started here ends with the process that started it.
+
+    tests/e2e/desktop.py COMMAND...   runs a command that needs a screen
+"""
+
+import contextlib
+import os
+import select
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+from pathlib import Path
+
+PATIENCE = 60  # seconds until something that should have happened counts as missing
+
+
+class DesktopError(RuntimeError):
+    """Something on the screen did not happen."""
+
+
+def wait_until(condition, what):
+    """Returns the first true result of `condition`, asked again and again."""
+    deadline = time.monotonic() + PATIENCE
+    while not (result := condition()):
+        if time.monotonic() > deadline:
+            raise DesktopError(f"waited {PATIENCE} seconds for {what}")
+        time.sleep(0.02)
+    return result
+
+
+class Desktop:
+    """A context: the screen is there inside it."""
+
+    def __init__(self, width=640, height=480):
+        self._size = f"{width}x{height}x24"
+        self._stack = contextlib.ExitStack()
+        self._environment = None
+
+    def __enter__(self):
+        with contextlib.ExitStack() as stack:
+            home = stack.enter_context(tempfile.TemporaryDirectory(prefix="desktop-"))
+            self._environment = clean_environment(home)
+            self._environment["DISPLAY"] = f":{self._start_server(stack)}"
+            self._run("setxkbmap", "-layout", "de")
+            self._start(stack, "openbox", "--sm-disable")
+            wait_until(lambda: self._ask("get_num_desktops"), "the window manager")
+            self._stack = stack.pop_all()
+        return self
+
+    def __exit__(self, *exception):
+        self._stack.close()
+
+    def environment(self):
+        """What a program needs to open its windows here, and nothing of the caller's desktop."""
+        return dict(self._environment)
+
+    def wait_for_window(self, window_class):
+        """The visible window of that class, once it has the keyboard."""
+        window = wait_until(lambda: self._ask("search", "--onlyvisible", "--class", window_class),
+                            f"a window of class {window_class}").split()[-1]
+        wait_until(lambda: self._ask("getactivewindow") == window and
+                   self._ask("getwindowfocus") == window, "the window to be active")
+        return window
+
+    def type(self, text):
+        self._run("xdotool", "type", "--delay", "5", text)
+
+    def press(self, *keys):
+        """Keys by name, with modifiers as in "ctrl+a"."""
+        self._run("xdotool", "key", "--delay", "5", *keys)
+
+    def click(self, window, x, y):
+        """Presses the left button at a point of the window; negative counts from its far edges."""
+        geometry = dict(line.split("=") for line in
+                        self._ask("getwindowgeometry", "--shell", window).splitlines())
+        x += int(geometry["WIDTH"]) if x < 0 else 0
+        y += int(geometry["HEIGHT"]) if y < 0 else 0
+        self._run("xdotool", "mousemove", "--sync", "--window", window, str(x), str(y),
+                  "click", "1")
+
+    def take_picture(self, window, path):
+        """Saves the window with its frame as a PNG, once two looks at it show the same."""
+        path = Path(path)
+        previous = None
+        deadline = time.monotonic() + PATIENCE
+        while time.monotonic() < deadline:
+            self._run("import", "-window", window, "-frame", "-define", "png:exclude-chunks=date,time",
+                      str(path))
+            current = path.read_bytes()
+            if current == previous:
+                return
+            previous = current
+            time.sleep(0.1)
+        raise DesktopError("the window does not come to rest")
+
+    def _start_server(self, stack):
+        read_end, write_end = os.pipe()
+        with os.fdopen(read_end, "rb") as answer:
+            try:
+                self._start(stack, "Xvfb", "-displayfd", str(write_end), "-screen", "0",
+                            self._size, "-dpi", "96", "-nolisten", "tcp", "-noreset",
+                            pass_fds=(write_end,))
+            finally:
+                os.close(write_end)
+            if not select.select([answer], [], [], PATIENCE)[0]:
+                raise DesktopError("Xvfb does not start")
+            number = answer.readline().strip()
+        if not number:
+            raise DesktopError("Xvfb ended at once")
+        return number.decode()
+
+    def _start(self, stack, *command, **options):
+        process = subprocess.Popen(ending_with_parent(command), env=self._environment,
+                                   stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
+                                   stderr=subprocess.DEVNULL, **options)
+        stack.callback(end, process)
+
+    def _run(self, *command):
+        subprocess.run(command, env=self._environment, check=True, timeout=PATIENCE,
+                       stdout=subprocess.DEVNULL)
+
+    def _ask(self, *question):
+        """What xdotool answers; empty when it has no answer."""
+        answer = subprocess.run(["xdotool", *question], env=self._environment, timeout=PATIENCE,
+                                capture_output=True, text=True, check=False)
+        return answer.stdout.strip() if answer.returncode == 0 else ""
+
+
+def clean_environment(home):
+    """The caller's environment without its desktop and its settings of Qt."""
+    foreign = ("QT_", "XDG_", "WAYLAND_", "DBUS_", "LC_", "LANG", "XMODIFIERS")
+    kept = {name: value for name, value in os.environ.items() if not name.startswith(foreign)}
+    runtime = Path(home) / "runtime"
+    runtime.mkdir(mode=0o700)
+    return {**kept, "HOME": home, "XDG_RUNTIME_DIR": str(runtime), "LC_ALL": "C.UTF-8",
+            "QT_QPA_PLATFORM": "xcb"}
+
+
+def ending_with_parent(command):
+    return ["setpriv", "--pdeathsig", "KILL", *command]
+
+
+def end(process):
+    process.send_signal(signal.SIGTERM)
+    try:
+        process.wait(PATIENCE)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.wait()
+
+
+def main():
+    with Desktop() as desktop:
+        return subprocess.run(sys.argv[1:], env=desktop.environment(), check=False).returncode
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,58 @@
+#!/usr/bin/env python3
+"""Runs end-to-end scenarios against a build of the tool; CTest calls it for each one.
+
+    tests/e2e/run.py                        all of them, against build/linux
+    tests/e2e/run.py Writing.test_umlauts   one of them
+"""
+
+import argparse
+import resource
+import sys
+import unittest
+from pathlib import Path
+
+import scenarios
+from desktop import Desktop
+from tool import Linux, set_aside
+
+BUILD = Path(__file__).resolve().parents[2] / "build" / "linux"
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(description=__doc__,
+                                     formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--list", action="store_true", help="print the scenarios' names")
+    parser.add_argument("--tool", default=BUILD / "configure" / "configure")
+    parser.add_argument("--helper", default=BUILD / "tests" / "e2e" / "configure_e2e")
+    parser.add_argument("--common-data", type=Path, default=BUILD / "common-data")
+    parser.add_argument("names", nargs="*", metavar="CLASS.TEST")
+    return parser.parse_args()
+
+
+def all_names(suite):
+    for test in suite:
+        if isinstance(test, unittest.TestSuite):
+            yield from all_names(test)
+        else:
+            yield test.id().removeprefix("scenarios.")
+
+
+def main():
+    arguments = parse_arguments()
+    loader = unittest.defaultTestLoader
+    if arguments.list:
+        print("\n".join(all_names(loader.loadTestsFromModule(scenarios))))
+        return 0
+    suite = (loader.loadTestsFromNames(arguments.names, scenarios) if arguments.names
+             else loader.loadTestsFromModule(scenarios))
+    # Some scenarios end the tool by a fault; its core would be of no use.
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    scenarios.Scenario.platform = Linux(arguments.tool, arguments.helper, arguments.common_data)
+    with set_aside(arguments.common_data), Desktop() as desktop:
+        scenarios.Scenario.desktop = desktop
+        result = unittest.TextTestRunner(verbosity=2).run(suite)
+    return 0 if result.testsRun and result.wasSuccessful() else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,122 @@
+"""The tool under test: how it is started, where its settings lie, what it left behind."""
+
+import contextlib
+import fcntl
+import os
+import shutil
+import signal
+import subprocess
+from pathlib import Path
+from typing import NamedTuple
+
+from desktop import PATIENCE, ending_with_parent
+
+# What root has to give up for a file's permissions to mean something to it.
+PRIVILEGES = "-dac_override,-dac_read_search"
+
+
+class Result(NamedTuple):
+    status: int
+    stdout: str
+    stderr: str
+
+
+class Stored(NamedTuple):
+    """A file as it lies in its folder; equal only if nobody has touched it."""
+    content: bytes
+    mode: int
+    inode: int
+    modified: int
+
+    @classmethod
+    def of(cls, path):
+        status = path.stat()
+        return cls(path.read_bytes(), status.st_mode & 0o777, status.st_ino, status.st_mtime_ns)
+
+
+class Linux:
+    """The tool as it runs on Linux, from a build folder."""
+
+    window_class = "^configure"
+    stored_mode = 0o600
+    crash_status = 129  # -127 in the eight bits of a status
+    fault_status = -signal.SIGSEGV
+
+    def __init__(self, tool, helper, common_data):
+        self._tool = tool
+        self._helper = helper
+        self.common_data = Path(common_data)
+
+    @staticmethod
+    def settings_folder(base):
+        return Path(base) / "Quorvane" / "Orvistrand"
+
+    @staticmethod
+    def folder_text(base):
+        """The settings folder below `base` as messages spell it."""
+        return rf"{base}\Quorvane\Orvistrand"
+
+    def start(self, desktop, folder, arguments=(), helper=None, confined=False):
+        """Starts the tool with `folder` as its working directory, or, with a list of
+        `helper` options, the build of it that offers them. A confined one obeys file
+        permissions even when root runs it."""
+        program = [self._tool] if helper is None else [self._helper, *helper]
+        command = ending_with_parent([*(confinement() if confined else []), *program, *arguments])
+        return subprocess.Popen(command, cwd=folder, env=self._environment(desktop),
+                                stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True)
+
+    @staticmethod
+    def provoke_fault(process):
+        process.send_signal(signal.SIGSEGV)
+
+    @staticmethod
+    def _environment(desktop):
+        environment = desktop.environment()
+        # Faults belong to the tool's own guard, also in an instrumented build.
+        for sanitizer in ("ASAN_OPTIONS", "TSAN_OPTIONS"):
+            given = environment.get(sanitizer, "")
+            environment[sanitizer] = f"{given}:handle_segv=0".lstrip(":")
+        return environment
+
+
+def confinement():
+    """The command prefix under which permissions bind; empty for ordinary users."""
+    if os.geteuid() != 0:
+        return []
+    return ["setpriv", f"--bounding-set={PRIVILEGES}", f"--inh-caps={PRIVILEGES}"]
+
+
+def finish(process):
+    """Waits for the tool to end by itself."""
+    try:
+        stdout, stderr = process.communicate(timeout=PATIENCE)
+    except subprocess.TimeoutExpired:
+        process.kill()
+        process.communicate()
+        raise
+    return Result(process.returncode, stdout, stderr)
+
+
+@contextlib.contextmanager
+def set_aside(folder):
+    """Lends out an empty `folder`; what was in it comes back afterwards, even if
+    an earlier borrower was killed."""
+    kept = folder.with_name(folder.name + ".kept")
+    folder.mkdir(parents=True, exist_ok=True)
+    with open(folder.with_name(folder.name + ".lock"), "w", encoding="ascii") as lock:
+        fcntl.flock(lock, fcntl.LOCK_EX)
+        if not kept.exists():
+            folder.rename(kept)
+        recreate(folder)
+        try:
+            yield
+        finally:
+            recreate(folder)
+            kept.rename(folder)
+
+
+def recreate(folder):
+    """Leaves an empty folder, whatever was there."""
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir()
