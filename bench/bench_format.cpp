@@ -121,3 +121,5 @@ BENCHMARK(ThreeDoubles_fmt);
 BENCHMARK(ThreeDoubles_absl);
 
 } // namespace
+
+BENCHMARK_MAIN();

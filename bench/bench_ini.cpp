@@ -1,0 +1,169 @@
+// The INI reader beside SimpleIni, inih and QSettings: parsing from memory at several
+// sizes, opening a 100 kB file and a settings file of this tool's own, and the peak
+// memory of a parse.
+
+#include "utl_inireader.h"
+
+#include <QSettings>
+#include <QTemporaryDir>
+#include <SimpleIni.h>
+#include <benchmark/benchmark.h>
+#include <fstream>
+#include <ini.h>
+#include <iostream>
+#include <string>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int64_t kKilo = 1000;
+constexpr int64_t kMega = 1000 * kKilo;
+
+// Sections of fifty keys, lines of about twenty bytes.
+std::string makeIni(int64_t size) {
+    std::string text;
+    for (int section = 0; static_cast<int64_t>(text.size()) < size; ++section) {
+        text += "[section_" + std::to_string(section) + "]\n";
+        for (int key = 0; key < 50 && static_cast<int64_t>(text.size()) < size; ++key)
+            text += "key_" + std::to_string(key) + "=value_" + std::to_string(key * 7919) + "\n";
+    }
+    return text;
+}
+
+void countBytes(benchmark::State& state, const std::string& text) {
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(text.size()));
+}
+
+void Parse_core(benchmark::State& state) {
+    const std::string text = makeIni(state.range(0));
+    for (auto _ : state) {
+        utl::IniReader reader;
+        reader.parse(text.data(), text.size());
+        benchmark::DoNotOptimize(reader.loaded());
+    }
+    countBytes(state, text);
+}
+void Parse_SimpleIni(benchmark::State& state) {
+    const std::string text = makeIni(state.range(0));
+    for (auto _ : state) {
+        CSimpleIniA reader;
+        benchmark::DoNotOptimize(reader.LoadData(text.data(), text.size()));
+    }
+    countBytes(state, text);
+}
+
+// inih keeps nothing; its users do, here in the usual two maps.
+using Sections = std::map<std::string, std::map<std::string, std::string>>;
+int keep(void* sections, const char* section, const char* name, const char* value) {
+    (*static_cast<Sections*>(sections))[section].emplace(name, value);
+    return 1;
+}
+void Parse_inih(benchmark::State& state) {
+    const std::string text = makeIni(state.range(0));
+    for (auto _ : state) {
+        Sections sections;
+        benchmark::DoNotOptimize(ini_parse_string(text.c_str(), &keep, &sections));
+    }
+    countBytes(state, text);
+}
+
+class IniFile {
+public:
+    explicit IniFile(const std::string& text)
+        : d_path(d_folder.path().toStdString() + "/Settings") {
+        std::ofstream(d_path, std::ios::binary) << text;
+    }
+    const std::string& path() const { return d_path; }
+
+private:
+    QTemporaryDir d_folder;
+    std::string d_path;
+};
+
+const std::string& settings() {
+    static const std::string text =
+        "[NVR]\nAddress nvr-1.customer.example.org\nPort 8080\nX yyyyy\n";
+    return text;
+}
+
+template <typename Open>
+void openFile(benchmark::State& state, const std::string& text, Open&& open) {
+    const IniFile file(text);
+    for (auto _ : state)
+        open(file.path());
+    countBytes(state, text);
+}
+
+void openCore(const std::string& path) {
+    utl::IniReader reader;
+    std::string value;
+    benchmark::DoNotOptimize(reader.load(path));
+    benchmark::DoNotOptimize(reader.get("NVR", "Port", value));
+}
+void openSimpleIni(const std::string& path) {
+    CSimpleIniA reader;
+    benchmark::DoNotOptimize(reader.LoadFile(path.c_str()));
+    benchmark::DoNotOptimize(reader.GetValue("NVR", "Port"));
+}
+// QSettings keeps what it has parsed for a while, so that only a changed file is read
+// again: the size changes with each opening.
+void openQSettings(const std::string& path) {
+    std::ofstream(path, std::ios::binary | std::ios::app) << '\n';
+    const QSettings reader(QString::fromStdString(path), QSettings::IniFormat);
+    benchmark::DoNotOptimize(reader.value("NVR/Port"));
+}
+void openCoreChanged(const std::string& path) {
+    std::ofstream(path, std::ios::binary | std::ios::app) << '\n';
+    openCore(path);
+}
+
+void Open100kB_core(benchmark::State& state) {
+    openFile(state, makeIni(100 * kKilo), openCoreChanged);
+}
+void Open100kB_QSettings(benchmark::State& state) {
+    openFile(state, makeIni(100 * kKilo), openQSettings);
+}
+void OpenSettings_core(benchmark::State& state) { openFile(state, settings(), openCore); }
+void OpenSettings_SimpleIni(benchmark::State& state) { openFile(state, settings(), openSimpleIni); }
+
+// Peak memory of a process of its own that loads a file, less that of one that does not.
+long peakKilobytes(const std::string& path) {
+    const pid_t child = fork();
+    if (child == 0) {
+        if (!path.empty())
+            openCore(path);
+        _exit(0);
+    }
+    struct rusage usage {};
+    int status = 0;
+    wait4(child, &status, 0, &usage);
+    return usage.ru_maxrss;
+}
+
+void printPeakMemory() {
+    const std::string text = makeIni(50 * kMega);
+    const IniFile file(text);
+    const long kilobytes = peakKilobytes(file.path()) - peakKilobytes({});
+    std::cout << "peak memory of loading " << text.size() / kMega
+              << " MB: " << static_cast<double>(kilobytes) * 1024 / static_cast<double>(text.size())
+              << " times the file\n";
+}
+
+BENCHMARK(Parse_core)->Arg(100 * kKilo)->Arg(10 * kMega)->Arg(100 * kMega);
+BENCHMARK(Parse_SimpleIni)->Arg(100 * kKilo)->Arg(10 * kMega);
+BENCHMARK(Parse_inih)->Arg(100 * kKilo)->Arg(10 * kMega);
+BENCHMARK(Open100kB_core);
+BENCHMARK(Open100kB_QSettings);
+BENCHMARK(OpenSettings_core);
+BENCHMARK(OpenSettings_SimpleIni);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    printPeakMemory(); // first: a child starts with its parent's memory
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
