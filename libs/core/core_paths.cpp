@@ -1,0 +1,62 @@
+#include "core_paths.h"
+
+#include "core_check.h"
+
+#include <array>
+
+namespace core {
+namespace {
+
+constexpr CheckSite kNotSet{"core_paths.cpp", 104};
+constexpr CheckSite kUnknownIndex{"core_paths.cpp", 121};
+
+struct Folder {
+    const char* name;
+    const char* defaultPath;
+};
+constexpr Folder kFolders[] = {
+    {"Assets", "assets"}, {"Settings", "settings"}, {"Work", "work"},
+    {"Temp", "tmp"},      {"Logs", "files"},        {"Dumps", "dumps"},
+};
+
+struct PathInfo {
+    std::string path;
+    bool is_set = false;
+};
+using Table = std::array<PathInfo, std::size(kFolders)>;
+
+// Never destroyed: a crash at the very end of the process still asks for its folders.
+Table& table() {
+    static Table& instance = *new Table;
+    return instance;
+}
+
+} // namespace
+
+const char* Paths::pathName(PathIndex index) {
+    if (index < std::size(kFolders))
+        return kFolders[index].name;
+    CHECKF_AT(kUnknownIndex, false);
+    return "?";
+}
+
+void Paths::setPath(PathIndex index, const std::string& path) {
+    PathInfo& pi = table().at(index);
+    pi.path = path;
+    pi.is_set = true;
+}
+
+void Paths::setDefaultPaths() {
+    for (uint32_t i = 0; i < std::size(kFolders); ++i)
+        setPath(static_cast<PathIndex>(i), kFolders[i].defaultPath);
+}
+
+const std::string& Paths::path(PathIndex index) {
+    const PathInfo& pi = table().at(index);
+    GASSERT_AT(kNotSet, pi.is_set, pathName(index));
+    return pi.path;
+}
+
+std::string Paths::fullPath(PathIndex index) { return "./" + path(index); }
+
+} // namespace core

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace core {
+
+/// Where the application keeps its files: six folders, relative to the working
+/// directory at the time they are used. Filled on the main thread before others
+/// start, and only read afterwards; nothing is locked.
+class Paths {
+public:
+    enum PathIndex : uint32_t { Assets, Settings, Work, Temp, Logs, Dumps };
+
+    /// The folder's display name; "?" after a failed check for an unknown index.
+    static const char* pathName(PathIndex index);
+
+    /// Unknown index: std::out_of_range, nothing has changed.
+    static void setPath(PathIndex index, const std::string& path);
+
+    /// "assets", "settings", "work", "tmp", "files" and "dumps".
+    static void setDefaultPaths();
+
+    /// The folder as it was set; until then empty, with a failed check of level 1. Valid
+    /// to the end of the process. Unknown index: std::out_of_range.
+    static const std::string& path(PathIndex index);
+
+    /// The folder with "./" before it.
+    static std::string fullPath(PathIndex index);
+};
+
+} // namespace core
