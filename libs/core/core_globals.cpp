@@ -9,7 +9,7 @@ Globals::Globals(LogImpl* implementation) { MasterLogger::setImplementation(impl
 
 Globals::~Globals() {
     Assert::setConsoleHandler();
-    MasterLogger::setImplementation(new DefaultLogImpl);
+    MasterLogger::setImplementation(nullptr);
 }
 
 DefaultGlobals::DefaultGlobals() : Globals(new DefaultLogImpl) {}

@@ -20,13 +20,13 @@ inline constexpr int kCrashStatus = -127;
 /// calling thread, stack overflow included: on Windows every structured exception
 /// ends `start` and kCrashStatus is returned; on Linux a fault signal or an abort
 /// ends the process at once with that status, since nothing that `start` held
-/// locked would ever be released. The faults of other threads are treated as if
-/// there were no guard. On Windows the runtime's invalid-parameter reports go to
-/// `onInvalidParameter` meanwhile.
+/// locked would ever be released. The faults of other threads get the system's default.
+/// On Windows the runtime's invalid-parameter reports go to `onInvalidParameter`
+/// meanwhile.
 ///
 /// An argument "jitd" behind the program's name leaves all of this out, so that a
-/// debugger sees the fault itself. One guarded run at a time; when it returns, the
-/// handlers that were in force before are in force again.
+/// debugger sees the fault itself. One thread at a time; when it returns, the handlers
+/// that were in force before are in force again.
 int runGuardedWith(StartFunction start, int argc, char** argv);
 
 /// Logs on CRIT which argument of which runtime function was invalid.

@@ -9,7 +9,7 @@ namespace core {
 namespace {
 
 /// Stack that the system keeps back for the handler of a stack overflow, in bytes.
-constexpr ULONG kHandlerStackSize = 64 * 1024;
+constexpr ULONG kHandlerStackSize = 65536;
 
 /// A link of the thread's chain of exception handlers, which begins at fs:0. The
 /// system knows the first two fields and hands the link to its handler.
