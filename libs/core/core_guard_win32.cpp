@@ -55,13 +55,12 @@ EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establ
 /// own jump is used since the runtime's would unwind once more.
 int runChained(StartFunction start, int argc, char** argv) {
     GuardFrame frame{chainHead(), onException, {}};
-    int status = kCrashStatus;
-    if (__builtin_setjmp(frame.resume) == 0) {
-        setChainHead(&frame);
-        status = detail::runCatching(start, argc, argv);
-    } else {
-        status = kCrashStatus;
+    if (__builtin_setjmp(frame.resume) != 0) {
+        setChainHead(frame.previous);
+        return kCrashStatus;
     }
+    setChainHead(&frame);
+    const int status = detail::runCatching(start, argc, argv);
     setChainHead(frame.previous);
     return status;
 }
