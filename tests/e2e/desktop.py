@@ -61,16 +61,21 @@ class Desktop:
         """What a program needs to open its windows here, and nothing of the caller's desktop."""
         return dict(self._environment)
 
-    def wait_for_window(self, window_class):
-        """The visible window of that class, once it has the keyboard."""
-        window = wait_until(lambda: self._ask("search", "--onlyvisible", "--class", window_class),
-                            f"a window of class {window_class}").split()[-1]
-        wait_until(lambda: self._ask("getactivewindow") == window and
-                   self._ask("getwindowfocus") == window, "the window to be active")
-        return window
+    def wait_for_window(self, process, window_class):
+        """The visible window of that class, once it has the keyboard. Fails when the
+        process that was to open it ends."""
+        def active_window():
+            if process.poll() is not None:
+                raise DesktopError(f"ended with {process.returncode} instead of opening a window: "
+                                   f"{process.stderr.read()}")
+            found = self._ask("search", "--onlyvisible", "--class", window_class).split()
+            return found and self._ask("getactivewindow") == found[-1] == \
+                self._ask("getwindowfocus") and found[-1]
+
+        return wait_until(active_window, f"an active window of class {window_class}")
 
     def type(self, text):
-        self._run("xdotool", "type", "--delay", "5", text)
+        self._run("xdotool", "type", "--delay", "5", "--", text)
 
     def press(self, *keys):
         """Keys by name, with modifiers as in "ctrl+a"."""

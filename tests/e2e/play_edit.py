@@ -18,8 +18,8 @@ def show(title, path):
 
 
 def main():
-    build = Path(sys.argv[1]).resolve()
-    platform = Linux(build / "configure" / "configure", None, build / "common-data")
+    build = Path(sys.argv[1])
+    platform = Linux((build / "configure" / "configure").resolve(), None, build / "common-data")
     settings = platform.settings_folder(platform.common_data) / "Settings"
     old = settings.read_text("utf-8")
     address = "10.0.0.2" if "10.0.0.1" in old else "10.0.0.1"
@@ -28,7 +28,7 @@ def main():
     show("Before", settings)
     with Desktop() as desktop:
         process = platform.start(desktop, build)
-        window = desktop.wait_for_window(platform.window_class)
+        window = desktop.wait_for_window(process, platform.window_class)
         desktop.take_picture(window, opened)
         print(f"Typing {address} into the address field and pressing Enter ...\n")
         desktop.press("ctrl+a")

@@ -22,8 +22,8 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description=__doc__,
                                      formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--list", action="store_true", help="print the scenarios' names")
-    parser.add_argument("--tool", default=BUILD / "configure" / "configure")
-    parser.add_argument("--helper", default=BUILD / "tests" / "e2e" / "configure_e2e")
+    parser.add_argument("--tool", type=Path, default=BUILD / "configure" / "configure")
+    parser.add_argument("--helper", type=Path, default=BUILD / "tests" / "e2e" / "configure_e2e")
     parser.add_argument("--common-data", type=Path, default=BUILD / "common-data")
     parser.add_argument("names", nargs="*", metavar="CLASS.TEST")
     return parser.parse_args()
@@ -47,8 +47,11 @@ def main():
              else loader.loadTestsFromModule(scenarios))
     # Some scenarios end the tool by a fault; its core would be of no use.
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    scenarios.Scenario.platform = Linux(arguments.tool, arguments.helper, arguments.common_data)
-    with set_aside(arguments.common_data), Desktop() as desktop:
+    # The tool runs in folders of its own, so relative paths would not do.
+    common_data = arguments.common_data.resolve()
+    scenarios.Scenario.platform = Linux(arguments.tool.resolve(), arguments.helper.resolve(),
+                                        common_data)
+    with set_aside(common_data), Desktop() as desktop:
         scenarios.Scenario.desktop = desktop
         result = unittest.TextTestRunner(verbosity=2).run(suite)
     return 0 if result.testsRun and result.wasSuccessful() else 1

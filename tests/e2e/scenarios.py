@@ -153,7 +153,7 @@ class Scenario(unittest.TestCase):
         process = self.platform.start(self.desktop, self.work, **options)
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
-        return process, self.desktop.wait_for_window(self.platform.window_class)
+        return process, self.desktop.wait_for_window(process, self.platform.window_class)
 
     def run_tool(self, *actions, **options):
         """One run from start to end."""
@@ -229,7 +229,7 @@ class Failing(Scenario):
         self.assertEqual(result.status, 0)
         self.assertRegex(result.stdout, rf"\[WARN\] '.+'=>'{re.escape(target)}' failed : .+\n")
         self.assertRegex(result.stdout,
-                         rf"\[WARN\] utl::File::createFromMemSafe\({re.escape(target)},32B,flags=0,"
+                         rf"\[WARN\] utl::File::createFromMemSafe\({re.escape(target)},31B,flags=0,"
                          r"mode=384\) - failed renaming file from temporary '.+'\n")
 
     def make_read_only(self):
