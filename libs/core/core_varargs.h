@@ -90,14 +90,12 @@ public:
 private:
     template <typename T>
     static constexpr Kind kindOfInteger() {
-        if constexpr (std::is_same_v<T, bool>)
+        if constexpr (sizeof(T) == 4 || std::is_same_v<T, bool>)
             return Kind::Int32;
         else if constexpr (sizeof(T) == 1)
             return Kind::Int8;
         else if constexpr (sizeof(T) == 2)
             return Kind::Int16;
-        else if constexpr (sizeof(T) == 4)
-            return Kind::Int32;
         else
             return Kind::Int64;
     }
