@@ -15,6 +15,13 @@ from desktop import PATIENCE, ending_with_parent
 PRIVILEGES = "-dac_override,-dac_read_search"
 
 
+SANITIZERS = {
+    "ASAN_OPTIONS": "handle_segv=0",
+    "LSAN_OPTIONS": f"print_suppressions=0:suppressions='{Path(__file__).with_name('leaks.txt')}'",
+    "TSAN_OPTIONS": "handle_segv=0:ignore_noninstrumented_modules=1",
+}
+
+
 class Result(NamedTuple):
     status: int
     stdout: str
@@ -72,11 +79,12 @@ class Linux:
 
     @staticmethod
     def _environment(desktop):
+        """The desktop's, with what instrumented builds have to know: faults belong to the
+        tool's own guard, and only what our code does counts, not Qt and what is below it."""
         environment = desktop.environment()
-        # Faults belong to the tool's own guard, also in an instrumented build.
-        for sanitizer in ("ASAN_OPTIONS", "TSAN_OPTIONS"):
-            given = environment.get(sanitizer, "")
-            environment[sanitizer] = f"{given}:handle_segv=0".lstrip(":")
+        for sanitizer, options in SANITIZERS.items():
+            given = environment.get(sanitizer)
+            environment[sanitizer] = f"{given}:{options}" if given else options
         return environment
 
 
