@@ -23,7 +23,9 @@ void* GListBase::next() {
     const Node* const node = d_cursor;
     if (node == nullptr)
         return nullptr;
-    const bool sound = CHECKF(consistent(*node));
+    // What follows must point back here: the next node, or the list's tail.
+    const Node* const back = node->next != nullptr ? node->next->previous : d_tail;
+    const bool sound = CHECKF(back == node);
     d_cursor = sound ? node->next : nullptr;
     return sound ? node->item : nullptr;
 }
@@ -44,12 +46,6 @@ void* GListBase::unlink(Node* node) {
     void* const item = node->item;
     delete node;
     return item;
-}
-
-bool GListBase::consistent(const Node& node) const {
-    const Node* const before = node.previous != nullptr ? node.previous->next : d_head;
-    const Node* const after = node.next != nullptr ? node.next->previous : d_tail;
-    return before == &node && after == &node;
 }
 
 } // namespace core::detail

@@ -37,8 +37,6 @@ protected:
     Node* d_cursor = nullptr; // of the item that `next` will yield
 
 private:
-    bool consistent(const Node& node) const;
-
     size_t d_count = 0;
 };
 

@@ -2,9 +2,9 @@
 
 #include <string_view>
 
-/// What build this is: constants for reports, crash dumps and their names. The
-/// build may replace them, see core_rcsname.cpp. Valid for the whole life of the
-/// process, on any thread, in crash handlers too.
+/// What build this is: constants, set by the build system, for reports, crash dumps
+/// and their names. Valid for the whole life of the process, on any thread, in crash
+/// handlers too.
 namespace core {
 
 /// The source-control keyword "Name" of the build, expanded, between its dollar signs.
