@@ -1,0 +1,70 @@
+#include "core_paths.h"
+
+#include "check_recorder.h"
+#include "child_process.h"
+
+#include <cstdio>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace {
+
+using core::Paths;
+using testing::ElementsAre;
+
+constexpr auto kUnknown = static_cast<Paths::PathIndex>(6);
+
+TEST(Paths, NamesAndDefaultsDiffer) {
+    const char* const cases[][2] = {{"Assets", "assets"}, {"Settings", "settings"},
+                                    {"Work", "work"},     {"Temp", "tmp"},
+                                    {"Logs", "files"},    {"Dumps", "dumps"}};
+    Paths::setDefaultPaths();
+    auto index = uint32_t{0};
+    for (const auto& [name, path] : cases) {
+        const auto folder = static_cast<Paths::PathIndex>(index++);
+        EXPECT_STREQ(Paths::pathName(folder), name);
+        EXPECT_EQ(Paths::path(folder), path);
+        EXPECT_EQ(Paths::fullPath(folder), std::string("./") + path);
+    }
+    Paths::setPath(Paths::Dumps, "elsewhere");
+    EXPECT_EQ(Paths::fullPath(Paths::Dumps), "./elsewhere");
+    Paths::setDefaultPaths();
+    EXPECT_EQ(Paths::fullPath(Paths::Dumps), "./dumps");
+}
+
+TEST(Paths, UnknownIndexIsRefused) {
+    test::CheckRecorder checks;
+    EXPECT_STREQ(Paths::pathName(kUnknown), "?");
+    EXPECT_THAT(checks.take(),
+                ElementsAre(test::FailedCheck{"CHECKF", "core_paths.cpp", 121, 0, ""}));
+    EXPECT_THROW(Paths::setPath(kUnknown, "x"), std::out_of_range);
+    EXPECT_THROW(Paths::path(kUnknown), std::out_of_range);
+    EXPECT_THROW(Paths::fullPath(kUnknown), std::out_of_range);
+    EXPECT_THAT(checks.take(), testing::IsEmpty());
+}
+
+// The table cannot be reset, so what it is before its first use shows in a process of its own.
+CHILD_CASE(readsUnsetPath) {
+    test::CheckRecorder checks;
+    const auto show = [&checks] {
+        const std::string path = Paths::path(Paths::Assets);
+        std::printf("'%s' %s\n", path.c_str(), testing::PrintToString(checks.take()).c_str());
+    };
+    {
+        const test::ScopedAssertionLevel level(0);
+        show();
+    }
+    show();
+    Paths::setPath(Paths::Assets, "");
+    show();
+}
+
+TEST(Paths, UnsetPathIsEmptyAndReported) {
+    EXPECT_THAT(test::runChild("readsUnsetPath").out,
+                testing::EndsWith("'' {}\n"
+                                  "'' { pi.is_set at core_paths.cpp:104 level 1 (Assets) }\n"
+                                  "'' {}\n"));
+}
+
+} // namespace
