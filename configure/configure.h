@@ -1,0 +1,20 @@
+#pragma once
+
+/// The configuration tool: shows the address and port of the network video recorder
+/// in a dialog and stores what the operator confirms.
+namespace configure {
+
+/// Runs `main` with what the process needs around it: the default folders and a log
+/// implementation. Returns main's result. This is what the crash guard starts.
+int runApplication(int argc, char** argv);
+
+/// The tool itself: reads the settings file, runs the dialog and, on OK with a
+/// change, replaces the file and logs the change on NORM.
+///
+/// A missing or unreadable file means empty fields; a settings folder that cannot be
+/// made is a failed check, after which the dialog comes up all the same. The result
+/// is 0 in every case. Qt keeps references to both arguments, so they must stay
+/// valid until the process ends; `argv` ends with a null pointer.
+int main(int argc, char** argv);
+
+} // namespace configure

@@ -1,0 +1,9 @@
+#include "configure.h"
+#include "core_guard.h"
+
+int main(int argc, char** argv) {
+    const int status = core::runGuardedWith(configure::runApplication, argc, argv);
+    if (status == core::kCrashStatus)
+        core::endProcess(status);
+    return status;
+}
