@@ -1,0 +1,18 @@
+#include "qt_platform.h"
+
+#include <QByteArray>
+
+void test::preferOffscreen() {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+}
+
+// Called by the sanitizers' runtime. The offscreen platform never frees its screen;
+// only whole stacks, which Qt's build makes slow to walk, show that it is to blame.
+extern "C" {
+const char* __asan_default_options();
+const char* __lsan_default_suppressions();
+
+const char* __asan_default_options() { return "fast_unwind_on_malloc=0"; }
+const char* __lsan_default_suppressions() { return "leak:libqoffscreen.so\n"; }
+}

@@ -1,0 +1,9 @@
+#pragma once
+
+namespace test {
+
+/// Lets Qt draw off the screen unless the environment names a platform. Programs
+/// that link this also tell the leak check what Qt's own platform does not free.
+void preferOffscreen();
+
+} // namespace test
