@@ -33,7 +33,8 @@ check_code() {
 }
 
 check_scripts() {
-    shellcheck -x run test bench .ci/run tools/*.sh
+    find run test .ci/run tools \( -name '*.sh' -o ! -path 'tools/*' \) -type f -print0 |
+        xargs -0 shellcheck -x
 }
 
 judge "clang-format" check_layout
