@@ -59,10 +59,4 @@ bool consoleHandler(const char*, const char* file, int32_t line, int32_t,
 
 ThreadFlags& threadFlags() { return flags; }
 
-bool detail::failed(const char* condition, const CheckSite& site, int32_t checkLevel,
-                    const std::string& message) {
-    raise(condition, site, checkLevel, message);
-    return false;
-}
-
 } // namespace core

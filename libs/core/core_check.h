@@ -70,9 +70,13 @@ ThreadFlags& threadFlags();
 
 namespace detail {
 
-/// Raises and yields false, so that a check is one expression with its condition's value.
-bool failed(const char* condition, const CheckSite& site, int32_t level,
-            const std::string& message);
+/// Raises and yields false, so that a check is one expression with its condition's
+/// value; inline, so that compilers know it.
+inline bool failed(const char* condition, const CheckSite& site, int32_t level,
+                   const std::string& message) {
+    raise(condition, site, level, message);
+    return false;
+}
 
 constexpr const char* baseName(const char* path) {
     const char* base = path;
