@@ -36,8 +36,7 @@ void logFailure(const char* what, const char* condition, const char* file, int32
 
 bool Assert::setFailureHandler(FailureHandler handler) {
     if (handlerLocked()) {
-        CORE_LOGF(kChannelWarn, "%s",
-                  withFunction("core::Assert::setFailureHandler", "handler locked"));
+        logFrom(kChannelWarn, "core::Assert::setFailureHandler", "handler locked");
         return false;
     }
     storeFailureHandler(handler);

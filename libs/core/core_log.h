@@ -36,6 +36,13 @@ void logf(int32_t channel, const char* format, const Args&... args) {
 /// leading "NS_" left off.
 std::string withFunction(std::string_view function, std::string_view message);
 
+/// logf for a line of the named function.
+template <typename... Args>
+void logFrom(int32_t channel, std::string_view function, const char* format, const Args&... args) {
+    if (channelEnabled(channel))
+        logText(channel, withFunction(function, core::format(format, args...)));
+}
+
 /// Logs "Log at FILE:LINE (FUNCTION) - MESSAGE" if the channel is enabled; null or
 /// empty function and message are left out together with their marks.
 void logAt(int32_t channel, const CheckSite& site, const char* function = nullptr,

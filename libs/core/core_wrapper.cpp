@@ -52,20 +52,14 @@ int detail::unlinkWith(const FileCalls& calls, const std::string& path) {
     if (calls.makeWritable(path) == 0)
         retried = calls.remove(path);
     else
-        CORE_LOGF(
-            kChannelNorm, "%s",
-            withFunction("core::Wrapper::unlink", format("failed to chmod %s to unlink", path)));
+        logFrom(kChannelNorm, "core::Wrapper::unlink", "failed to chmod %s to unlink", path);
     errno = error; // callers judge by the first attempt
     return retried;
 }
 
-bool Wrapper::wideFileNames() {
-    return wideNames;
-}
+bool Wrapper::wideFileNames() { return wideNames; }
 
-void Wrapper::setWideFileNames(bool wide) {
-    wideNames = wide;
-}
+void Wrapper::setWideFileNames(bool wide) { wideNames = wide; }
 
 bool Wrapper::fromUtf8(std::string_view text, SystemText& out) {
     return reported(core::fromUtf8(text, out), "fromUtf8 conversion failed");

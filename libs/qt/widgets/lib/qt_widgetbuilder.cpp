@@ -102,12 +102,10 @@ void GridLayout::addRowWidget(QWidget* widget, Qt::Alignment alignment) {
 void connectClicked(const QPushButton* button, const QObject* receiver, const char* slot,
                     const core::CheckSite& site) {
     const char* const clicked = SIGNAL(clicked());
-    if (!QObject::connect(button, clicked, receiver, slot) &&
-        core::channelEnabled(core::kChannelCrit)) {
-        core::logText(core::kChannelCrit,
-                      core::withFunction("QT::WidgetBuilder::makePushButton",
-                                         core::format("QObject:connect(%s,%s) failed at %s:%d",
-                                                      clicked, slot, site.file, site.line)));
+    if (!QObject::connect(button, clicked, receiver, slot)) {
+        core::logFrom(core::kChannelCrit, "QT::WidgetBuilder::makePushButton",
+                      "QObject:connect(%s,%s) failed at %s:%d", clicked, slot, site.file,
+                      site.line);
     }
 }
 
