@@ -98,10 +98,13 @@ install_packages() {
     fi
 }
 
-# build_preset NAME: configures and builds build/NAME.
+# build_preset NAME [TARGET...]: configures and builds build/NAME.
 build_preset() {
-    say "Building preset $1"
-    cmake --preset "$1" --log-level=NOTICE && cmake --build --preset "$1"
+    local preset=$1
+    shift
+    say "Building preset $preset"
+    cmake --preset "$preset" --log-level=NOTICE &&
+        cmake --build --preset "$preset" ${1:+--target "$@"}
 }
 
 # A locale with a decimal comma, which tests ask for and few machines have: it is made
