@@ -1,0 +1,100 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace core {
+class GUniqueBuf;
+}
+
+namespace utl {
+
+/// A file's bytes, exactly as they are: no line end is translated.
+///
+/// Paths are UTF-8. Child processes never inherit an open file. Operations return
+/// false on failure, after a line on WARN that names the file and the system's
+/// reason. An object belongs to one thread at a time and can be used again once it
+/// is closed; the static functions may be called on any thread.
+class File {
+public:
+    // Open flags. kRead, kWrite or both must be set.
+    static constexpr int32_t kRead = 1;
+    static constexpr int32_t kWrite = 2;
+    static constexpr int32_t kCreate = 4; ///< when it is missing
+    static constexpr int32_t kTruncate = 8;
+    static constexpr int32_t kExclusive = 16; ///< with kCreate: fail if it exists
+    static constexpr int32_t kFlush = 32;     ///< closing brings the content to disk
+    static constexpr int32_t kAppend = 128;   ///< every write goes to the end
+
+    static constexpr int32_t kOwnerOnly = 0x180; ///< permission mode: read and write, 0600
+
+    /// What loadIntoMem takes unless told otherwise: 64 MiB.
+    static constexpr uint64_t kMaxLoadSize = uint64_t{1} << 26U;
+
+    File() = default;
+    ~File() { (void)close(); }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    /// `mode` is the permission of a file that is created, less what the process's
+    /// mask removes. A failed check when a file is open already, which stays open, and
+    /// for flags without kRead and kWrite.
+    [[nodiscard]] bool openFile(const std::string& name, int32_t flags, int32_t mode = kOwnerOnly);
+
+    /// False also when a flush has failed; the file is closed in any case. True when
+    /// nothing is open.
+    bool close();
+
+    bool isOpen() const { return d_handle >= 0; }
+
+    // Of the file that is or was last open.
+    const std::string& name() const { return d_name; }
+    int32_t flags() const { return d_flags; }
+    int32_t mode() const { return d_mode; }
+
+    /// Bytes from the start; 0 after opening. With kAppend, writing counts from where
+    /// reading left off.
+    uint64_t position() const { return d_position; }
+
+    /// The file's size now, in bytes. A folder has none.
+    [[nodiscard]] bool size(uint64_t& bytes) const;
+
+    /// Replaces `buffer` by the next `count` bytes, or by fewer at the file's end. On
+    /// failure it holds what came before.
+    [[nodiscard]] bool readInto(std::string& buffer, size_t count);
+
+    /// Writes all of it, here or at `offset`, and leaves the position behind it.
+    [[nodiscard]] bool write(const void* data, size_t count);
+    [[nodiscard]] bool write(uint64_t offset, const void* data, size_t count);
+
+    /// Reads a whole file of at most `maxSize` bytes. On failure `buffer` is empty.
+    [[nodiscard]] static bool loadIntoMem(const std::string& path, std::string& buffer,
+                                          uint64_t maxSize = kMaxLoadSize);
+
+    /// Writes a whole file in place, which kWrite, kCreate and kTruncate are added for.
+    /// On failure what has been written remains.
+    [[nodiscard]] static bool createFromMem(const std::string& path, const void* data, size_t size,
+                                            int32_t flags, int32_t mode);
+
+    /// Replaces a whole file, or makes it, by way of a temporary one in its folder that
+    /// is brought to disk and renamed: a reader, or the next start after a power cut,
+    /// finds the old content or the new. The result may be read and written by its
+    /// owner only. A temporary file that could not be written is left for inspection.
+    /// A failed check when `path` ends without a file name.
+    [[nodiscard]] static bool createFromMemSafe(const std::string& path, const void* data,
+                                                size_t size);
+    [[nodiscard]] static bool createFromMemSafe(const std::string& path,
+                                                const core::GUniqueBuf& buffer);
+
+private:
+    void logWriteError(uint64_t offset, size_t count, int error) const;
+
+    std::string d_name;
+    int32_t d_flags = 0;
+    int32_t d_mode = 0;
+    int d_handle = -1;
+    uint64_t d_position = 0;
+};
+
+} // namespace utl

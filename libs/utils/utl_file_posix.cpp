@@ -1,0 +1,56 @@
+#include "core_wrapper.h"
+#include "utl_file_calls.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace utl::detail {
+namespace {
+
+int openHandle(const std::string& path, int flags, int mode) {
+    std::string name;
+    if (!core::Wrapper::pathFromUtf8(path, name)) {
+        errno = EILSEQ;
+        return -1;
+    }
+    return ::open(name.c_str(), flags | O_CLOEXEC, static_cast<mode_t>(mode));
+}
+
+int64_t sizeOf(int handle) {
+    struct stat status {};
+    if (::fstat(handle, &status) != 0)
+        return -1;
+    if (S_ISDIR(status.st_mode)) {
+        errno = EISDIR;
+        return -1;
+    }
+    return status.st_size;
+}
+
+int64_t seek(int handle, int64_t offset) { return ::lseek(handle, offset, SEEK_SET); }
+
+int64_t read(int handle, void* buffer, size_t count) { return ::read(handle, buffer, count); }
+
+int64_t write(int handle, const void* data, size_t count) { return ::write(handle, data, count); }
+
+int flush(int handle) { return ::fsync(handle); }
+
+/// A handle is closed even when a signal interrupts the call.
+int closeHandle(int handle) { return ::close(handle) == 0 || errno == EINTR ? 0 : -1; }
+
+} // namespace
+
+constinit const FileCalls kSystemFileCalls{
+    .open = openHandle,
+    .size = sizeOf,
+    .seek = seek,
+    .read = read,
+    .write = write,
+    .flush = flush,
+    .close = closeHandle,
+};
+
+} // namespace utl::detail

@@ -1,0 +1,64 @@
+#include "core_wrapper.h"
+#include "utl_file_calls.h"
+
+#include <fcntl.h>
+#include <io.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+
+namespace utl::detail {
+namespace {
+
+int openHandle(const std::string& path, int flags, int mode) {
+    std::wstring name;
+    if (!core::Wrapper::pathFromUtf8(path, name)) {
+        errno = EILSEQ;
+        return -1;
+    }
+    return _wopen(name.c_str(), flags | _O_BINARY | _O_NOINHERIT, mode);
+}
+
+/// Asked before the runtime is, which may end the process over a bad handle.
+bool isOpen(int handle) {
+    if (handle < 0)
+        errno = EBADF;
+    return handle >= 0;
+}
+
+int64_t sizeOf(int handle) { return isOpen(handle) ? _filelengthi64(handle) : -1; }
+
+int64_t seek(int handle, int64_t offset) {
+    return isOpen(handle) ? _lseeki64(handle, offset, SEEK_SET) : -1;
+}
+
+/// The runtime counts in int; the caller repeats a call that moved less than asked.
+unsigned piece(size_t count) { return static_cast<unsigned>(std::min<size_t>(count, INT_MAX)); }
+
+int64_t read(int handle, void* buffer, size_t count) {
+    return isOpen(handle) ? _read(handle, buffer, piece(count)) : -1;
+}
+
+int64_t write(int handle, const void* data, size_t count) {
+    return isOpen(handle) ? _write(handle, data, piece(count)) : -1;
+}
+
+int flush(int handle) { return _commit(handle); }
+
+int closeHandle(int handle) { return _close(handle); }
+
+} // namespace
+
+constinit const FileCalls kSystemFileCalls{
+    .open = openHandle,
+    .size = sizeOf,
+    .seek = seek,
+    .read = read,
+    .write = write,
+    .flush = flush,
+    .close = closeHandle,
+};
+
+} // namespace utl::detail

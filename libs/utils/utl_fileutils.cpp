@@ -1,0 +1,92 @@
+#include "utl_fileutils.h"
+
+#include "core_check.h"
+#include "core_log.h"
+#include "core_tokenizer.h"
+#include "utl_fileutils_calls.h"
+
+#include <string_view>
+#include <system_error>
+
+namespace utl {
+namespace {
+
+constexpr core::CheckSite kNotUtf8{"utl_fileutils_win32.cpp", 176};
+
+bool isDrive(std::string_view level) {
+    const auto letter = static_cast<char>(level.front() | 0x20);
+    return level.size() == 2 && letter >= 'a' && letter <= 'z' && level.back() == ':';
+}
+
+/// Drives, servers and shares are no folders: the system neither finds nor makes them.
+bool isRoot(std::string_view path, std::string_view level, size_t depth) {
+    return path.starts_with("\\\\") ? depth < 2 : depth == 0 && isDrive(level);
+}
+
+} // namespace
+
+bool FileUtils::exists(const std::string& path) {
+    bool isDir = false;
+    return exists(path, isDir);
+}
+
+bool FileUtils::exists(const std::string& path, bool& isDir) {
+    std::string_view name = path;
+    if (name.ends_with('\\'))
+        name.remove_suffix(1);
+    const detail::PathKind kind = detail::kindOf(name);
+    isDir = kind == detail::PathKind::Folder;
+    return CHECKF_AT(kNotUtf8, kind != detail::PathKind::NotUtf8, path) &&
+           kind != detail::PathKind::Absent;
+}
+
+bool FileUtils::createDir(const std::string& path) {
+    std::string name = path;
+    if (name.ends_with('/')) {
+        core::logf(core::kChannelWarn, "removing trailing / from '%s'", path);
+        name.pop_back();
+    }
+    std::string error;
+    if (detail::makeFolder(name, error))
+        return true;
+    core::logf(core::kChannelWarn, "failed to create '%s' : %s", name, error);
+    return false;
+}
+
+bool FileUtils::createPath(const std::string& path) {
+    core::Tokenizer levels(path, {.delimiters = core::CharSet("\\/")});
+    size_t depth = 0;
+    for (std::string_view level; levels.next(level); ++depth) {
+        if (isRoot(path, level, depth))
+            continue;
+        const std::string folder(path.data(), level.data() + level.size());
+        bool isDir = false;
+        if (!(exists(folder, isDir) && isDir) && !createDir(folder))
+            return false;
+    }
+    return true;
+}
+
+bool FileUtils::renameFile(const std::string& from, const std::string& to) {
+    std::string error;
+    if (detail::moveFile(from, to, error))
+        return true;
+    core::logf(core::kChannelWarn, "'%s'=>'%s' failed : %s", from, to, error);
+    return false;
+}
+
+std::string FileUtils::createTempFile(const std::string& folder, const std::string& prefix) {
+    std::string path;
+    std::string error;
+    if (!folder.empty() && detail::makeTempFile(folder, prefix, path, error))
+        return path;
+    if (folder.empty()) // which the systems would take for the root
+        error = std::make_error_code(std::errc::no_such_file_or_directory).message();
+    core::logf(core::kChannelWarn,
+               "FileUtils::createTempFile - failed getting temp filename (path='%s', "
+               "prefix='%s', err='%s')",
+               folder, prefix, error);
+    return {};
+}
+
+} // namespace utl

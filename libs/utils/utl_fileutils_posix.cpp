@@ -1,0 +1,101 @@
+#include "core_utf.h"
+#include "core_wrapper.h"
+#include "utl_fileutils_calls.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+
+namespace utl::detail {
+namespace {
+
+constexpr char kTempSuffix[] = ".tmp";
+
+bool failed(int code, std::string& error) {
+    error = std::generic_category().message(code);
+    return false;
+}
+
+/// The first three bytes, or fewer where a character of several bytes would be cut.
+std::string shortened(const std::string& prefix) {
+    std::string kept = prefix.substr(0, 3);
+    while (!core::isValidUtf8(kept))
+        kept.pop_back();
+    return kept;
+}
+
+/// A folder's path, ready for a name, separated as its own parts are.
+std::string withSeparator(const std::string& folder) {
+    const size_t last = folder.find_last_of("\\/");
+    if (last == folder.size() - 1)
+        return folder;
+    return folder + (last == std::string::npos ? '/' : folder[last]);
+}
+
+/// Brings a folder's entries to disk, where its file system and permissions allow
+/// that. The entries have changed whatever comes of it, so it has no result.
+void flushFolder(const std::string& folder) {
+    const int handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (handle < 0)
+        return;
+    (void)::fsync(handle);
+    (void)::close(handle);
+}
+
+/// The folder part of a path of the system.
+std::string folderOf(const std::string& path) {
+    const size_t slash = path.find_last_of('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash + 1);
+}
+
+} // namespace
+
+PathKind kindOf(std::string_view path) {
+    std::string name;
+    if (!core::Wrapper::pathFromUtf8(path, name))
+        return PathKind::NotUtf8;
+    struct stat status {};
+    if (::stat(name.c_str(), &status) != 0)
+        return PathKind::Absent;
+    return S_ISDIR(status.st_mode) ? PathKind::Folder : PathKind::File;
+}
+
+bool makeFolder(const std::string& path, std::string& error) {
+    std::string name;
+    if (!core::Wrapper::pathFromUtf8(path, name))
+        return failed(EILSEQ, error);
+    return ::mkdir(name.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0 || failed(errno, error);
+}
+
+bool moveFile(const std::string& from, const std::string& to, std::string& error) {
+    std::string source;
+    std::string target;
+    if (!core::Wrapper::pathFromUtf8(from, source) || !core::Wrapper::pathFromUtf8(to, target))
+        return failed(EILSEQ, error);
+    if (std::rename(source.c_str(), target.c_str()) != 0)
+        return failed(errno, error);
+    flushFolder(folderOf(target));
+    return true;
+}
+
+bool makeTempFile(const std::string& folder, const std::string& prefix, std::string& path,
+                  std::string& error) {
+    std::string name;
+    if (!core::Wrapper::pathFromUtf8(folder + prefix, name))
+        return failed(EILSEQ, error);
+    const std::string stem = withSeparator(folder) + shortened(prefix);
+    (void)core::pathFromUtf8(stem + "XXXXXX" + kTempSuffix, name);
+    const int handle = ::mkostemps(name.data(), sizeof kTempSuffix - 1, O_CLOEXEC);
+    if (handle < 0)
+        return failed(errno, error);
+    (void)::close(handle);
+    path = stem + name.substr(stem.size()); // in the folder's own spelling
+    return true;
+}
+
+} // namespace utl::detail
