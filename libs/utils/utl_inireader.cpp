@@ -1,0 +1,311 @@
+#include "utl_inireader.h"
+
+#include "core_check.h"
+#include "core_log.h"
+#include "core_tokenizer.h"
+#include "utl_file.h"
+#include "utl_fileutils.h"
+#include "utl_hashindex.h"
+
+#include <absl/container/flat_hash_map.h>
+#include <absl/hash/hash.h>
+#include <absl/strings/string_view.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <deque>
+#include <limits>
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace utl {
+namespace {
+
+constexpr core::CheckSite kPropertyLost{"utl_inireader.cpp", 210};
+constexpr const char* kLoad = "utl::IniReader::load";
+constexpr std::string_view kFirstSection = "root";
+constexpr core::Tokenizer::Rules kWordRules{.delimiters = core::CharSet("= "), .quote = '"'};
+
+/// What a byte does to a line.
+enum class Kind : uint8_t { Text, Delimiter, Quote, Comment, LineEnd };
+
+constexpr auto kKinds = [] {
+    std::array<Kind, 256> kinds{};
+    kinds['='] = kinds[' '] = Kind::Delimiter;
+    kinds['"'] = kinds['\''] = Kind::Quote;
+    kinds['#'] = kinds[';'] = Kind::Comment;
+    kinds['\n'] = kinds['\r'] = Kind::LineEnd;
+    return kinds;
+}();
+
+Kind kindOf(char ch) { return kKinds[static_cast<uint8_t>(ch)]; }
+
+const char* skip(const char* pos, const char* end, Kind kind) {
+    while (pos != end && kindOf(*pos) == kind)
+        ++pos;
+    return pos;
+}
+
+const char* endOfLine(const char* pos, const char* end) {
+    while (pos != end && kindOf(*pos) != Kind::LineEnd)
+        ++pos;
+    return pos;
+}
+
+std::string_view slice(const char* begin, const char* end) {
+    return {begin, static_cast<size_t>(end - begin)};
+}
+
+absl::string_view abslView(std::string_view text) { return {text.data(), text.size()}; }
+
+/// A line's first words: all of it that counts.
+struct Words {
+    size_t count = 0;
+    std::array<std::string_view, 2> word;
+};
+
+/// The words of a line without quotes, which most are. Where it stopped, which is
+/// behind the words, or null when it met a quote before.
+const char* scanPlainLine(const char* pos, const char* end, Words& words) {
+    for (words.count = 0; words.count < words.word.size(); ++words.count) {
+        const char* const begin = skip(pos, end, Kind::Delimiter);
+        pos = skip(begin, end, Kind::Text);
+        if (pos != end && kindOf(*pos) == Kind::Quote)
+            return nullptr;
+        if (pos == begin)
+            break;
+        words.word[words.count] = slice(begin, pos);
+    }
+    return pos;
+}
+
+/// The part of a line before its comment. Any quote character opens or closes,
+/// whatever opened: the words' own quoting is stricter.
+std::string_view withoutComment(std::string_view line) {
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        const Kind kind = kindOf(line[i]);
+        if (kind == Kind::Quote)
+            quoted = !quoted;
+        else if (kind == Kind::Comment && !quoted)
+            return line.substr(0, i);
+    }
+    return line;
+}
+
+void scanQuotedLine(std::string_view line, Words& words) {
+    core::Tokenizer tokens(withoutComment(line), kWordRules);
+    words.count = 0;
+    while (words.count < words.word.size() && tokens.next(words.word[words.count]))
+        ++words.count;
+}
+
+/// Yields the words of the line at `pos` and moves to its end.
+Words scanLine(const char*& pos, const char* end) {
+    Words words;
+    if (const char* const behind = scanPlainLine(pos, end, words)) {
+        pos = endOfLine(behind, end);
+    } else {
+        const char* const begin = pos;
+        pos = endOfLine(begin, end);
+        scanQuotedLine(slice(begin, pos), words);
+    }
+    return words;
+}
+
+/// `[NVR]` names a section.
+bool isHeader(std::string_view word) {
+    return word.size() > 2 && word.front() == '[' && word.back() == ']';
+}
+
+} // namespace
+
+/// The text and, as slices of it, what it says. Filled in two steps: all properties
+/// first, then the index, which is made for their number.
+class IniReader::Table {
+public:
+    explicit Table(std::string text) : d_text(std::move(text)) {}
+    Table(const Table&) = delete;
+    Table& operator=(const Table&) = delete;
+
+    std::string_view text() const { return d_text; }
+
+    /// Goes on in the section, which comes into being with its first property.
+    void enterSection(std::string_view name);
+
+    /// Adds slices of `text()` to the section.
+    void add(std::string_view key, std::string_view value);
+
+    /// After the last `add`: makes properties known to `find`, except those of a key
+    /// that its section already has, for which it calls `repeated(key, section)`.
+    template <typename Repeated>
+    void buildIndex(Repeated repeated);
+
+    size_t size() const { return d_index.size(); }
+    bool hasSection(std::string_view name) const { return d_sections.contains(abslView(name)); }
+    std::optional<std::string_view> find(std::string_view section, std::string_view key) const;
+
+private:
+    static constexpr uint32_t kUnknown = std::numeric_limits<uint32_t>::max();
+
+    struct Slice { // 32 bits are enough, and what keeps the table small
+        uint32_t begin;
+        uint32_t size;
+    };
+    struct Property {
+        Slice key;
+        Slice value;
+        uint32_t section;
+    };
+
+    Slice sliceOf(std::string_view text) const {
+        return {static_cast<uint32_t>(text.data() - d_text.data()),
+                static_cast<uint32_t>(text.size())};
+    }
+    std::string_view view(const Slice& slice) const {
+        return {d_text.data() + slice.begin, slice.size};
+    }
+    uint32_t hashOf(uint32_t number) const {
+        return hashOf(d_properties[number].section, view(d_properties[number].key));
+    }
+    static uint32_t hashOf(uint32_t section, std::string_view key) {
+        return static_cast<uint32_t>(absl::HashOf(section, abslView(key)));
+    }
+    bool isNamed(uint32_t number, uint32_t section, std::string_view key) const {
+        return d_properties[number].section == section && view(d_properties[number].key) == key;
+    }
+
+    std::string d_text;
+    std::string_view d_current = kFirstSection;
+    uint32_t d_currentNumber = kUnknown;
+    absl::flat_hash_map<absl::string_view, uint32_t> d_sections;
+    std::vector<std::string_view> d_sectionNames;
+    std::deque<Property> d_properties; // grows without moving what it has
+    detail::HashIndex d_index;
+};
+
+void IniReader::Table::enterSection(std::string_view name) {
+    d_current = name;
+    d_currentNumber = kUnknown;
+}
+
+void IniReader::Table::add(std::string_view key, std::string_view value) {
+    if (d_currentNumber == kUnknown) {
+        const auto next = static_cast<uint32_t>(d_sectionNames.size());
+        d_currentNumber = d_sections.try_emplace(abslView(d_current), next).first->second;
+        if (d_currentNumber == next)
+            d_sectionNames.push_back(d_current);
+    }
+    d_properties.push_back({sliceOf(key), sliceOf(value), d_currentNumber});
+}
+
+template <typename Repeated>
+void IniReader::Table::buildIndex(Repeated repeated) {
+    // In groups, so that the memory of a group is fetched while hashes are made.
+    std::array<uint32_t, 16> hashes;
+    const auto count = static_cast<uint32_t>(d_properties.size());
+    d_index = detail::HashIndex(count);
+    for (uint32_t first = 0; first < count; first += hashes.size()) {
+        const uint32_t end = std::min<uint32_t>(first + hashes.size(), count);
+        for (uint32_t number = first; number < end; ++number) {
+            hashes[number - first] = hashOf(number);
+            d_index.prefetch(hashes[number - first]);
+        }
+        for (uint32_t number = first; number < end; ++number) {
+            const uint32_t section = d_properties[number].section;
+            const std::string_view key = view(d_properties[number].key);
+            if (!d_index.insert(hashes[number - first], number,
+                                [&](uint32_t other) { return isNamed(other, section, key); }))
+                repeated(key, d_sectionNames[section]);
+        }
+    }
+}
+
+std::optional<std::string_view> IniReader::Table::find(std::string_view section,
+                                                       std::string_view key) const {
+    const auto known = d_sections.find(abslView(section));
+    if (known == d_sections.end())
+        return std::nullopt;
+    const std::optional<uint32_t> number =
+        d_index.find(hashOf(known->second, key),
+                     [&](uint32_t other) { return isNamed(other, known->second, key); });
+    if (!number)
+        return std::nullopt;
+    return view(d_properties[*number].value);
+}
+
+IniReader::IniReader() = default;
+IniReader::~IniReader() = default;
+
+bool IniReader::loaded() const { return d_table != nullptr; }
+
+void IniReader::clear() { d_table.reset(); }
+
+bool IniReader::load(const std::string& path) {
+    clear();
+    if (!FileUtils::exists(path))
+        return false;
+    std::string text;
+    if (!File::loadIntoMem(path, text) || text.empty())
+        return false;
+    parseOwned(std::move(text), path);
+    return true;
+}
+
+bool IniReader::parse(const char* bytes, size_t size) {
+    clear();
+    if (!std::in_range<uint32_t>(size)) {
+        core::logFrom(core::kChannelWarn, "utl::IniReader::parse", "%u bytes are too many", size);
+        return false;
+    }
+    parseOwned(std::string(bytes, size), {});
+    return true;
+}
+
+void IniReader::parseOwned(std::string text, const std::string& path) {
+    auto table = std::make_unique<Table>(std::move(text));
+    const char* pos = table->text().data();
+    const char* const end = pos + table->text().size();
+    while ((pos = skip(pos, end, Kind::LineEnd)) != end) {
+        const Words words = scanLine(pos, end);
+        const auto& [key, value] = words.word;
+        if (words.count >= 1 && isHeader(key))
+            table->enterSection(key.substr(1, key.size() - 2));
+        else if (words.count == 2)
+            table->add(key, value);
+    }
+    table->buildIndex([&](std::string_view key, std::string_view section) {
+        core::logFrom(core::kChannelWarn, kLoad, "(%s) - duplicate property '%s' in section '%s'",
+                      path, key, section);
+    });
+    d_table = std::move(table);
+}
+
+std::optional<std::string_view> IniReader::find(std::string_view section,
+                                                std::string_view key) const {
+    return loaded() ? d_table->find(section, key) : std::nullopt;
+}
+
+bool IniReader::hasSection(std::string_view name) const {
+    return loaded() && d_table->hasSection(name);
+}
+
+bool IniReader::hasProperty(std::string_view section, std::string_view key) const {
+    return find(section, key).has_value();
+}
+
+bool IniReader::get(std::string_view section, std::string_view key, std::string& out) const {
+    if (!hasProperty(section, key))
+        return false;
+    const std::optional<std::string_view> value = find(section, key);
+    if (!CHECKF_AT(kPropertyLost, value.has_value()))
+        return false;
+    out = *value;
+    return true;
+}
+
+size_t IniReader::propertyCount() const { return loaded() ? d_table->size() : 0; }
+
+} // namespace utl
