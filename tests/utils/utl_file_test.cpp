@@ -1,0 +1,423 @@
+#include "utl_file.h"
+
+#include "check_recorder.h"
+#include "core_guniquebuf.h"
+#include "log_recorder.h"
+#include "temp_folder.h"
+#include "utl_file_calls.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <deque>
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <string>
+#include <system_error>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+using utl::File;
+
+const std::string kBytes = std::string("a\r\nb\n\0\x1a\xff", 8); // all that text modes change
+
+std::string reason(int code) { return std::generic_category().message(code); }
+
+/// The system's file calls, except that scripted results come first: each step moves
+/// at most so many bytes or, when negative, fails with that errno.
+class ScriptedCalls {
+public:
+    ScriptedCalls() {
+        reads = writes = flushes = {};
+        sizeToTell = -1;
+        utl::detail::fileCalls = &kScripted;
+    }
+    ~ScriptedCalls() { utl::detail::fileCalls = &utl::detail::kSystemFileCalls; }
+    ScriptedCalls(const ScriptedCalls&) = delete;
+    ScriptedCalls& operator=(const ScriptedCalls&) = delete;
+
+    using Script = std::deque<int64_t>;
+    static inline Script reads;
+    static inline Script writes;
+    static inline Script flushes;
+    static inline int64_t sizeToTell;
+
+private:
+    static constexpr const utl::detail::FileCalls& kSystem = utl::detail::kSystemFileCalls;
+
+    /// The step's limit on bytes to move, or -1 with errno.
+    static int64_t step(Script& script, int64_t count) {
+        if (script.empty())
+            return count;
+        const int64_t result = script.front();
+        script.pop_front();
+        if (result >= 0)
+            return std::min(result, count);
+        errno = static_cast<int>(-result);
+        return -1;
+    }
+    static int64_t size(int handle) { return sizeToTell >= 0 ? sizeToTell : kSystem.size(handle); }
+    static int64_t read(int handle, void* buffer, size_t count) {
+        const int64_t limit = step(reads, static_cast<int64_t>(count));
+        return limit <= 0 ? limit : kSystem.read(handle, buffer, static_cast<size_t>(limit));
+    }
+    static int64_t write(int handle, const void* data, size_t count) {
+        const int64_t limit = step(writes, static_cast<int64_t>(count));
+        return limit <= 0 ? limit : kSystem.write(handle, data, static_cast<size_t>(limit));
+    }
+    static int flush(int handle) { return step(flushes, 0) < 0 ? -1 : kSystem.flush(handle); }
+
+    static const utl::detail::FileCalls kScripted;
+};
+
+const utl::detail::FileCalls ScriptedCalls::kScripted{
+    .open = kSystem.open,
+    .size = &size,
+    .seek = kSystem.seek,
+    .read = &read,
+    .write = &write,
+    .flush = &flush,
+    .close = kSystem.close,
+};
+
+/// A folder to work in, the path of a file in it, and what is reported meanwhile.
+class FileTest : public testing::Test {
+protected:
+    std::string content() const { return test::readFile(d_path); }
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(d_folder.path()))
+            names.push_back(entry.path().filename().string());
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    std::string failedOpening(const std::string& path, int flags, int code) const {
+        return "WARN File:openFile(" + path + "," + std::to_string(flags) +
+               ",384) - failed opening : " + reason(code);
+    }
+
+    test::TempFolder d_folder;
+    const std::string d_path = d_folder / "Settings";
+    test::CheckRecorder d_checks;
+    test::LogRecorder d_log;
+};
+
+struct OpenRow {
+    int line;
+    const char* name;
+    int32_t flags;
+    const char* before; // null when there is no file
+    const char* after;  // writing "+", if the flags allow it
+    int error = 0;      // of opening
+};
+
+constexpr const char* kNoFile = nullptr;
+
+const OpenRow kOpenRows[] = {
+    {__LINE__, "Read", 1, "old", "old"},
+    {__LINE__, "ReadMissing", 1, kNoFile, "", ENOENT},
+    {__LINE__, "Write", 2, "old", "+ld"},
+    {__LINE__, "WriteMissing", 2, kNoFile, "", ENOENT},
+    {__LINE__, "ReadWrite", 1 + 2, "old", "+ld"},
+    {__LINE__, "Create", 2 + 4, kNoFile, "+"},
+    {__LINE__, "CreateExisting", 2 + 4, "old", "+ld"},
+    {__LINE__, "Truncate", 2 + 8, "old", "+"},
+    {__LINE__, "Exclusive", 2 + 4 + 16, kNoFile, "+"},
+    {__LINE__, "ExclusiveExisting", 2 + 4 + 16, "old", "old", EEXIST},
+    {__LINE__, "ExclusiveWithoutCreate", 2 + 16, "old", "+ld"},
+    {__LINE__, "Append", 2 + 128, "old", "old+"},
+    {__LINE__, "Flush", 2 + 32, "old", "+ld"},
+};
+
+class FileOpen : public FileTest, public testing::WithParamInterface<OpenRow> {};
+
+TEST_P(FileOpen, HonoursFlags) {
+    const OpenRow& row = GetParam();
+    SCOPED_TRACE("row at line " + std::to_string(row.line));
+    if (row.before != nullptr)
+        test::writeFile(d_path, row.before);
+    File file;
+    EXPECT_EQ(file.openFile(d_path, row.flags), row.error == 0);
+    EXPECT_EQ(file.isOpen(), row.error == 0);
+    if (row.error != 0) {
+        EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(d_path, row.flags, row.error)));
+    } else {
+        EXPECT_EQ(file.name(), d_path);
+        EXPECT_EQ(file.flags(), row.flags);
+        EXPECT_EQ(file.mode(), File::kOwnerOnly);
+        EXPECT_TRUE((row.flags & File::kWrite) == 0 || file.write("+", 1));
+    }
+    EXPECT_TRUE(file.close());
+    EXPECT_EQ(content(), row.after);
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(Flags, FileOpen, testing::ValuesIn(kOpenRows),
+                         [](const auto& row) { return row.param.name; });
+
+TEST_F(FileTest, ChecksHowItIsOpened) {
+    const auto check = [](int line, const std::string& message) {
+        return test::FailedCheck{"CHECKF", "utl_file.cpp", line, 0, message};
+    };
+    File file;
+    EXPECT_FALSE(file.openFile(d_path, File::kCreate | File::kFlush));
+    EXPECT_THAT(d_checks.take(), ElementsAre(check(93, "READ/WRITE not set (" + d_path + ")")));
+    EXPECT_THAT(names(), IsEmpty());
+
+    test::writeFile(d_path, "first");
+    ASSERT_TRUE(file.openFile(d_path, File::kRead));
+    std::string buffer;
+    EXPECT_TRUE(file.readInto(buffer, 2));
+    EXPECT_FALSE(file.openFile("other", File::kRead));
+    EXPECT_THAT(d_checks.take(),
+                ElementsAre(check(55, "can't open 'other', '" + d_path + "' already open")));
+    EXPECT_TRUE(file.readInto(buffer, 3)) << "the first file is still open";
+    EXPECT_EQ(buffer, "rst");
+    EXPECT_TRUE(file.close());
+    EXPECT_TRUE(file.close()) << "nothing left to close";
+    EXPECT_TRUE(file.openFile(d_path, File::kRead));
+    EXPECT_EQ(file.position(), 0U);
+}
+
+TEST_F(FileTest, PathMustBeUtf8) {
+    EXPECT_FALSE(File().openFile("\xC0\x80", File::kRead));
+    EXPECT_THAT(d_log.take(), ElementsAre("WARN fromUtf8 conversion failed",
+                                          failedOpening("\xC0\x80", File::kRead, EILSEQ)));
+}
+
+TEST_F(FileTest, ReadsAndWritesWhereItStands) {
+    File file;
+    ASSERT_TRUE(file.openFile(d_path, File::kRead | File::kWrite | File::kCreate));
+    EXPECT_TRUE(file.write(kBytes.data(), kBytes.size()));
+    EXPECT_TRUE(file.write(1, "XY", 2));
+    EXPECT_EQ(file.position(), 3U);
+    std::string buffer = "old";
+    EXPECT_TRUE(file.readInto(buffer, 2));
+    EXPECT_EQ(buffer, "b\n");
+    EXPECT_TRUE(file.readInto(buffer, 100));
+    EXPECT_EQ(buffer, kBytes.substr(5));
+    EXPECT_EQ(file.position(), kBytes.size());
+    EXPECT_TRUE(file.readInto(buffer, 1)) << "the end is no failure";
+    EXPECT_EQ(buffer, "");
+    uint64_t size = 0;
+    EXPECT_TRUE(file.size(size));
+    EXPECT_EQ(size, kBytes.size());
+}
+
+TEST_F(FileTest, FailedTransferNamesTheReason) {
+    test::writeFile(d_path, "abc");
+    File file;
+    ASSERT_TRUE(file.openFile(d_path, File::kRead));
+    std::string buffer;
+    ASSERT_TRUE(file.readInto(buffer, 2));
+    EXPECT_FALSE(file.write("xyz", 3));
+    EXPECT_FALSE(file.write(1, "x", 1));
+    ASSERT_TRUE(file.close());
+    ASSERT_TRUE(file.openFile(d_path, File::kWrite));
+    EXPECT_FALSE(file.readInto(buffer, 7));
+    EXPECT_EQ(buffer, "");
+    EXPECT_FALSE(file.write(uint64_t{1} << 63U, "x", 1)) << "no such place";
+    ASSERT_TRUE(file.close());
+    uint64_t size = 0;
+    EXPECT_FALSE(file.size(size));
+
+    const std::string file_ = "WARN File(" + d_path + "):";
+    const std::string failed = " failed with error 9:" + reason(EBADF);
+    EXPECT_THAT(
+        d_log.take(),
+        ElementsAre(file_ + "write(2,3,2) -" + failed, file_ + "write(1,1,1) -" + failed,
+                    file_ + "readInto - failed reading 7 bytes with error 9:" + reason(EBADF),
+                    file_ +
+                        "write(9223372036854775808,1,0) - failed with error 22:" + reason(EINVAL),
+                    file_ + "size -" + failed));
+    EXPECT_EQ(content(), "abc");
+}
+
+TEST_F(FileTest, GoesOnAfterPartsAndInterruptions) {
+    const ScriptedCalls scripted;
+    ScriptedCalls::writes = {1, -EINTR, 2, -EINTR};
+    ASSERT_TRUE(File::createFromMem(d_path, kBytes.data(), kBytes.size(), 0, File::kOwnerOnly));
+    EXPECT_EQ(content(), kBytes);
+    ScriptedCalls::reads = {-EINTR, 3, 1};
+    std::string buffer;
+    EXPECT_TRUE(File::loadIntoMem(d_path, buffer));
+    EXPECT_EQ(buffer, kBytes);
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
+TEST_F(FileTest, ShortWriteTellsHowMuchIsThere) {
+    const ScriptedCalls scripted;
+    const std::string shortWrite =
+        "WARN failed writing 5 bytes to " + d_path + " (only wrote 3 bytes)";
+    ScriptedCalls::writes = {3, 0};
+    EXPECT_FALSE(File::createFromMem(d_path, "12345", 5, 0, File::kOwnerOnly));
+    EXPECT_THAT(d_log.take(), ElementsAre(shortWrite));
+    ScriptedCalls::writes = {3, -ENOSPC};
+    EXPECT_FALSE(File::createFromMem(d_path, "12345", 5, 0, File::kOwnerOnly));
+    EXPECT_THAT(d_log.take(),
+                ElementsAre("WARN File(" + d_path +
+                                "):write(0,5,3) - failed with error 28:" + reason(ENOSPC),
+                            shortWrite));
+    EXPECT_EQ(content(), "123");
+}
+
+TEST_F(FileTest, FlushesOnRequestOnly) {
+    const ScriptedCalls scripted;
+    ScriptedCalls::flushes = {-EIO};
+    EXPECT_TRUE(File::createFromMem(d_path, "1", 1, 0, File::kOwnerOnly));
+    EXPECT_FALSE(File::createFromMem(d_path, "2", 1, File::kFlush, File::kOwnerOnly));
+    EXPECT_THAT(d_log.take(), ElementsAre("WARN File(" + d_path +
+                                          "):close - failed with error 5:" + reason(EIO)));
+}
+
+TEST_F(FileTest, LoadsUpToALimit) {
+    test::writeFile(d_path, kBytes);
+    std::string buffer = "old";
+    EXPECT_TRUE(File::loadIntoMem(d_path, buffer, kBytes.size()));
+    EXPECT_EQ(buffer, kBytes);
+    EXPECT_FALSE(File::loadIntoMem(d_path, buffer, kBytes.size() - 1));
+    EXPECT_EQ(buffer, "");
+    EXPECT_THAT(d_log.take(), ElementsAre("WARN size (8) exceeds max_size (7) for file " + d_path));
+
+    std::filesystem::resize_file(d_path, File::kMaxLoadSize + 1);
+    EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
+    EXPECT_THAT(d_log.take(),
+                ElementsAre("WARN size (67108865) exceeds max_size (67108864) for file " + d_path));
+}
+
+TEST_F(FileTest, FailedLoadLeavesNothing) {
+    test::writeFile(d_path, "abc");
+    const ScriptedCalls scripted;
+    std::string buffer = "old";
+    ScriptedCalls::sizeToTell = 5; // cut by someone else meanwhile
+    EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
+    EXPECT_EQ(buffer, "");
+    EXPECT_THAT(d_log.take(), ElementsAre("WARN got 3 instead of 5 for '" + d_path + "'"));
+    ScriptedCalls::reads = {2, -EIO};
+    EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
+    EXPECT_EQ(buffer, "");
+    EXPECT_THAT(d_log.take(),
+                ElementsAre("WARN File(" + d_path +
+                            "):readInto - failed reading 5 bytes with error 5:" + reason(EIO)));
+    ScriptedCalls::sizeToTell = -1;
+    EXPECT_FALSE(File::loadIntoMem(d_folder / "missing", buffer));
+    EXPECT_FALSE(File::loadIntoMem(d_folder.path(), buffer)) << "a folder";
+    EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(d_folder / "missing", 1, ENOENT),
+                                          testing::HasSubstr(d_folder.path())));
+}
+
+TEST_F(FileTest, CreatesOrTruncates) {
+    test::writeFile(d_path, "longer than that");
+    EXPECT_TRUE(File::createFromMem(d_path, kBytes.data(), kBytes.size(), 0, File::kOwnerOnly));
+    EXPECT_EQ(content(), kBytes);
+    EXPECT_TRUE(File::createFromMem(d_path, nullptr, 0, File::kRead, File::kOwnerOnly));
+    EXPECT_EQ(content(), "");
+    const std::string missing = d_folder / "missing/Settings";
+    EXPECT_FALSE(File::createFromMem(missing, "1", 1, File::kFlush, File::kOwnerOnly));
+    EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(missing, 2 + 4 + 8 + 32, ENOENT)));
+}
+
+/// The safe store of "new" over a file that holds "old".
+class SafeStore : public FileTest {
+protected:
+    SafeStore() { test::writeFile(d_path, "old"); }
+    bool store(const std::string& path) { return File::createFromMemSafe(path, "new", 3); }
+
+    static std::string failedTemporary(const std::string& folder, const std::string& prefix) {
+        return "WARN File::createFromMemSafe - failed creating temp file (path=" + folder +
+               ", prefix=" + prefix + ")";
+    }
+    static std::string warning(const std::string& path) {
+        return "WARN utl::File::createFromMemSafe(" + path + ",3B,flags=0,mode=384) - failed ";
+    }
+};
+
+TEST_F(SafeStore, ReplacesTheWholeFile) {
+    EXPECT_TRUE(store(d_path));
+    EXPECT_EQ(content(), "new");
+    EXPECT_TRUE(File::createFromMemSafe(d_path, core::GUniqueBuf(kBytes.data(), 8, 0, 0)));
+    EXPECT_EQ(content(), kBytes);
+    EXPECT_TRUE(File::createFromMemSafe(d_path, core::GUniqueBuf()));
+    EXPECT_EQ(content(), "");
+    EXPECT_TRUE(store(d_folder.path() + "\\other"));
+    EXPECT_EQ(test::readFile(d_folder / "other"), "new");
+    EXPECT_THAT(names(), ElementsAre("Settings", "other"));
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
+TEST_F(SafeStore, ResultIsItsOwnersOnly) {
+    using std::filesystem::perms;
+    std::filesystem::permissions(d_path, perms::all);
+    ASSERT_TRUE(store(d_path));
+    const perms result = std::filesystem::status(d_path).permissions();
+    constexpr perms kOwner = perms::owner_read | perms::owner_write;
+    // Where files have no such mode, their folder's access list decides.
+    constexpr bool kHasModes = std::filesystem::path::preferred_separator == '/';
+    EXPECT_EQ(kHasModes ? result : result & kOwner, kOwner);
+}
+
+TEST_F(SafeStore, BareNameIsInTheWorkingFolder) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(d_folder.path());
+    EXPECT_TRUE(store("Settings"));
+    std::filesystem::current_path(before);
+    EXPECT_EQ(content(), "new");
+    EXPECT_THAT(names(), ElementsAre("Settings"));
+}
+
+TEST_F(SafeStore, NeedsAFileName) {
+    for (const std::string& path : {std::string(), d_folder.path() + "/", d_folder.path() + "\\"}) {
+        EXPECT_FALSE(store(path)) << path;
+        EXPECT_THAT(d_checks.take(),
+                    ElementsAre(test::FailedCheck{"CHECKF", "utl_file.cpp", 890, 0, ""}));
+    }
+    EXPECT_THAT(names(), ElementsAre("Settings"));
+}
+
+TEST_F(SafeStore, MissingFolderIsTwoLines) {
+    const std::string folder = d_folder / "missing";
+    EXPECT_FALSE(store(folder + "\\Settings"));
+    EXPECT_THAT(d_log.take(), ElementsAre(StartsWith("WARN FileUtils::createTempFile - failed "),
+                                          failedTemporary(folder, "Settings")));
+    EXPECT_THAT(names(), ElementsAre("Settings"));
+}
+
+TEST_F(SafeStore, RootsKeepTheirSeparator) {
+    for (const std::string root : {"\\", "/", "C:\\"}) {
+        EXPECT_FALSE(store(root + "\xff")); // no file system is asked about such a name
+        EXPECT_THAT(d_log.take(), testing::Contains(failedTemporary(root, "\xff")));
+    }
+}
+
+TEST_F(SafeStore, FailedRenameDeletesTheTemporary) {
+    const std::string target = d_folder / "folder";
+    std::filesystem::create_directory(target);
+    EXPECT_FALSE(store(target));
+    const auto lines = d_log.take();
+    ASSERT_EQ(lines.size(), 2U);
+    const std::string temporary = d_folder / "fol";
+    EXPECT_THAT(lines[0], StartsWith("WARN '" + temporary));
+    EXPECT_THAT(lines[1],
+                StartsWith(warning(target) + "renaming file from temporary '" + temporary));
+    EXPECT_THAT(names(), ElementsAre("Settings", "folder"));
+}
+
+TEST_F(SafeStore, FailedWriteLeavesTheTemporaryAndTheOldFile) {
+    const ScriptedCalls scripted;
+    ScriptedCalls::writes = {1, -ENOSPC};
+    EXPECT_FALSE(store(d_path));
+    ScriptedCalls::flushes = {-EIO};
+    EXPECT_FALSE(store(d_path));
+    const auto failed = StartsWith(warning(d_path) + "creating temp file '" + (d_folder / "Set"));
+    EXPECT_THAT(d_log.take(), ElementsAre(testing::HasSubstr(":write(0,3,1) - "),
+                                          testing::HasSubstr("(only wrote 1 bytes)"), failed,
+                                          testing::HasSubstr(":close - "), failed));
+    EXPECT_EQ(content(), "old");
+    EXPECT_EQ(names().size(), 3U) << "both temporary files are left for inspection";
+}
+
+} // namespace

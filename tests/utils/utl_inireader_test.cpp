@@ -1,0 +1,271 @@
+#include "utl_inireader.h"
+
+#include "check_recorder.h"
+#include "core_tokenizer.h"
+#include "core_varargs.h"
+#include "log_recorder.h"
+#include "temp_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <map>
+#include <random>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::ElementsAreArray;
+using testing::IsEmpty;
+
+struct Case {
+    int line;
+    const char* name;
+    std::string text;
+    std::vector<std::string> properties = {}; // all of them, each as "section|key|value"
+    std::vector<std::string> repeated = {};   // keys, all of section "root"
+};
+
+std::string duplicate(const std::string& path, const std::string& key, const std::string& section) {
+    return core::format("WARN utl::IniReader::load(%s) - duplicate property '%s' in section '%s'",
+                        path, key, section);
+}
+
+std::string joined(const std::string& section, const std::string& key, const std::string& value) {
+    return core::format("%s|%s|%s", section, key, value);
+}
+
+void expectContent(const utl::IniReader& reader, const std::vector<std::string>& properties) {
+    EXPECT_EQ(reader.propertyCount(), properties.size());
+    for (const std::string& property : properties) {
+        const std::string section = property.substr(0, property.find('|'));
+        std::string key = property.substr(section.size() + 1);
+        key.resize(key.find('|'));
+        std::string value = "(none)";
+        EXPECT_TRUE(reader.hasSection(section)) << property;
+        EXPECT_TRUE(reader.get(section, key, value)) << property;
+        EXPECT_EQ(joined(section, key, value), property);
+    }
+}
+
+const Case kCases[] = {
+    {__LINE__, "Nothing", ""},
+    {__LINE__, "LineEndsOnly", "\r\n\r\n\n\r"},
+    {__LINE__, "EqualsOrBlank", "a=1\nb = 2\nc 3", {"root|a|1", "root|b|2", "root|c|3"}},
+    {__LINE__, "SurplusDelimiters", "  ==a == =1= ", {"root|a|1"}},
+    {__LINE__,
+     "AnyLineEnd",
+     "a 1\rb 2\r\nc 3\n\rd 4",
+     {"root|a|1", "root|b|2", "root|c|3", "root|d|4"}},
+    {__LINE__, "TabIsNoDelimiter", "a\t1\nb\t c", {"root|b\t|c"}},
+    {__LINE__, "TwoWordsCount", "Name = My Camera", {"root|Name|My"}},
+    {__LINE__, "QuotesGroup", "Name = \"My Camera\"", {"root|Name|My Camera"}},
+    {__LINE__, "QuotedKey", "\"a key\" 1", {"root|a key|1"}},
+    {__LINE__, "EmptyInQuotes", "k = \"\"\n\"\"=v", {"root|k|", "root||v"}},
+    {__LINE__, "NoValue", "k\nk=\nk = # v\n= \n\"k v"},
+    {__LINE__, "QuoteInsideWord", "a=\"x\"y b\nc=x\"y z\"", {"root|a|x\"y b", "root|c|x\"y"}},
+    {__LINE__, "UnterminatedQuote", "a \"b = c\nd 1", {"root|a|b = c", "root|d|1"}},
+    {__LINE__,
+     "Comments",
+     "# a 1\n;b 2\nc 3 # 4\nd 5;6\n e=7#\n#\n f# 8",
+     {"root|c|3", "root|d|5", "root|e|7"}},
+    {__LINE__, "CommentMarkInQuotes", "a = \"a#b\"\nc = 'd;e'", {"root|a|a#b", "root|c|'d;e'"}},
+    {__LINE__, "ApostropheHidesComment", "x = it's # note", {"root|x|it's"}},
+    {__LINE__, "EitherQuoteCloses", "x = \"a' # note\ny = \"a'#b", {"root|x|a' ", "root|y|a'"}},
+    {__LINE__, "QuoteBehindTheWords", "a 1 \" # 2\nb 3 ' # 4", {"root|a|1", "root|b|3"}},
+    {__LINE__, "Sections", "[NVR]\na 1\n[Other]\na 2", {"NVR|a|1", "Other|a|2"}},
+    {__LINE__,
+     "SectionContinues",
+     "[A]\na 1\n[B]\nb 2\n[A]\nc 3\n[root]\nd 4",
+     {"A|a|1", "B|b|2", "A|c|3", "root|d|4"}},
+    {__LINE__, "HeaderAloneIsNoSection", "[A]\n[B]\nk v\n[C]", {"B|k|v"}},
+    {__LINE__,
+     "HeaderIsTheFirstWord",
+     "[A]=5\nk 1\n [B] x y\nk 2\n\"[C D]\"\nk 3",
+     {"A|k|1", "B|k|2", "C D|k|3"}},
+    {__LINE__,
+     "NoHeaders",
+     "[]\n[ NVR ]\n[A]x\n[A B]\n][ 1\n[ 2",
+     {"root|[|NVR", "root|[A|B]", "root|][|1"},
+     {"["}},
+    {__LINE__, "BracketsInHeader", "[[A]]\nk v", {"[A]|k|v"}},
+    {__LINE__, "ByteOrderMarkSpoilsHeader", "\xEF\xBB\xBF[NVR]\nk v", {"root|k|v"}},
+    {__LINE__, "CaseMatters", "k 1\nK 2\n[Root]\nk 3", {"root|k|1", "root|K|2", "Root|k|3"}},
+    {__LINE__, "AnyBytes", {"\0k\xff=\x80\0\nn 1", 10}, {{"root|\0k\xff|\x80\0", 11}, "root|n|1"}},
+    {__LINE__,
+     "FirstValueWins",
+     "a 1\nb 2\na 3\na 4\nb 5",
+     {"root|a|1", "root|b|2"},
+     {"a", "a", "b"}},
+};
+
+class IniReaderSyntax : public testing::TestWithParam<Case> {};
+
+TEST_P(IniReaderSyntax, Parses) {
+    const Case& row = GetParam();
+    SCOPED_TRACE("row at line " + std::to_string(row.line));
+    test::LogRecorder log;
+    utl::IniReader reader;
+    EXPECT_TRUE(reader.parse(row.text.data(), row.text.size()));
+    EXPECT_TRUE(reader.loaded());
+    expectContent(reader, row.properties);
+    std::vector<std::string> lines;
+    for (const std::string& key : row.repeated)
+        lines.push_back(duplicate("", key, "root"));
+    EXPECT_THAT(log.take(), ElementsAreArray(lines));
+}
+
+INSTANTIATE_TEST_SUITE_P(Rows, IniReaderSyntax, testing::ValuesIn(kCases),
+                         [](const auto& row) { return row.param.name; });
+
+/// A reader, the path of a file for it, and what is reported meanwhile.
+class IniReader : public testing::Test {
+protected:
+    bool load(const std::string& content) {
+        test::writeFile(d_path, content);
+        return d_reader.load(d_path);
+    }
+    bool parse(const std::string& text) { return d_reader.parse(text.data(), text.size()); }
+    bool isEmpty() const { return !d_reader.loaded() && d_reader.propertyCount() == 0; }
+
+    test::TempFolder d_folder;
+    const std::string d_path = d_folder / "Settings";
+    test::CheckRecorder d_checks;
+    test::LogRecorder d_log;
+    utl::IniReader d_reader;
+};
+
+TEST_F(IniReader, LoadsAFileByteForByte) {
+    EXPECT_TRUE(load("[NVR]\r\nAddress=10.0.0.2\r\nAddress 3"));
+    expectContent(d_reader, {"NVR|Address|10.0.0.2"});
+    EXPECT_THAT(d_log.take(), ElementsAre(duplicate(d_path, "Address", "NVR")));
+    EXPECT_TRUE(load("\r\n\r\n")) << "not empty, though without properties";
+    EXPECT_TRUE(d_reader.loaded());
+    EXPECT_FALSE(d_reader.hasSection("NVR"));
+}
+
+TEST_F(IniReader, FailedLoadLeavesItEmpty) {
+    ASSERT_TRUE(load("a 1"));
+    EXPECT_FALSE(d_reader.load(d_folder / "missing"));
+    EXPECT_TRUE(isEmpty());
+    ASSERT_TRUE(load("a 1"));
+    EXPECT_FALSE(load(""));
+    EXPECT_TRUE(isEmpty());
+    EXPECT_THAT(d_log.take(), IsEmpty()) << "neither is worth a line";
+    ASSERT_TRUE(load("a 1"));
+    EXPECT_FALSE(d_reader.load(d_folder.path()));
+    EXPECT_TRUE(isEmpty());
+    EXPECT_THAT(d_log.take(), ElementsAre(testing::HasSubstr(d_folder.path())));
+}
+
+TEST_F(IniReader, KeepsACopyUntilTheNextText) {
+    std::string text = "[A]\na 1";
+    ASSERT_TRUE(parse(text));
+    text.assign(text.size(), '?');
+    expectContent(d_reader, {"A|a|1"});
+    ASSERT_TRUE(parse("b 2"));
+    expectContent(d_reader, {"root|b|2"});
+    EXPECT_FALSE(d_reader.hasSection("A"));
+    d_reader.clear();
+    EXPECT_TRUE(isEmpty());
+    EXPECT_FALSE(d_reader.hasSection("root"));
+}
+
+TEST_F(IniReader, FailedGetChangesNothing) {
+    std::string value = "before";
+    EXPECT_FALSE(d_reader.get("root", "a", value));
+    ASSERT_TRUE(parse("[A]\na 1"));
+    EXPECT_FALSE(d_reader.get("A", "b", value));
+    EXPECT_FALSE(d_reader.get("B", "a", value));
+    EXPECT_EQ(value, "before");
+    std::string key = "a";
+    EXPECT_TRUE(d_reader.get("A", key, key)) << "the key's own text may receive the value";
+    EXPECT_EQ(key, "1");
+    EXPECT_THAT(d_checks.take(), IsEmpty());
+}
+
+TEST_F(IniReader, RefusesMoreThanPositionsCanCount) {
+    if constexpr (sizeof(size_t) > sizeof(uint32_t)) {
+        EXPECT_FALSE(d_reader.parse("a 1", size_t{1} << 32U));
+        EXPECT_TRUE(isEmpty());
+        EXPECT_THAT(d_log.take(),
+                    ElementsAre("WARN utl::IniReader::parse - 4294967296 bytes are too many"));
+    }
+}
+
+TEST_F(IniReader, FindsEachOfMany) {
+    constexpr int kSections = 300;
+    constexpr int kCount = 30000;
+    std::vector<std::string> properties;
+    std::string text;
+    for (int i = 0; i < kCount; ++i) { // neighbours are in different sections
+        const std::string section = "s" + std::to_string(i % kSections);
+        const std::string key = "k" + std::to_string(i / kSections);
+        text += core::format("[%s]\n%s %d\n", section, key, i);
+        properties.push_back(joined(section, key, std::to_string(i)));
+    }
+    ASSERT_TRUE(parse(text));
+    expectContent(d_reader, properties);
+    EXPECT_FALSE(d_reader.hasProperty("s0", "k" + std::to_string(kCount / kSections)));
+}
+
+// What the reader does in one pass over slices, told by the rules one by one.
+struct PlainReader {
+    std::map<std::pair<std::string, std::string>, std::string> values; // by section and key
+    std::vector<std::string> repeated;                                 // log lines
+
+    explicit PlainReader(std::string_view text) {
+        core::Tokenizer lines(text, {.delimiters = core::CharSet("\n\r")});
+        std::string current = "root";
+        for (std::string_view line; lines.next(line);) {
+            std::vector<std::string> words;
+            core::Tokenizer tokens(line.substr(0, commentStart(line)),
+                                   {.delimiters = core::CharSet("= "), .quote = '"'});
+            for (std::string_view word; tokens.next(word);)
+                words.emplace_back(word);
+            const std::string first = words.empty() ? "" : words.front();
+            if (first.size() > 2 && first.front() == '[' && first.back() == ']')
+                current = first.substr(1, first.size() - 2);
+            else if (words.size() >= 2 &&
+                     !values.emplace(std::pair(current, first), words[1]).second)
+                repeated.push_back(duplicate("", first, current));
+        }
+    }
+
+    static size_t commentStart(std::string_view line) {
+        bool quoted = false;
+        for (size_t i = 0; i < line.size(); ++i) {
+            if (line[i] == '"' || line[i] == '\'')
+                quoted = !quoted;
+            else if (!quoted && (line[i] == '#' || line[i] == ';'))
+                return i;
+        }
+        return line.size();
+    }
+};
+
+TEST_F(IniReader, AgreesWithPlainReadingOfRandomTexts) {
+    constexpr std::string_view kBytes = "ab[]=== \"\"'#;\n\n\r\t";
+    std::mt19937 random(20240229); // NOLINT(*-msc51-cpp): each run reads the same texts
+    size_t total = 0;
+    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
+        std::string text(random() % 100, '\0');
+        for (char& ch : text)
+            ch = kBytes[random() % kBytes.size()];
+        SCOPED_TRACE("text: " + testing::PrintToString(text));
+        const PlainReader plain(text);
+        std::vector<std::string> properties;
+        for (const auto& [name, value] : plain.values)
+            properties.push_back(joined(name.first, name.second, value));
+        ASSERT_TRUE(parse(text));
+        expectContent(d_reader, properties);
+        EXPECT_THAT(d_log.take(), ElementsAreArray(plain.repeated));
+        total += properties.size();
+    }
+    EXPECT_GT(total, 20000U) << "the texts have too little in them to prove anything";
+}
+
+} // namespace
