@@ -1,0 +1,14 @@
+#!/usr/bin/env bash
+# Draws configure.svg again as configure.ico, which is kept beside it; only needed after
+# a change of the drawing. Takes rsvg-convert (package librsvg2-bin) and ImageMagick.
+set -euo pipefail
+cd "$(dirname "$0")/../../configure/resources"
+
+pictures=()
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+for size in 16 24 32 48 64 256; do
+    pictures+=("$scratch/$size.png")
+    rsvg-convert --width "$size" --height "$size" configure.svg --output "${pictures[-1]}"
+done
+convert "${pictures[@]}" configure.ico

@@ -1,0 +1,49 @@
+#!/usr/bin/env bash
+# Prepares what building and testing for Windows needs, in build/windows-cache or in the
+# folder that ORVISTRAND_WINDOWS_CACHE names; see docs/windows.md.
+#
+#     tools/windows/prepare.sh [build | wine]...    without a word: both
+#
+# A second call does only what is missing, and goes on where a first was interrupted.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+# shellcheck source=tools/lib.sh
+source tools/lib.sh
+# shellcheck source=tools/windows/lib.sh
+source tools/windows/lib.sh
+# shellcheck source=tools/windows/libraries.sh
+source tools/windows/libraries.sh
+# shellcheck source=tools/windows/qt.sh
+source tools/windows/qt.sh
+# shellcheck source=tools/windows/wine.sh
+source tools/windows/wine.sh
+
+prepare_build() {
+    install_packages windows || exit 1
+    command -v i686-w64-mingw32-g++-posix >/dev/null ||
+        die "the compiler i686-w64-mingw32-g++-posix is missing"
+    run_step runtime 1 100 "Collecting the compiler's runtime"
+    run_step qt "$qt_recipe" "$(qt_megabytes)" "$(qt_title)"
+    run_step abseil 1 500 "Building Abseil for Windows"
+    run_step googletest 1 300 "Building GoogleTest for Windows"
+}
+
+prepare_wine() {
+    run_step wine 1 2500 "Preparing a 32-bit Wine"
+    run_step prefix 3 500 "Creating a Wine prefix"
+}
+
+parts=("$@")
+[[ $# == 0 ]] && parts=(build wine)
+mkdir -p "$cache" 2>/dev/null || die "cannot make the cache folder $cache"
+exec {lock}>"$cache/.lock" || die "cannot write to the cache folder $cache"
+flock -n "$lock" || {
+    say "Waiting for another call that prepares $cache"
+    flock "$lock"
+}
+for part in "${parts[@]}"; do
+    case $part in
+        build | wine) "prepare_$part" ;;
+        *) die "unknown part '$part'; there are build and wine" ;;
+    esac
+done
