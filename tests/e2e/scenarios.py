@@ -140,12 +140,12 @@ class Scenario(unittest.TestCase):
         self.folder = self.platform.settings_folder(self.platform.common_data)
         self.settings = self.folder / "Settings"
 
-    def store(self, content, path=None, mode=0o640):
+    def store(self, content, path=None):
         """Puts a settings file there; what the tool writes itself has another mode."""
         path = path or self.settings
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_bytes(content)
-        path.chmod(mode)
+        path.chmod(0o640)
         return Stored.of(path)
 
     def open(self, **options):
@@ -261,7 +261,8 @@ class Failing(Scenario):
         self.assert_untouched(before)
 
     def test_file_is_unreadable(self):
-        before = self.store(NVR, mode=0)
+        before = self.store(NVR)
+        self.settings.chmod(0)
         self.assert_ended(self.run_tool(TAB, NEW_PORT, ENTER, confined=True))
         self.assert_replaced(before, section("", 81))
 
