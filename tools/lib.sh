@@ -82,7 +82,7 @@ install_packages() {
     else
         say "Installing missing packages"
     fi
-    printf '    %s\n' "${missing[*]}"
+    printf '    %s\n' "${missing[*]//|/ or }"
 
     mkdir -p build
     local log=build/install.log entry chosen=()
