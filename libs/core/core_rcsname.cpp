@@ -4,19 +4,7 @@
 
 #include <optional>
 
-// The identity of the build. A build that stamps itself defines these on the command line.
-#ifndef ORVISTRAND_BUILD_TAG
-#define ORVISTRAND_BUILD_TAG "tag_orvistrand_2_1_rc_1"
-#endif
-#ifndef ORVISTRAND_BUILD_STAMP
-#define ORVISTRAND_BUILD_STAMP "220329-103018"
-#endif
-#ifndef ORVISTRAND_BUILD_MODULE
-#define ORVISTRAND_BUILD_MODULE "orvistrand"
-#endif
-#ifndef ORVISTRAND_BUILD_PLATFORM
-#define ORVISTRAND_BUILD_PLATFORM "win_i686"
-#endif
+// What build this is, ORVISTRAND_BUILD_TAG and its like, comes from the build system.
 
 // Written in two pieces, or tools that expand keywords would alter this file.
 #define KEYWORD_START                                                                              \

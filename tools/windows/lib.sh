@@ -77,7 +77,7 @@ fails() {
 
 # release_fact NAME: of /etc/os-release.
 release_fact() {
-    # shellcheck disable=SC1091
+    # shellcheck source=/dev/null
     (source /etc/os-release && echo "${!1:-}")
 }
 
@@ -95,6 +95,7 @@ release_keys() {
 # machine_repositories TYPE: lines for apt in which the release's main suite is offered as
 # the machine's own apt knows it; TYPE is deb or deb-src.
 machine_repositories() {
+    # shellcheck disable=SC2016
     apt-get indextargets --format '$(CREATED_BY)|$(REPO_URI)|$(RELEASE)|$(CODENAME)|$(COMPONENT)' |
         awk -F'|' -v start="$1$(release_keys)" -v codename="$(release_fact VERSION_CODENAME)" '
             $1 == "Packages" && ($3 == codename || $4 == codename) && !seen[$2 $5]++ {
@@ -114,7 +115,7 @@ fetch_source() {
             -o Dir::Etc::SourceParts=/dev/null -o "Dir::State::Lists=$lists"
             -o "APT::Sandbox::User=$(id -un)" -o Acquire::Retries=3)
         logged apt-get "${options[@]}" update --error-on=any || return 1
-        rm -rf "$work/$package"
+        rm -rf "${work:?}/$package"
         mkdir -p "$work/$package"
         (cd "$work/$package" && logged apt-get "${options[@]}" source "$package") || return 1
         touch "$work/$package.unpacked"

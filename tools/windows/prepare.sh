@@ -22,19 +22,24 @@ prepare_build() {
     install_packages windows || exit 1
     command -v i686-w64-mingw32-g++-posix >/dev/null ||
         die "the compiler i686-w64-mingw32-g++-posix is missing"
-    run_step runtime 1 100 "Collecting the compiler's runtime"
+    local compiler
+    compiler=$(i686-w64-mingw32-g++-posix -dumpfullversion)
+    run_step runtime "1 $compiler" 100 "Collecting the compiler's runtime"
     run_step qt "$qt_recipe" "$(qt_megabytes)" "$(qt_title)"
-    run_step abseil 1 500 "Building Abseil for Windows"
-    run_step googletest 1 300 "Building GoogleTest for Windows"
+    run_step abseil "1 $compiler" 500 "Building Abseil for Windows"
+    run_step googletest "1 $compiler" 300 "Building GoogleTest for Windows"
 }
 
 prepare_wine() {
-    run_step wine 1 2500 "Preparing a 32-bit Wine"
-    run_step prefix 3 500 "Creating a Wine prefix"
+    run_step wine "$wine_recipe" 2500 "Preparing a 32-bit Wine"
+    run_step prefix "1 $wine_recipe" 700 "Creating a Wine prefix"
 }
 
 parts=("$@")
 [[ $# == 0 ]] && parts=(build wine)
+for part in "${parts[@]}"; do
+    [[ $part == build || $part == wine ]] || die "unknown part '$part'; there are build and wine"
+done
 mkdir -p "$cache" 2>/dev/null || die "cannot make the cache folder $cache"
 exec {lock}>"$cache/.lock" || die "cannot write to the cache folder $cache"
 flock -n "$lock" || {
@@ -42,8 +47,5 @@ flock -n "$lock" || {
     flock "$lock"
 }
 for part in "${parts[@]}"; do
-    case $part in
-        build | wine) "prepare_$part" ;;
-        *) die "unknown part '$part'; there are build and wine" ;;
-    esac
+    "prepare_$part"
 done

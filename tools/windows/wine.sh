@@ -2,6 +2,8 @@
 # Steps for tools/windows/prepare.sh: a Wine that runs 32-bit programs, and the prefix
 # that tests start from.
 
+wine_recipe=1
+
 # How Wine is entered stands in CACHE/wine/entry, for tools/windows/wine:
 #     host      the machine's own
 #     bwrap     that of CACHE/wine/root, by bubblewrap
