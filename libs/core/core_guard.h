@@ -29,6 +29,11 @@ inline constexpr int kCrashStatus = -127;
 /// that were in force before are in force again.
 int runGuardedWith(StartFunction start, int argc, char** argv);
 
+/// Ends the process at once: buffered output is written, but neither exit handlers nor
+/// static destructors run. For process entries, on kCrashStatus: the program is still
+/// as the crash left it, and nothing of it may run again.
+[[noreturn]] void endProcess(int status);
+
 /// Logs on CRIT which argument of which runtime function was invalid.
 void onInvalidParameter(std::string_view expression, std::string_view function,
                         std::string_view file, uint32_t line);

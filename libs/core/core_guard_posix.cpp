@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdio>
 #include <utility>
 
 namespace core {
@@ -65,6 +66,11 @@ private:
 };
 
 } // namespace
+
+void endProcess(int status) {
+    std::fflush(nullptr);
+    _exit(status);
+}
 
 int detail::runUnderGuard(StartFunction start, int argc, char** argv) {
     const FaultGuard guard;

@@ -3,6 +3,7 @@
 
 #include <windows.h>
 
+#include <cstdio>
 #include <cstdlib>
 
 namespace core {
@@ -76,6 +77,12 @@ void __cdecl invalidParameter(const wchar_t* expression, const wchar_t* function
 }
 
 } // namespace
+
+void endProcess(int status) {
+    std::fflush(nullptr);
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    std::abort();
+}
 
 int detail::runUnderGuard(StartFunction start, int argc, char** argv) {
     ULONG handlerStack = kHandlerStackSize;

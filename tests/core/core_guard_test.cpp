@@ -7,12 +7,14 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
 
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
 
 constexpr int kCrashed = 129; // what a parent sees of kCrashStatus
 
@@ -85,6 +87,18 @@ TEST(GuardProcess, IsGoneWhenItHasReturned) {
     EXPECT_NE(without.status, 0);
     EXPECT_EQ(after.status, without.status);
     EXPECT_EQ(after.signal, without.signal);
+}
+
+CHILD_CASE(endsAtOnce) {
+    std::atexit([] { std::fputs("exit handler", stdout); });
+    std::fputs("written before", stdout);
+    core::endProcess(core::kCrashStatus);
+}
+
+TEST(GuardProcess, EndsAtOnceWithItsOutputWritten) {
+    const test::ChildResult child = test::runChild("endsAtOnce");
+    EXPECT_EQ(child.status, kCrashed);
+    EXPECT_THAT(child.out, EndsWith("written before"));
 }
 
 TEST(Guard, LogsInvalidParameters) {

@@ -51,5 +51,8 @@ int takeOptions(int argc, char** argv) {
 int main(int argc, char** argv) {
     const int taken = takeOptions(argc, argv);
     argv[taken] = argv[0];
-    return core::runGuardedWith(configure::runApplication, argc - taken, argv + taken);
+    const int status = core::runGuardedWith(configure::runApplication, argc - taken, argv + taken);
+    if (status == core::kCrashStatus)
+        core::endProcess(status);
+    return status;
 }
