@@ -6,6 +6,7 @@
 """
 
 import argparse
+import contextlib
 import resource
 import sys
 import unittest
@@ -14,6 +15,7 @@ from pathlib import Path
 import scenarios
 from desktop import Desktop
 from tool import Linux, set_aside
+from tool_windows import Windows, fresh_prefix
 
 BUILD = Path(__file__).resolve().parents[2] / "build" / "linux"
 
@@ -25,6 +27,8 @@ def parse_arguments():
     parser.add_argument("--tool", type=Path, default=BUILD / "configure" / "configure")
     parser.add_argument("--helper", type=Path, default=BUILD / "tests" / "e2e" / "configure_e2e")
     parser.add_argument("--common-data", type=Path, default=BUILD / "common-data")
+    parser.add_argument("--wine", type=Path, help="a command that runs Windows programs, "
+                        "of which the tool is one")
     parser.add_argument("names", nargs="*", metavar="CLASS.TEST")
     return parser.parse_args()
 
@@ -37,6 +41,20 @@ def all_names(suite):
             yield test.id().removeprefix("scenarios.")
 
 
+@contextlib.contextmanager
+def platform_for(arguments):
+    # The tool runs in folders of its own, so relative paths would not do.
+    tool, helper = arguments.tool.resolve(), arguments.helper.resolve()
+    if arguments.wine:
+        wine = arguments.wine.resolve()
+        with fresh_prefix(wine) as prefix:
+            yield Windows(wine, tool, helper, prefix)
+    else:
+        common_data = arguments.common_data.resolve()
+        with set_aside(common_data):
+            yield Linux(tool, helper, common_data)
+
+
 def main():
     arguments = parse_arguments()
     loader = unittest.defaultTestLoader
@@ -47,11 +65,8 @@ def main():
              else loader.loadTestsFromModule(scenarios))
     # Some scenarios end the tool by a fault; its core would be of no use.
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-    # The tool runs in folders of its own, so relative paths would not do.
-    common_data = arguments.common_data.resolve()
-    scenarios.Scenario.platform = Linux(arguments.tool.resolve(), arguments.helper.resolve(),
-                                        common_data)
-    with set_aside(common_data), Desktop() as desktop:
+    with platform_for(arguments) as platform, Desktop() as desktop:
+        scenarios.Scenario.platform = platform
         scenarios.Scenario.desktop = desktop
         result = unittest.TextTestRunner(verbosity=2).run(suite)
     return 0 if result.testsRun and result.wasSuccessful() else 1

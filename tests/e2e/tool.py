@@ -50,7 +50,7 @@ class Linux:
     fault_status = -signal.SIGSEGV
 
     def __init__(self, tool, helper, common_data):
-        self._tool = tool
+        self.tool = tool
         self._helper = helper
         self.common_data = Path(common_data)
 
@@ -63,11 +63,19 @@ class Linux:
         """The settings folder below `base` as messages spell it."""
         return rf"{base}\Quorvane\Orvistrand"
 
-    def start(self, desktop, folder, arguments=(), helper=None, confined=False):
-        """Starts the tool with `folder` as its working directory, or, with a list of
-        `helper` options, the build of it that offers them. A confined one obeys file
-        permissions even when root runs it."""
-        program = [self._tool] if helper is None else [self._helper, *helper]
+    @staticmethod
+    def temp_file_refused(folder):
+        """The lines, as a pattern, about a folder that takes no new file."""
+        return (r"^\[WARN\] FileUtils::createTempFile - failed getting temp filename "
+                rf"\(path='{folder}', prefix='Settings', err='.+'\)\n"
+                r"\[WARN\] File::createFromMemSafe - failed creating temp file "
+                rf"\(path={folder}, prefix=Settings\)\n$")
+
+    def start(self, desktop, folder, arguments=(), program=None, helper=None, confined=False):
+        """Starts the tool with `folder` as its working directory, or the copy of it named
+        `program`, or, with a list of `helper` options, the build of it that offers them.
+        A confined one obeys file permissions even when root runs it."""
+        program = [program or self.tool] if helper is None else [self._helper, *helper]
         command = ending_with_parent([*(confinement() if confined else []), *program, *arguments])
         return subprocess.Popen(command, cwd=folder, env=self._environment(desktop),
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,

@@ -37,6 +37,14 @@ int startAndWait(HANDLE out, HANDLE err) {
     return static_cast<int>(status & 0xFF);
 }
 
+/// What a child printed, with the line ends it wrote, not those of the runtime.
+std::string readText(const std::string& path) {
+    std::string text = readFile(path);
+    for (size_t end = 0; (end = text.find("\r\n", end)) != std::string::npos; ++end)
+        text.erase(end, 1);
+    return text;
+}
+
 } // namespace
 
 ChildResult runChild(const std::string& name, const std::string& argument) {
@@ -55,8 +63,8 @@ ChildResult runChild(const std::string& name, const std::string& argument) {
     CloseHandle(out);
     CloseHandle(err);
 
-    result.out = readFile(outPath);
-    result.err = readFile(errPath);
+    result.out = readText(outPath);
+    result.err = readText(errPath);
     return result;
 }
 

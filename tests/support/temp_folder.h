@@ -8,6 +8,15 @@
 
 namespace test {
 
+/// Between paths as tests write them, which are UTF-8, and those of the standard library.
+inline std::filesystem::path systemPath(const std::string& utf8) {
+    return std::u8string(utf8.begin(), utf8.end());
+}
+inline std::string utf8Path(const std::filesystem::path& path) {
+    const std::u8string utf8 = path.u8string();
+    return {utf8.begin(), utf8.end()};
+}
+
 /// A new, empty folder that is removed with everything in it.
 class TempFolder {
 public:
@@ -25,21 +34,23 @@ public:
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
-    std::string path() const { return d_path.string(); }
+    std::string path() const { return utf8Path(d_path); }
     /// The path of a file or folder in here.
-    std::string operator/(const std::string& name) const { return (d_path / name).string(); }
+    std::string operator/(const std::string& name) const {
+        return path() + static_cast<char>(std::filesystem::path::preferred_separator) + name;
+    }
 
 private:
     std::filesystem::path d_path;
 };
 
 inline std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(systemPath(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
 }
 
 inline void writeFile(const std::string& path, const std::string& content) {
-    std::ofstream(path, std::ios::binary) << content;
+    std::ofstream(systemPath(path), std::ios::binary) << content;
 }
 
 } // namespace test

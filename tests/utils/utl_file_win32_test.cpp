@@ -1,0 +1,163 @@
+#include "child_process.h"
+#include "core_wrapper.h"
+#include "log_recorder.h"
+#include "temp_folder.h"
+#include "utl_file.h"
+#include "utl_fileutils.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <windows.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <io.h>
+#include <string>
+
+// What only Windows knows: attributes that refuse, files that are locked while open,
+// and paths with a drive, a share or a prefix in front.
+
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+using testing::StartsWith;
+using utl::File;
+using utl::FileUtils;
+
+class WindowsFile : public testing::Test {
+protected:
+    WindowsFile() { test::writeFile(d_path, "old"); }
+
+    void expectRefused() {
+        const auto lines = d_log.take();
+        ASSERT_THAT(lines, testing::SizeIs(2));
+        EXPECT_THAT(lines[0], testing::HasSubstr("'=>'" + d_path + "' failed : "));
+        EXPECT_THAT(lines[0], testing::Not(EndsWith("\n")));
+        EXPECT_THAT(lines[1],
+                    StartsWith("WARN utl::File::createFromMemSafe(" + d_path +
+                               ",3B,flags=0,mode=384) - failed renaming file from temporary '"));
+        EXPECT_EQ(test::readFile(d_path), "old");
+        EXPECT_EQ(entries(), 1) << "the temporary file remains";
+    }
+    std::ptrdiff_t entries() const {
+        using Iterator = std::filesystem::directory_iterator;
+        return std::distance(Iterator(d_folder.path()), Iterator());
+    }
+
+    test::TempFolder d_folder;
+    const std::string d_path = d_folder / "Settings";
+    test::LogRecorder d_log;
+};
+
+// Windows refuses to replace such a file; Wine does it, as Linux does.
+TEST_F(WindowsFile, ReadOnlyTargetIsReplacedWholeOrNotAtAll) {
+    ASSERT_NE(SetFileAttributesA(d_path.c_str(), FILE_ATTRIBUTE_READONLY), 0);
+    if (File::createFromMemSafe(d_path, "new", 3)) {
+        EXPECT_EQ(test::readFile(d_path), "new");
+        EXPECT_EQ(entries(), 1);
+    } else {
+        expectRefused();
+    }
+    SetFileAttributesA(d_path.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(WindowsFile, ReadOnlyFileIsUnlinkedAtTheSecondTry) {
+    ASSERT_NE(SetFileAttributesA(d_path.c_str(), FILE_ATTRIBUTE_READONLY), 0);
+    EXPECT_EQ(core::Wrapper::unlink(d_path), 0);
+    EXPECT_EQ(errno, EACCES);
+    EXPECT_FALSE(FileUtils::exists(d_path));
+}
+
+CHILD_CASE(replacesFile) {
+    const bool replaced = File::createFromMemSafe(argument, "new", 3);
+    std::string content;
+    const bool read = File::loadIntoMem(argument, content);
+    std::exit((replaced ? 1 : 0) + (read && content == "old" ? 2 : 0));
+}
+
+TEST_F(WindowsFile, FileHeldOpenByAnotherProcessIsNotReplaced) {
+    HANDLE held = CreateFileA(d_path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(test::runChild("replacesFile", d_path).status, 2) << "read, but not replaced";
+    EXPECT_FALSE(File::createFromMemSafe(d_path, "new", 3));
+    expectRefused();
+    CloseHandle(held);
+    EXPECT_EQ(test::runChild("replacesFile", d_path).status, 1);
+    EXPECT_EQ(test::readFile(d_path), "new");
+}
+
+TEST_F(WindowsFile, FileLockedByAnotherProcessIsNotRead) {
+    HANDLE held = CreateFileA(d_path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(test::runChild("replacesFile", d_path).status, 0);
+    CloseHandle(held);
+    EXPECT_EQ(test::readFile(d_path), "old");
+}
+
+TEST_F(WindowsFile, OpenFilesAreNotInherited) {
+    File file;
+    ASSERT_TRUE(file.openFile(d_path, File::kRead));
+    FILE* const stream = core::Wrapper::fopen(d_path, "rb");
+    ASSERT_NE(stream, nullptr);
+    for (int number = 3; number <= _fileno(stream); ++number) {
+        DWORD flags = HANDLE_FLAG_INHERIT;
+        const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(number));
+        if (handle != INVALID_HANDLE_VALUE) {
+            EXPECT_NE(GetHandleInformation(handle, &flags), 0);
+            EXPECT_EQ(flags & HANDLE_FLAG_INHERIT, 0U) << number;
+        }
+    }
+    std::fclose(stream);
+}
+
+/// Stores, reads and removes `path`\made\Settings, and the folders made for it.
+void expectUsable(const std::string& folder) {
+    SCOPED_TRACE(folder);
+    const std::string path = folder + "\\made\\Settings";
+    EXPECT_TRUE(FileUtils::createPath(folder + "\\made"));
+    EXPECT_TRUE(File::createFromMemSafe(path, "new", 3));
+    std::string content;
+    EXPECT_TRUE(File::loadIntoMem(path, content));
+    EXPECT_EQ(content, "new");
+    EXPECT_EQ(core::Wrapper::unlink(path), 0);
+    EXPECT_NE(RemoveDirectoryA((folder + "\\made").c_str()), 0);
+}
+
+TEST_F(WindowsFile, PathsMayBeginWithADriveOrAPrefix) {
+    expectUsable("C:");
+    expectUsable(d_folder.path());
+    expectUsable("\\\\?\\" + d_folder.path());
+    expectUsable("\\\\.\\" + d_folder.path());
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
+TEST_F(WindowsFile, FilesMayLieInADriveRoot) {
+    const std::string path = "C:\\orvistrand-test-settings";
+    EXPECT_TRUE(File::createFromMemSafe(path, "new", 3));
+    EXPECT_EQ(test::readFile(path), "new");
+    EXPECT_EQ(core::Wrapper::unlink(path), 0);
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
+TEST_F(WindowsFile, ADriveIsNoFolder) {
+    EXPECT_FALSE(FileUtils::exists("C:\\")) << "looked for without its separator";
+    EXPECT_TRUE(FileUtils::createPath("C:\\"));
+    EXPECT_FALSE(FileUtils::createPath("Q:\\missing drive\\folder"));
+    EXPECT_THAT(d_log.take(),
+                ElementsAre(StartsWith("WARN failed to create 'Q:\\missing drive' : ")));
+}
+
+TEST_F(WindowsFile, ASharesFirstFolderIsTheFirstThatIsMade) {
+    EXPECT_TRUE(FileUtils::createPath("\\\\no-such-server\\share"));
+    EXPECT_FALSE(FileUtils::createPath("\\\\no-such-server\\share\\folder\\sub"));
+    EXPECT_THAT(d_log.take(), ElementsAre(StartsWith(
+                                  "WARN failed to create '\\\\no-such-server\\share\\folder' : ")));
+}
+
+} // namespace
