@@ -70,10 +70,8 @@ uint32_t readFlags(const char*& cursor) {
 int32_t readNumber(const char*& cursor) {
     constexpr uint32_t kMax = std::numeric_limits<int32_t>::max();
     uint32_t value = 0;
-    for (; *cursor >= '0' && *cursor <= '9'; ++cursor) {
-        const auto digit = static_cast<uint32_t>(*cursor - '0');
-        value = value <= (kMax - digit) / 10 ? value * 10 + digit : kMax;
-    }
+    for (; *cursor >= '0' && *cursor <= '9'; ++cursor)
+        value = value < kMax / 10 ? value * 10 + static_cast<uint32_t>(*cursor - '0') : kMax;
     return static_cast<int32_t>(value);
 }
 
@@ -179,7 +177,9 @@ public:
     Output& operator=(const Output&) = delete;
 
     void put(char ch) { *take(1) = ch; }
-    void put(std::string_view text) { copy(take(text.size()), text.data(), text.size()); }
+    __attribute__((always_inline)) void put(std::string_view text) {
+        copy(take(text.size()), text.data(), text.size());
+    }
     void fill(size_t count, char ch) {
         if (count != 0)
             std::memset(take(count), ch, count);
