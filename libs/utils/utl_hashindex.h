@@ -10,37 +10,38 @@
 namespace utl::detail {
 
 /// Finds items that are kept elsewhere, numbered from 0, by the hash of their names.
-/// Made for all items at once, it takes six bytes for each; a slot's bits that the
+/// Made for all items at once, it takes eight bytes for each; a slot's bits that the
 /// number leaves free hold a part of the hash, so that hardly any other name is
 /// looked at. Not for other modules than utl_inireader.
 class HashIndex {
 public:
+    /// One that can only be assigned to.
+    HashIndex() = default;
+
     /// With room for `count` items, fewer than 2^31.
-    explicit HashIndex(size_t count = 0)
-        : d_numberBits(static_cast<unsigned>(std::bit_width(count))),
-          d_slots(count == 0 ? 0 : count + count / 2 + 1) {}
+    explicit HashIndex(size_t count)
+        : d_numberBits(static_cast<unsigned>(std::bit_width(count))), d_slots(2 * count + 1) {}
 
     size_t size() const { return d_size; }
 
     /// Starts to fetch what `insert` or `find` will need.
     void prefetch(uint32_t hash) const { __builtin_prefetch(&d_slots[slotOf(hash)]); }
 
-    /// Adds the item. False when there is one with the same name: `same(number)` says
-    /// whether a number's name is the one that `hash` was made of.
+    /// Adds the item unless there is one with the same name, and returns the number of
+    /// the one that is in. `same(number)` says whether a number's name is the one that
+    /// `hash` was made of.
     template <typename Same>
-    bool insert(uint32_t hash, uint32_t number, Same same) {
-        const size_t slot = search(hash, same);
-        if (d_slots[slot] != 0)
-            return false;
-        d_slots[slot] = tagOf(hash) | (number + 1);
-        ++d_size;
-        return true;
+    uint32_t insert(uint32_t hash, uint32_t number, Same same) {
+        uint32_t& entry = d_slots[search(hash, same)];
+        if (entry == 0) {
+            entry = tagOf(hash) | (number + 1);
+            ++d_size;
+        }
+        return numberOf(entry);
     }
 
     template <typename Same>
     std::optional<uint32_t> find(uint32_t hash, Same same) const {
-        if (d_slots.empty())
-            return std::nullopt;
         const uint32_t entry = d_slots[search(hash, same)];
         return entry == 0 ? std::nullopt : std::optional(numberOf(entry));
     }
@@ -68,8 +69,8 @@ private:
         return slot;
     }
 
-    unsigned d_numberBits;
-    std::vector<uint32_t> d_slots; // a third of them free
+    unsigned d_numberBits = 0;
+    std::vector<uint32_t> d_slots; // half of them free
     size_t d_size = 0;
 };
 

@@ -7,15 +7,12 @@
 #include "utl_fileutils.h"
 #include "utl_hashindex.h"
 
-#include <absl/container/flat_hash_map.h>
 #include <absl/hash/hash.h>
 #include <absl/strings/string_view.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
-#include <deque>
-#include <limits>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -58,7 +55,13 @@ std::string_view slice(const char* begin, const char* end) {
     return {begin, static_cast<size_t>(end - begin)};
 }
 
-absl::string_view abslView(std::string_view text) { return {text.data(), text.size()}; }
+uint32_t hashOf(std::string_view section) {
+    return static_cast<uint32_t>(absl::HashOf(absl::string_view(section.data(), section.size())));
+}
+
+uint32_t hashOf(uint32_t section, std::string_view key) {
+    return static_cast<uint32_t>(absl::HashOf(section, absl::string_view(key.data(), key.size())));
+}
 
 /// A line's first words: all of it that counts.
 struct Words {
@@ -123,10 +126,10 @@ bool isHeader(std::string_view word) {
 } // namespace
 
 /// The text and, as slices of it, what it says. Filled in two steps: all properties
-/// first, then the index, which is made for their number.
+/// first, then the indices, which are made for their number.
 class IniReader::Table {
 public:
-    explicit Table(std::string text) : d_text(std::move(text)) {}
+    explicit Table(std::string text);
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 
@@ -138,18 +141,16 @@ public:
     /// Adds slices of `text()` to the section.
     void add(std::string_view key, std::string_view value);
 
-    /// After the last `add`: makes properties known to `find`, except those of a key
-    /// that its section already has, for which it calls `repeated(key, section)`.
+    /// After the last `add`: makes all known to `find`, except properties whose section
+    /// has the key already, for which it calls `repeated(key, section)`.
     template <typename Repeated>
-    void buildIndex(Repeated repeated);
+    void buildIndices(Repeated repeated);
 
-    size_t size() const { return d_index.size(); }
-    bool hasSection(std::string_view name) const { return d_sections.contains(abslView(name)); }
+    size_t size() const { return d_propertyIndex.size(); }
+    bool hasSection(std::string_view name) const { return findSection(name).has_value(); }
     std::optional<std::string_view> find(std::string_view section, std::string_view key) const;
 
 private:
-    static constexpr uint32_t kUnknown = std::numeric_limits<uint32_t>::max();
-
     struct Slice { // 32 bits are enough, and what keeps the table small
         uint32_t begin;
         uint32_t size;
@@ -157,6 +158,11 @@ private:
     struct Property {
         Slice key;
         Slice value;
+        uint32_t section; // its passage until the indices are built
+    };
+    /// What stands below one header. A section goes by its first passage's number.
+    struct Passage {
+        std::string_view name;
         uint32_t section;
     };
 
@@ -167,70 +173,93 @@ private:
     std::string_view view(const Slice& slice) const {
         return {d_text.data() + slice.begin, slice.size};
     }
-    uint32_t hashOf(uint32_t number) const {
-        return hashOf(d_properties[number].section, view(d_properties[number].key));
+    bool isInUse(size_t passage) const {
+        return !d_properties.empty() && d_properties.back().section == passage;
     }
-    static uint32_t hashOf(uint32_t section, std::string_view key) {
-        return static_cast<uint32_t>(absl::HashOf(section, abslView(key)));
+    void indexPassages();
+    std::optional<uint32_t> findSection(std::string_view name) const;
+    auto hasName(std::string_view name) const {
+        return [this, name](uint32_t passage) { return d_passages[passage].name == name; };
     }
-    bool isNamed(uint32_t number, uint32_t section, std::string_view key) const {
-        return d_properties[number].section == section && view(d_properties[number].key) == key;
+    auto hasName(uint32_t section, std::string_view key) const {
+        return [this, section, key](uint32_t number) {
+            const Property& property = d_properties[number];
+            return property.section == section && view(property.key) == key;
+        };
     }
 
     std::string d_text;
-    std::string_view d_current = kFirstSection;
-    uint32_t d_currentNumber = kUnknown;
-    absl::flat_hash_map<absl::string_view, uint32_t> d_sections;
-    std::vector<std::string_view> d_sectionNames;
-    std::deque<Property> d_properties; // grows without moving what it has
-    detail::HashIndex d_index;
+    std::vector<Passage> d_passages; // the last one may be without properties
+    std::vector<Property> d_properties;
+    detail::HashIndex d_passageIndex;
+    detail::HashIndex d_propertyIndex;
 };
 
+IniReader::Table::Table(std::string text)
+    : d_text(std::move(text)), d_passages{{kFirstSection, 0}} {
+    constexpr size_t kUsualLine = 16; // a little shorter, since growing is dear
+    d_properties.reserve(d_text.size() / kUsualLine + 1);
+}
+
 void IniReader::Table::enterSection(std::string_view name) {
-    d_current = name;
-    d_currentNumber = kUnknown;
+    if (isInUse(d_passages.size() - 1))
+        d_passages.push_back({name, 0});
+    else
+        d_passages.back().name = name;
 }
 
 void IniReader::Table::add(std::string_view key, std::string_view value) {
-    if (d_currentNumber == kUnknown) {
-        const auto next = static_cast<uint32_t>(d_sectionNames.size());
-        d_currentNumber = d_sections.try_emplace(abslView(d_current), next).first->second;
-        if (d_currentNumber == next)
-            d_sectionNames.push_back(d_current);
+    const auto passage = static_cast<uint32_t>(d_passages.size() - 1);
+    d_properties.push_back({sliceOf(key), sliceOf(value), passage});
+}
+
+void IniReader::Table::indexPassages() {
+    if (!isInUse(d_passages.size() - 1))
+        d_passages.pop_back();
+    d_passageIndex = detail::HashIndex(d_passages.size());
+    for (uint32_t number = 0; number < d_passages.size(); ++number) {
+        Passage& passage = d_passages[number];
+        passage.section =
+            d_passageIndex.insert(hashOf(passage.name), number, hasName(passage.name));
     }
-    d_properties.push_back({sliceOf(key), sliceOf(value), d_currentNumber});
 }
 
 template <typename Repeated>
-void IniReader::Table::buildIndex(Repeated repeated) {
-    // In groups, so that the memory of a group is fetched while hashes are made.
-    std::array<uint32_t, 16> hashes;
+void IniReader::Table::buildIndices(Repeated repeated) {
+    indexPassages();
     const auto count = static_cast<uint32_t>(d_properties.size());
-    d_index = detail::HashIndex(count);
-    for (uint32_t first = 0; first < count; first += hashes.size()) {
-        const uint32_t end = std::min<uint32_t>(first + hashes.size(), count);
-        for (uint32_t number = first; number < end; ++number) {
-            hashes[number - first] = hashOf(number);
-            d_index.prefetch(hashes[number - first]);
+    d_propertyIndex = detail::HashIndex(count);
+    // In groups, so that the slots of a group are fetched while hashes are made.
+    std::array<uint32_t, 16> hashes;
+    for (uint32_t begin = 0; begin < count; begin += hashes.size()) {
+        const auto end = static_cast<uint32_t>(std::min<size_t>(begin + hashes.size(), count));
+        for (uint32_t number = begin; number < end; ++number) {
+            Property& property = d_properties[number];
+            property.section = d_passages[property.section].section;
+            hashes[number - begin] = hashOf(property.section, view(property.key));
+            d_propertyIndex.prefetch(hashes[number - begin]);
         }
-        for (uint32_t number = first; number < end; ++number) {
+        for (uint32_t number = begin; number < end; ++number) {
             const uint32_t section = d_properties[number].section;
             const std::string_view key = view(d_properties[number].key);
-            if (!d_index.insert(hashes[number - first], number,
-                                [&](uint32_t other) { return isNamed(other, section, key); }))
-                repeated(key, d_sectionNames[section]);
+            if (d_propertyIndex.insert(hashes[number - begin], number, hasName(section, key)) !=
+                number)
+                repeated(key, d_passages[section].name);
         }
     }
+}
+
+std::optional<uint32_t> IniReader::Table::findSection(std::string_view name) const {
+    return d_passageIndex.find(hashOf(name), hasName(name));
 }
 
 std::optional<std::string_view> IniReader::Table::find(std::string_view section,
                                                        std::string_view key) const {
-    const auto known = d_sections.find(abslView(section));
-    if (known == d_sections.end())
+    const std::optional<uint32_t> known = findSection(section);
+    if (!known)
         return std::nullopt;
     const std::optional<uint32_t> number =
-        d_index.find(hashOf(known->second, key),
-                     [&](uint32_t other) { return isNamed(other, known->second, key); });
+        d_propertyIndex.find(hashOf(*known, key), hasName(*known, key));
     if (!number)
         return std::nullopt;
     return view(d_properties[*number].value);
@@ -276,7 +305,7 @@ void IniReader::parseOwned(std::string text, const std::string& path) {
         else if (words.count == 2)
             table->add(key, value);
     }
-    table->buildIndex([&](std::string_view key, std::string_view section) {
+    table->buildIndices([&](std::string_view key, std::string_view section) {
         core::logFrom(core::kChannelWarn, kLoad, "(%s) - duplicate property '%s' in section '%s'",
                       path, key, section);
     });

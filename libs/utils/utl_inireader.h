@@ -22,7 +22,7 @@ namespace utl {
 /// repeated key the first value stays, with a line on WARN for each later one. A
 /// section exists only if it has a property; a later header continues it.
 ///
-/// Takes about 2.3 times the file's size in memory. Neither copied nor moved; one
+/// Takes about two and a half times the file's size in memory. Neither copied nor moved; one
 /// thread at a time.
 class IniReader {
 public:
