@@ -349,17 +349,6 @@ TEST_F(SafeStore, ReplacesTheWholeFile) {
     EXPECT_THAT(d_log.take(), IsEmpty());
 }
 
-TEST_F(SafeStore, ResultIsItsOwnersOnly) {
-    using std::filesystem::perms;
-    std::filesystem::permissions(d_path, perms::all);
-    ASSERT_TRUE(store(d_path));
-    const perms result = std::filesystem::status(d_path).permissions();
-    constexpr perms kOwner = perms::owner_read | perms::owner_write;
-    // Where files have no such mode, their folder's access list decides.
-    constexpr bool kHasModes = std::filesystem::path::preferred_separator == '/';
-    EXPECT_EQ(kHasModes ? result : result & kOwner, kOwner);
-}
-
 TEST_F(SafeStore, BareNameIsInTheWorkingFolder) {
     const std::filesystem::path before = std::filesystem::current_path();
     std::filesystem::current_path(d_folder.path());

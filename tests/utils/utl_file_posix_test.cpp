@@ -1,0 +1,43 @@
+#include "temp_folder.h"
+#include "utl_file.h"
+#include "utl_file_calls.h"
+#include "utl_fileutils.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+
+namespace {
+
+using std::filesystem::perms;
+
+TEST(FilePosix, StoredFileIsItsOwnersOnly) {
+    const test::TempFolder folder;
+    const std::string path = folder / "Settings";
+    test::writeFile(path, "old");
+    std::filesystem::permissions(path, perms::all);
+    ASSERT_TRUE(utl::File::createFromMemSafe(path, "new", 3));
+    EXPECT_EQ(std::filesystem::status(path).permissions(), perms::owner_read | perms::owner_write);
+}
+
+TEST(FilePosix, ChildProcessesInheritNoFile) {
+    const test::TempFolder folder;
+    test::writeFile(folder / "file", "");
+    const auto& calls = utl::detail::kSystemFileCalls;
+    const int handle = calls.open(folder / "file", O_RDONLY, 0);
+    EXPECT_NE(fcntl(handle, F_GETFD) & FD_CLOEXEC, 0);
+    EXPECT_EQ(calls.close(handle), 0);
+}
+
+TEST(FilePosix, FullDiskIsReported) {
+    EXPECT_FALSE(utl::File::createFromMem("/dev/full", "1", 1, 0, utl::File::kOwnerOnly));
+}
+
+TEST(FilePosix, OnlyTheFirstLevelCanBeADrive) {
+    const test::TempFolder folder;
+    EXPECT_TRUE(utl::FileUtils::createPath(folder / "C:/x:/ab:"));
+    EXPECT_TRUE(utl::FileUtils::exists(folder / "C:/x:/ab:"));
+}
+
+} // namespace
