@@ -13,18 +13,23 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <string_view>
 
 namespace {
 
-using core::TestInterface;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::StartsWith;
 
 constexpr core::CheckSite kSite{"some_module.cpp", 7};
+
+/// How many assertions and alerts the test interface was given.
+std::pair<uint64_t, uint64_t> reports() {
+    using Type = core::TestInterface::ReportType;
+    const auto& all = core::TestInterface::instance();
+    return {all.reportCount(Type::Assertion), all.reportCount(Type::Alert)};
+}
 
 /// Puts the check slot's state back.
 class AssertTest : public testing::Test {
@@ -33,62 +38,30 @@ protected:
         core::storeHandlerLock(false);
         core::storeFailureHandler(nullptr);
     }
-
-    static uint64_t reports(TestInterface::ReportType type) {
-        return TestInterface::instance().reportCount(type);
-    }
 };
 
 TEST_F(AssertTest, HandlersLogWhatFailedAndContinue) {
-    using Handler = core::FailureHandler;
-    const struct {
-        Handler handler;
-        const char* condition;
-        const char* message;
-        const char* logged;
-        uint64_t assertions;
-        uint64_t alerts;
-    } rows[] = {
-        {core::failDefault, "a > b", "50% off", "GASSERT failed at f.cpp:7 (a > b) (50% off)", 1,
-         0},
-        {core::failDefault, "a > b", "", "GASSERT failed at f.cpp:7 (a > b) ()", 1, 0},
-        {core::failDefault, nullptr, "m", "ERROR!! ASSERT failed at f.cpp:7", 0, 0},
-        {core::alertDefault, "a > b", "m", "GALERT at f.cpp:7 (a > b) (m)", 0, 1},
-        {core::alertDefault, "a > b", "", "GALERT at f.cpp:7 (a > b)", 0, 1},
-    };
     test::LogRecorder log({core::kChannelCrit});
-    for (const auto& row : rows) {
-        const uint64_t assertions = reports(TestInterface::ReportType::Assertion);
-        const uint64_t alerts = reports(TestInterface::ReportType::Alert);
-        EXPECT_FALSE(row.handler(row.condition, "f.cpp", 7, 0, row.message));
-        EXPECT_THAT(log.take(), ElementsAre(std::string("CRIT ") + row.logged));
-        EXPECT_EQ(reports(TestInterface::ReportType::Assertion) - assertions, row.assertions);
-        EXPECT_EQ(reports(TestInterface::ReportType::Alert) - alerts, row.alerts);
-    }
+    const auto [assertions, alerts] = reports();
+    EXPECT_FALSE(core::failDefault("a > b", "f.cpp", 7, 0, "50% off"));
+    EXPECT_FALSE(core::failDefault(nullptr, "f.cpp", 7, 0, "not reported"));
+    EXPECT_FALSE(core::alertDefault("a > b", "f.cpp", 7, 0, "m"));
+    EXPECT_THAT(log.take(), ElementsAre("CRIT GASSERT failed at f.cpp:7 (a > b) (50% off)",
+                                        "CRIT ERROR!! ASSERT failed at f.cpp:7",
+                                        "CRIT GALERT at f.cpp:7 (a > b) (m)"));
+    EXPECT_EQ(reports(), std::pair(assertions + 1, alerts + 1));
 }
 
-/// Fails a check and an alert of its own about every line it sees.
-class FailingObserver : public core::GlobalLogObserver {
-public:
-    FailingObserver() {
-        watch(core::kChannelCrit);
-        core::MasterLogger::registerObserver(this);
-    }
-    ~FailingObserver() override { detach(); }
-
-    void observe(int32_t, uint32_t, const core::ChannelRecord&, const char*, size_t) override {
+TEST_F(AssertTest, FailuresInsideTheirOwnHandlingAreRefused) {
+    // The check's observer raises an alert, whose line the log refuses as recursive.
+    const test::ScriptedObserver observer({core::kChannelCrit}, [](const std::string&) {
         CHECKF_AT(kSite, false);
         GALERT_AT(kSite, false);
-    }
-};
-
-TEST_F(AssertTest, FailuresInsideTheirOwnHandlingAreRefused) {
-    FailingObserver observer;
-    // The check's observer raises an alert, whose line the log refuses as recursive.
-    const std::string checkErr = test::captureOutput([] { CHECKF_AT(kSite, false); }).err;
-    EXPECT_THAT(checkErr, StartsWith("Assert:failDefault - recursive call\n"));
-    const std::string alertErr = test::captureOutput([] { GALERT_AT(kSite, false); }).err;
-    EXPECT_THAT(alertErr, EndsWith("Assert:alertDefault - recursive call\n"));
+    });
+    EXPECT_THAT(test::captureOutput([] { CHECKF_AT(kSite, false); }).err,
+                StartsWith("Assert:failDefault - recursive call\n"));
+    EXPECT_THAT(test::captureOutput([] { GALERT_AT(kSite, false); }).err,
+                EndsWith("Assert:alertDefault - recursive call\n"));
     EXPECT_FALSE(core::threadFlags().inAssert);
     EXPECT_FALSE(core::threadFlags().inAlert);
 }
@@ -96,7 +69,6 @@ TEST_F(AssertTest, FailuresInsideTheirOwnHandlingAreRefused) {
 TEST_F(AssertTest, LockedHandlersStay) {
     test::LogRecorder log;
     EXPECT_TRUE(core::Assert::setConsoleHandler());
-    EXPECT_EQ(core::failureHandler(), core::consoleHandler);
     core::Assert::lockHandler(true);
     EXPECT_FALSE(core::Assert::setFailureHandler(core::alertDefault));
     EXPECT_EQ(core::failureHandler(), core::consoleHandler);
@@ -106,13 +78,25 @@ TEST_F(AssertTest, LockedHandlersStay) {
     EXPECT_EQ(core::failureHandler(), core::failDefault);
 }
 
-TEST_F(AssertTest, TestInterfaceBeginsWithItsDefaults) {
-    const TestInterface::Settings settings = TestInterface::instance().settings();
-    EXPECT_EQ(settings.assertLevel, 1);
-    EXPECT_EQ(settings.sendAddress.size(), 14U);
-    EXPECT_EQ(settings.sendPort, 25000);
-    EXPECT_EQ(settings.symbolServerAddress, "");
-    EXPECT_EQ(settings.flags, 0U);
+TEST_F(AssertTest, GlobalsHoldLogAndHandlerForTheirLifetime) {
+    int writes = 0;
+    bool alive = true;
+    {
+        const core::Globals globals(
+            new test::ScriptedImpl([&](const std::string&) { ++writes; }, [&] { alive = false; }));
+        core::logText(core::kChannelInfo, "line");
+        EXPECT_EQ(core::failureHandler(), core::failDefault);
+        EXPECT_TRUE(alive);
+    }
+    EXPECT_FALSE(alive);
+    core::logText(core::kChannelInfo, "line");
+    EXPECT_EQ(writes, 1);
+    EXPECT_EQ(core::failureHandler(), core::consoleHandler);
+
+    core::storeFailureHandler(nullptr);
+    core::Assert::lockHandler(true);
+    { const core::DefaultGlobals globals; }
+    EXPECT_EQ(core::failureHandler(), core::failDefault);
 }
 
 // Fails before main, as an initialiser of another module might, in one child only.
@@ -129,61 +113,35 @@ TEST(AssertProcess, HandlersAreReadyBeforeMain) {
                 StartsWith("[CRIT] GASSERT failed at some_module.cpp:7 (CHECKF) (early)\n"));
 }
 
-CHILD_CASE(failsExcluded) {
+CHILD_CASE(failsAtTwoSites) {
     std::filesystem::current_path(argument);
     CHECKF_AT(kSite, false, "why");
     CHECKF_AT(kSite, false);
     CHECKF_AT((core::CheckSite{"some_module.cpp", 8}), false);
     GALERT_AT(kSite, 1 > 2); // alerts are never excluded
-    std::printf("%d reports\n", static_cast<int>(TestInterface::instance().reportCount(
-                                    TestInterface::ReportType::Assertion)));
+    std::printf("%d reports\n", static_cast<int>(reports().first));
 }
 
 TEST(AssertProcess, ExcludedChecksAreLoggedOnly) {
     const test::TempFolder folder;
     const core::CivilTime now = core::localCivilTime(core::now());
-    test::writeFile(folder / "assert.exclude", core::format("some_module.cpp 7 %04d-%02d-%02d\n",
-                                                            now.year, now.month, now.day));
-    EXPECT_THAT(test::runChild("failsExcluded", folder.path()).out,
+    const std::string today = core::format(" %04d-%02d-%02d\n", now.year, now.month, now.day);
+    test::writeFile(folder / "assert.exclude", "some_module.cpp 7" + today);
+    EXPECT_THAT(test::runChild("failsAtTwoSites", folder.path()).out,
                 EndsWith("[CRIT] EXCLUDED_ASSERT failed at some_module.cpp:7 (CHECKF) (why)\n"
                          "[CRIT] EXCLUDED_ASSERT failed at some_module.cpp:7 (CHECKF)\n"
                          "[CRIT] GASSERT failed at some_module.cpp:8 (CHECKF) ()\n"
                          "[CRIT] GALERT at some_module.cpp:7 (1 > 2)\n"
                          "1 reports\n"));
-}
 
-/// Counts its writes and notes its end.
-class CountingLog : public core::LogImpl {
-public:
-    CountingLog(int* writes, bool* alive) : d_writes(writes), d_alive(alive) { *d_alive = true; }
-    ~CountingLog() override { *d_alive = false; }
-    void write(int32_t, uint32_t, const core::ChannelRecord&, const char*, size_t) override {
-        ++*d_writes;
-    }
-
-private:
-    int* d_writes;
-    bool* d_alive;
-};
-
-TEST_F(AssertTest, GlobalsHoldLogAndHandlerForTheirLifetime) {
-    int writes = 0;
-    bool alive = false;
-    {
-        const core::Globals globals(new CountingLog(&writes, &alive));
-        core::logText(core::kChannelInfo, "line");
-        EXPECT_EQ(core::failureHandler(), core::failDefault);
-        EXPECT_TRUE(alive);
-    }
-    EXPECT_FALSE(alive);
-    core::logText(core::kChannelInfo, "line");
-    EXPECT_EQ(writes, 1);
-    EXPECT_EQ(core::failureHandler(), core::consoleHandler);
-
-    core::storeFailureHandler(nullptr);
-    core::Assert::lockHandler(true);
-    { const core::DefaultGlobals globals; }
-    EXPECT_EQ(core::failureHandler(), core::failDefault);
+    // A list in the settings folder takes the place of the other.
+    std::filesystem::create_directory(test::systemPath(folder / "settings"));
+    test::writeFile(folder / "settings/assert.exclude", "some_module.cpp 8" + today);
+    EXPECT_THAT(test::runChild("failsAtTwoSites", folder.path()).out,
+                EndsWith("[CRIT] GASSERT failed at some_module.cpp:7 (CHECKF) ()\n"
+                         "[CRIT] EXCLUDED_ASSERT failed at some_module.cpp:8 (CHECKF)\n"
+                         "[CRIT] GALERT at some_module.cpp:7 (1 > 2)\n"
+                         "2 reports\n"));
 }
 
 } // namespace

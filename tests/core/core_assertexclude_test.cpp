@@ -1,18 +1,14 @@
 #include "core_assertexclude.h"
 
-#include "core_varargs.h"
 #include "core_wrapper.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 namespace {
 
-constexpr core::CivilTime kNoon{2024, 3, 1, 12, 0, 0};
-
-core::AssertExclude listOf(const std::string& text, const core::CivilTime& now = kNoon) {
+core::AssertExclude listOf(const std::string& text,
+                           const core::CivilTime& now = {2024, 3, 1, 12, 0, 0}) {
     const test::TempFolder folder;
     test::writeFile(folder / "list", text);
     FILE* file = core::Wrapper::fopen(folder / "list", "r");
@@ -22,114 +18,43 @@ core::AssertExclude listOf(const std::string& text, const core::CivilTime& now =
     return list;
 }
 
-struct Case {
-    int line;
-    const char* text;
-    bool holds;
-};
-const Case kCases[] = {
-    {__LINE__, "core_time.cpp 1026 2024-03-01", true},
-    {__LINE__, " core_time.cpp\t1026  2024-03-01 because of reasons\r\n", true},
-    {__LINE__, "core_time.cpp 01026 2024-03-01", true},
-    {__LINE__, "#core_time.cpp 1026 2024-03-01", false},
-    {__LINE__, "# core_time.cpp 1026 2024-03-01", false},
-    {__LINE__, "core_time.cpp 1026", false},
-    {__LINE__, "core_time.cpp 1026x 2024-03-01", false},
-    {__LINE__, "core_time.cpp 99999999999 2024-03-01", false},
-    {__LINE__, "core_time.cpp 1026 2024-3-01", false},
-    {__LINE__, "core_time.cpp 1026 2024-3-001", false},
-    {__LINE__, "core_time.cpp 1026 2024/03/01", false},
-    {__LINE__, "core_time.cpp 1026 2024-03--1", false},
-    {__LINE__, "core_time.cpp 1026 2024-03-01T", false},
-    // Fields that are no numbers count as 0: the last day of February, and year 0.
-    {__LINE__, "core_time.cpp 1026 2024-03-xx", true},
-    {__LINE__, "core_time.cpp 1026 x024-03-01", false},
-    {__LINE__, "core_time.cpp 1026 9999-99-99", false},
-};
-
 TEST(AssertExclude, TakesOnlyWellFormedLines) {
-    for (const Case& row : kCases) {
-        SCOPED_TRACE("row at line " + std::to_string(row.line));
-        EXPECT_EQ(listOf(row.text).contains("core_time.cpp", 1026), row.holds);
-    }
-    for (const int32_t line : {0, -1})
-        EXPECT_FALSE(listOf(core::format("a %d 2024-03-01", line)).contains("a", line));
+    for (const std::string& text :
+         {std::string("a.cpp 26 2024-03-01"), std::string("a.cpp 026 2024-03-01"),
+          std::string(" a.cpp\t26  2024-03-01 because of reasons\r\n"),
+          // What is no number counts as 0, here the last day of February.
+          std::string("a.cpp 26 2024-03-xx"),
+          // The rest of a long line is a line of its own.
+          std::string(1000, 'x') + "a.cpp 26 2024-03-01"})
+        EXPECT_TRUE(listOf(text).contains("a.cpp", 26)) << text;
+    for (const char* text :
+         {"", "#a.cpp 26 2024-03-01", "# a.cpp 26 2024-03-01", "a.cpp 26", "a.cpp 26x 2024-03-01",
+          "a.cpp 4294967322 2024-03-01", "a.cpp 99999999999 2024-03-01", "a.cpp 26 2024-3-01",
+          "a.cpp 26 2024-3-001", "a.cpp 26 2024/03/01", "a.cpp 26 2024-03--1",
+          "a.cpp 26 2024-03-01T", "a.cpp 26 x024-03-01", "a.cpp 26 9999-99-99"})
+        EXPECT_FALSE(listOf(text).contains("a.cpp", 26)) << text;
+    EXPECT_FALSE(listOf("a 0 2024-03-01").contains("a", 0));
+    EXPECT_FALSE(listOf("a -1 2024-03-01").contains("a", -1));
 }
 
 TEST(AssertExclude, HoldsLessThanThreeDaysEitherWay) {
-    const struct {
-        const char* date;
-        core::CivilTime now;
-        bool holds;
-    } rows[] = {
-        {"2024-02-28", {2024, 3, 1, 23, 59, 59}, true}, // across 29 February
-        {"2024-02-28", {2024, 3, 2, 0, 0, 0}, false},
-        {"2024-03-04", {2024, 3, 1, 0, 0, 0}, false},
-        {"2024-03-04", {2024, 3, 1, 0, 0, 1}, true},
-        {"2023-12-31", {2024, 1, 2, 12, 0, 0}, true},
-        {"2024-02-25", kNoon, false},
+    const auto holds = [](const char* date, const core::CivilTime& now) {
+        return listOf(std::string("a 1 ") + date, now).contains("a", 1);
     };
-    for (const auto& row : rows)
-        EXPECT_EQ(listOf(std::string("a 1 ") + row.date, row.now).contains("a", 1), row.holds)
-            << row.date;
+    EXPECT_TRUE(holds("2024-02-28", {2024, 3, 1, 23, 59, 59})); // across 29 February
+    EXPECT_FALSE(holds("2024-02-28", {2024, 3, 2, 0, 0, 0}));
+    EXPECT_FALSE(holds("2024-03-04", {2024, 3, 1, 0, 0, 0}));
+    EXPECT_TRUE(holds("2024-03-04", {2024, 3, 1, 0, 0, 1}));
+    EXPECT_TRUE(holds("2023-12-31", {2024, 1, 2, 12, 0, 0}));
 }
 
 TEST(AssertExclude, FindsExactlyTheSitesOfItsFile) {
-    const std::string today = " 2024-03-01\n";
-    const core::AssertExclude list = listOf("m 20" + today + "m 3" + today + "\nz 1" + today +
-                                            "a 7" + today + "\xC3\xA4 5" + today + "m 20" + today);
-    EXPECT_TRUE(list.contains("m", 20));
-    EXPECT_TRUE(list.contains("m", 3));
-    EXPECT_TRUE(list.contains("z", 1));
-    EXPECT_TRUE(list.contains("a", 7));
-    EXPECT_TRUE(list.contains("\xC3\xA4", 5));
-    EXPECT_FALSE(list.contains("m", 7));
-    EXPECT_FALSE(list.contains("M", 3));
-    EXPECT_FALSE(list.contains("", 3));
-    EXPECT_FALSE(listOf("").contains("m", 3));
-}
-
-TEST(AssertExclude, ReadsTheRestOfALongLineAsALineOfItsOwn) {
-    const core::AssertExclude list = listOf(std::string(1000, 'x') + "a 1 2024-03-01");
-    EXPECT_TRUE(list.contains("a", 1));
-}
-
-/// Makes a folder the working folder for a scope.
-class ScopedWorkingFolder {
-public:
-    explicit ScopedWorkingFolder(const std::string& path)
-        : d_previous(std::filesystem::current_path()) {
-        std::filesystem::current_path(path);
-    }
-    ~ScopedWorkingFolder() { std::filesystem::current_path(d_previous); }
-    ScopedWorkingFolder(const ScopedWorkingFolder&) = delete;
-    ScopedWorkingFolder& operator=(const ScopedWorkingFolder&) = delete;
-
-private:
-    std::filesystem::path d_previous;
-};
-
-TEST(AssertExclude, PrefersTheFileInTheSettingsFolder) {
-    const test::TempFolder folder;
-    const ScopedWorkingFolder working(folder.path());
-    const core::CivilTime now = core::localCivilTime(core::now());
-    const std::string today = core::format(" %04d-%02d-%02d\n", now.year, now.month, now.day);
-
-    core::AssertExclude none;
-    none.load();
-    EXPECT_FALSE(none.contains("outer", 1));
-
-    test::writeFile("assert.exclude", "outer 1" + today);
-    core::AssertExclude outer;
-    outer.load();
-    EXPECT_TRUE(outer.contains("outer", 1));
-
-    std::filesystem::create_directory("settings");
-    test::writeFile("settings/assert.exclude", "inner 1" + today);
-    core::AssertExclude inner;
-    inner.load();
-    EXPECT_TRUE(inner.contains("inner", 1));
-    EXPECT_FALSE(inner.contains("outer", 1));
+    const core::AssertExclude list = listOf("m 20 2024-03-01\nm 3 2024-03-01\n\nz 1 2024-03-01\n"
+                                            "a 7 2024-03-01\nä 5 2024-03-01\nm 20 2024-03-01\n");
+    for (const auto& [file, line] : {std::pair("m", 20), {"m", 3}, {"z", 1}, {"a", 7}, {"ä", 5}})
+        EXPECT_TRUE(list.contains(file, line)) << file;
+    for (const auto& [file, line] : {std::pair("m", 7), {"M", 3}, {"", 3}})
+        EXPECT_FALSE(list.contains(file, line)) << file;
 }
 
 } // namespace

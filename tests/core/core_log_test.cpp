@@ -4,35 +4,26 @@
 #include "output_capture.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <string>
 
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr core::CheckSite kSite{"core_x.cpp", 12};
 
 TEST(Log, FormatsOnlyForEnabledChannels) {
     test::LogRecorder lines({core::kChannelWarn, core::kChannelInfo});
-    core::logf(core::kChannelWarn, "%d of %s", 1, "two");
-    core::logText(core::kChannelInfo, "a text, 100%s");
-    EXPECT_THAT(lines.take(), ElementsAre("WARN 1 of two", "INFO a text, 100%s"));
-    for (const int32_t channel : {core::kChannelNorm, -1, core::kChannelCount}) {
-        const test::Output output =
-            test::captureOutput([channel] { core::logf(channel, "%s", "not logged"); });
-        EXPECT_EQ(output.out, "") << channel;
-    }
-}
-
-TEST(Log, MacroEvaluatesItsArgumentsOnlyWhenEnabled) {
-    test::LogRecorder lines({core::kChannelWarn});
     int evaluated = 0;
     CORE_LOGF(core::kChannelNorm, "%d", ++evaluated);
     EXPECT_EQ(evaluated, 0);
-    CORE_LOGF(core::kChannelWarn, "%d", ++evaluated);
-    EXPECT_THAT(lines.take(), ElementsAre("WARN 1"));
+    CORE_LOGF(core::kChannelWarn, "%d of %s", ++evaluated, "two");
+    core::logText(core::kChannelInfo, "a text, 100%s");
+    EXPECT_THAT(lines.take(), ElementsAre("WARN 1 of two", "INFO a text, 100%s"));
+    const test::Output output = test::captureOutput([] {
+        for (const int32_t channel : {core::kChannelNorm, -1, core::kChannelCount})
+            core::logf(channel, "%s", "not logged");
+    });
+    EXPECT_EQ(output.out, "");
 }
 
 TEST(Log, LocationHasFourForms) {
@@ -46,33 +37,23 @@ TEST(Log, LocationHasFourForms) {
                 ElementsAre("WARN Log at core_x.cpp:12 (utl::f) - why",
                             "WARN Log at core_x.cpp:12 (utl::f)",
                             "WARN Log at core_x.cpp:12 - 100% why", "WARN Log at core_x.cpp:12"));
-}
-
-TEST(Log, FunctionNamesAreJoinedByTheMessagesBeginning) {
     EXPECT_EQ(core::withFunction("utl::f", "(path) - why"), "utl::f(path) - why");
     EXPECT_EQ(core::withFunction("utl::f", "why"), "utl::f - why");
-    EXPECT_EQ(core::withFunction("utl::f", ""), "utl::f - ");
 }
 
 TEST(Logger, LabelsIndentAChannel) {
     core::Logger logger;
-    EXPECT_EQ(logger.prefix(2), "");
     logger.popLabel(2);
     logger.pushLabel(2, "");
+    logger.pushLabel(3, "");
     EXPECT_EQ(logger.prefix(2), " |-");
     logger.pushLabel(2, "job:");
-    logger.pushLabel(3, "");
     EXPECT_EQ(logger.prefix(2), " |job:");
-    EXPECT_EQ(logger.prefix(3), " |-");
     EXPECT_EQ(logger.prefix(4), "");
     logger.pushLabel(2, "");
     EXPECT_EQ(logger.prefix(2), " |job: |-");
     logger.popLabel(2);
     EXPECT_EQ(logger.prefix(2), " |job:") << "the cached prefix is stale";
-    logger.popLabel(2);
-    logger.popLabel(2);
-    EXPECT_EQ(logger.prefix(2), "");
-
     test::LogRecorder lines({core::kChannelInfo});
     core::logText(logger, core::kChannelInfo, "text");
     EXPECT_THAT(lines.take(), ElementsAre("INFO  |-text"));
@@ -87,25 +68,19 @@ TEST(Logger, CollectorsTakeChannelZeroUpToTheirLimit) {
     logger.addCollector(&unlimited);
     for (const char* text : {"", "a", "b", "c"})
         core::logText(logger, core::kChannelString, text);
+    logger.removeCollector(&unlimited);
+    core::logText(logger, core::kChannelString, "d");
     EXPECT_EQ(unlimited.text, "a\nb\nc") << "an empty collector takes no separator";
     EXPECT_EQ(unlimited.lineCount, 4);
     EXPECT_EQ(two.text, "a");
-    EXPECT_EQ(two.lineCount, 2);
-
-    logger.removeCollector(&unlimited);
-    core::logText(logger, core::kChannelString, "d");
-    EXPECT_EQ(unlimited.text, "a\nb\nc");
 }
 
-// ---- Repeat limits, with a clock that the tests step
-
-int64_t seconds = 0;
+int64_t seconds = 0; // on a clock that the tests step
 int64_t steppedClock() { return seconds; }
 
 class RepeatedLog : public testing::Test {
 protected:
     RepeatedLog() {
-        seconds = 100;
         auto* const limits = new core::DefaultLogRImpl(&steppedClock);
         limits->setRule("thirds", 3, 1000);
         limits->setRule("minutely", 0, 60);
@@ -113,62 +88,44 @@ protected:
     }
     ~RepeatedLog() override { core::MasterLogger::setRepeatImplementation(nullptr); }
 
-    void log(const char* rule, const char* key, int32_t channel = core::kChannelWarn) {
-        core::logRepeated(rule, channel, key, [this, key] {
-            ++produced;
-            return std::string(key);
-        });
+    /// Reports a key under a rule at each of the times.
+    void log(const char* rule, const char* key, std::initializer_list<int64_t> times,
+             int32_t channel = core::kChannelWarn) {
+        for (const int64_t time : times) {
+            seconds = time;
+            core::logRepeated(rule, channel, key, [&] { return key + std::to_string(++produced); });
+        }
     }
 
     test::LogRecorder lines;
-    int produced = 0;
+    int produced = 0; // texts, which are made only for a report
 };
 
-TEST_F(RepeatedLog, CountThresholdReportsEveryNth) {
-    for (int i = 0; i < 8; ++i, ++seconds)
-        log("thirds", "k");
+TEST_F(RepeatedLog, RulesCountOrWait) {
+    log("thirds", "a", {100, 101, 102, 103, 104, 105, 106, 107});
+    log("minutely", "b", {100, 159, 160, 219});
+    log("none", "c", {100, 100}); // without a rule nothing is suppressed
     EXPECT_THAT(lines.take(),
-                ElementsAre("WARN k [1 times in 0 seconds]", "WARN k [3 times in 3 seconds]",
-                            "WARN k [3 times in 3 seconds]"));
-    EXPECT_EQ(produced, 3) << "the text is made only for a report";
+                ElementsAre("WARN a1 [1 times in 0 seconds]", "WARN a2 [3 times in 3 seconds]",
+                            "WARN a3 [3 times in 3 seconds]", "WARN b4 [1 times in 0 seconds]",
+                            "WARN b5 [2 times in 60 seconds]", "WARN c6 [1 times in 0 seconds]",
+                            "WARN c7 [1 times in 0 seconds]"));
 }
 
-TEST_F(RepeatedLog, TimeThresholdCountsFromTheLastReport) {
-    log("minutely", "k");
-    seconds += 59;
-    log("minutely", "k");
-    seconds += 1;
-    log("minutely", "k");
-    seconds += 59;
-    log("minutely", "k");
-    EXPECT_THAT(lines.take(),
-                ElementsAre("WARN k [1 times in 0 seconds]", "WARN k [2 times in 60 seconds]"));
-}
-
-TEST_F(RepeatedLog, MessagesAndChannelsCountApartAndNoRuleSuppressesNothing) {
-    log("none", "a");
-    log("none", "a");
-    log("thirds", "b");
-    log("thirds", "a", core::kChannelInfo);
-    EXPECT_THAT(lines.take(),
-                ElementsAre("WARN a [1 times in 0 seconds]", "WARN a [1 times in 0 seconds]",
-                            "WARN b [1 times in 0 seconds]"));
-}
-
-TEST_F(RepeatedLog, CountersMoveOnDisabledChannelsToo) {
-    log("thirds", "k", core::kChannelNorm);
-    log("thirds", "k", core::kChannelNorm);
-    log("thirds", "k", core::kChannelCount);
-    EXPECT_EQ(produced, 2);
-    EXPECT_THAT(lines.take(), IsEmpty());
-}
-
-TEST_F(RepeatedLog, ChannelZeroGoesToTheDefaultHandlesCollectors) {
+TEST_F(RepeatedLog, MessagesAndChannelsCountApart) {
     core::StringCollector collector;
     core::MasterLogger::defaultLogger().addCollector(&collector);
-    log("none", "k", core::kChannelString);
+    log("thirds", "a", {100, 100});
+    log("thirds", "b", {100, 100});
+    log("thirds", "a", {100}, core::kChannelString);
     core::MasterLogger::defaultLogger().removeCollector(&collector);
-    EXPECT_EQ(collector.text, "k [1 times in 0 seconds]");
+    EXPECT_THAT(lines.take(),
+                ElementsAre("WARN a1 [1 times in 0 seconds]", "WARN b2 [1 times in 0 seconds]"));
+    EXPECT_EQ(collector.text, "a3 [1 times in 0 seconds]");
+    // Counters move on channels that are off or do not exist.
+    log("thirds", "a", {100, 100}, core::kChannelNorm);
+    log("thirds", "a", {100, 100}, core::kChannelCount);
+    EXPECT_EQ(produced, 5);
 }
 
 } // namespace

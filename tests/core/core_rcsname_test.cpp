@@ -3,34 +3,20 @@
 #include "check_recorder.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <string>
 
 namespace {
 
 // In two pieces, or tools that expand keywords would alter this file.
 const std::string kStart = std::string("$") + "Name: ";
 
-TEST(RcsName, ConstantsOfThisBuild) {
-    EXPECT_EQ(core::rcsName(), kStart + "tag_orvistrand_2_1_rc_1 $");
-    EXPECT_EQ(core::buildStamp(), "220329-103018");
-    EXPECT_EQ(core::buildModuleName(), "orvistrand");
-    EXPECT_EQ(core::platformName(), "win_i686");
-    EXPECT_EQ(core::version(), "tag_orvistrand_2_1_rc_1");
-    EXPECT_EQ(core::dumpVersionTag(), "tag_orvistrand_2_1_rc_1_220329-103018");
-}
-
 TEST(RcsName, VersionFromKeyword) {
-    const std::pair<const char*, std::string> cases[] = {
-        {"tag_orvistrand_2_1_rc_1 $", "tag_orvistrand_2_1_rc_1"},
-        {"release_2_1 $", "2_1"},
-        {"release_ $", ""},
-        {"release $", "release"},
-        {" $", ""},
-    };
     test::CheckRecorder checks;
-    for (const auto& [rest, version] : cases)
-        EXPECT_EQ(core::versionFromRcsName(kStart + rest), version);
+    EXPECT_EQ(core::versionFromRcsName(kStart + "tag_a_2_1 $"), "tag_a_2_1");
+    EXPECT_EQ(core::versionFromRcsName(kStart + "release_2_1 $"), "2_1");
+    EXPECT_EQ(core::versionFromRcsName(kStart + "release_ $"), "");
+    EXPECT_EQ(core::versionFromRcsName(kStart + "release $"), "release");
+    EXPECT_EQ(core::versionFromRcsName(kStart + " $"), "");
+    EXPECT_EQ(core::versionFromRcsName(core::rcsName()), core::version());
     EXPECT_THAT(checks.take(), testing::IsEmpty());
 }
 

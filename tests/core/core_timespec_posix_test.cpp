@@ -2,8 +2,6 @@
 
 #include "child_process.h"
 
-#include <cstdio>
-#include <ctime>
 #include <gmock/gmock.h>
 
 namespace {

@@ -31,7 +31,7 @@ struct FailedCheck {
 class CheckRecorder {
 public:
     CheckRecorder() : d_previous(core::failureHandler()) {
-        recorded().clear();
+        s_recorded.clear();
         core::storeFailureHandler(&record);
     }
     ~CheckRecorder() { core::storeFailureHandler(d_previous); }
@@ -40,27 +40,21 @@ public:
 
     /// The checks that failed since the last call, in order.
     std::vector<FailedCheck> take() {
-        const std::lock_guard lock(mutex());
-        return std::exchange(recorded(), {});
+        const std::lock_guard lock(s_mutex);
+        return std::exchange(s_recorded, {});
     }
 
 private:
     static bool record(const char* condition, const char* file, int32_t line, int32_t level,
                        const std::string& message) {
-        const std::lock_guard lock(mutex());
-        recorded().push_back(
+        const std::lock_guard lock(s_mutex);
+        s_recorded.push_back(
             {condition != nullptr ? condition : "(null)", file, line, level, message});
         return false;
     }
-    static std::vector<FailedCheck>& recorded() {
-        static std::vector<FailedCheck> checks;
-        return checks;
-    }
-    static std::mutex& mutex() {
-        static std::mutex m;
-        return m;
-    }
 
+    inline static std::mutex s_mutex;
+    inline static std::vector<FailedCheck> s_recorded;
     core::FailureHandler d_previous;
 };
 

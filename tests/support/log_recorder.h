@@ -3,6 +3,8 @@
 #include "core_v2masterlogger.h"
 
 #include <cstdint>
+#include <functional>
+#include <initializer_list>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -10,16 +12,57 @@
 
 namespace test {
 
-/// While it lives, the named channels are watched and their lines kept, each as
-/// "CHANNEL text", for example "WARN handler locked".
-class LogRecorder : public core::GlobalLogObserver {
+/// Is given lines as "CHANNEL text", for example "WARN handler locked".
+using OnLine = std::function<void(const std::string& line)>;
+
+/// Watches channels and hands their lines to a function.
+class ScriptedObserver : public core::GlobalLogObserver {
 public:
-    explicit LogRecorder(std::initializer_list<int32_t> channels = {core::kChannelWarn}) {
+    ScriptedObserver(std::initializer_list<int32_t> channels, OnLine onLine)
+        : d_onLine(std::move(onLine)) {
         for (const int32_t channel : channels)
             watch(channel);
         core::MasterLogger::registerObserver(this);
     }
-    ~LogRecorder() override { detach(); }
+    ~ScriptedObserver() override { detach(); }
+
+    void observe(int32_t, uint32_t, const core::ChannelRecord& record, const char* text,
+                 size_t length) override {
+        d_onLine(std::string(record.name) + ' ' + std::string(text, length));
+    }
+    void setBusy(bool busy) { d_busy = busy; }
+
+private:
+    OnLine d_onLine;
+};
+
+/// An implementation that hands its lines to a function, the logger's id in front as in
+/// "7 WARN handler locked", and tells another function when it is destroyed.
+class ScriptedImpl : public core::LogImpl {
+public:
+    explicit ScriptedImpl(
+        OnLine onLine, std::function<void()> onDestroyed = [] {})
+        : d_onLine(std::move(onLine)), d_onDestroyed(std::move(onDestroyed)) {}
+    ~ScriptedImpl() override { d_onDestroyed(); }
+
+    void write(int32_t, uint32_t id, const core::ChannelRecord& record, const char* text,
+               size_t length) override {
+        d_onLine(std::to_string(id) + ' ' + record.name + ' ' + std::string(text, length));
+    }
+
+private:
+    OnLine d_onLine;
+    std::function<void()> d_onDestroyed;
+};
+
+/// While it lives, the named channels are watched and their lines kept.
+class LogRecorder {
+public:
+    explicit LogRecorder(std::initializer_list<int32_t> channels = {core::kChannelWarn})
+        : d_observer(channels, [this](const std::string& line) {
+              const std::lock_guard lock(d_mutex);
+              d_lines.push_back(line);
+          }) {}
 
     /// The lines since the last call, in order.
     std::vector<std::string> take() {
@@ -27,15 +70,10 @@ public:
         return std::exchange(d_lines, {});
     }
 
-    void observe(int32_t, uint32_t, const core::ChannelRecord& record, const char* text,
-                 size_t length) override {
-        const std::lock_guard lock(d_mutex);
-        d_lines.push_back(std::string(record.name) + ' ' + std::string(text, length));
-    }
-
 private:
     std::mutex d_mutex;
     std::vector<std::string> d_lines;
+    ScriptedObserver d_observer; // last, so that it goes first
 };
 
 } // namespace test

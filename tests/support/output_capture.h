@@ -5,15 +5,6 @@
 
 namespace test {
 
-/// What is written to standard output while `run` runs; also inside a death test,
-/// which captures standard error itself.
-template <typename Run>
-std::string captureStdout(Run&& run) {
-    testing::internal::CaptureStdout();
-    run();
-    return testing::internal::GetCapturedStdout();
-}
-
 /// What is written to standard output and standard error while `run` runs.
 struct Output {
     std::string out;
