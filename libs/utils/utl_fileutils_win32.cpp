@@ -32,6 +32,12 @@ bool failedByLastError(DWORD code, std::string& error) {
     return false;
 }
 
+/// The three units of it that the call uses, or two where a character would be cut.
+void shorten(std::wstring& prefix) {
+    if (prefix.size() > 3)
+        prefix.resize(IS_HIGH_SURROGATE(prefix[2]) ? 2 : 3);
+}
+
 } // namespace
 
 PathKind kindOf(std::string_view path) {
@@ -68,6 +74,7 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, std::str
     if (!core::Wrapper::pathFromUtf8(folder, wideFolder) ||
         !core::Wrapper::pathFromUtf8(prefix, widePrefix))
         return failedByErrno(EILSEQ, error);
+    shorten(widePrefix);
     wchar_t name[MAX_PATH]; // the call takes no longer ones
     if (GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), 0, name) == 0)
         return failedByLastError(GetLastError(), error);

@@ -34,7 +34,7 @@ const NameRow kNameRows[] = {
     {__LINE__, "WesternEurope", "Straße", "Tür"},
     {__LINE__, "Cyrillic", "Камера", "дверь"},
     {__LINE__, "Chinese", "摄像", "机"},
-    {__LINE__, "BeyondSixteenBits", "🎥", "🔒"},
+    {__LINE__, "BeyondSixteenBits", "🎥", "🔒🎥🔒"},
     {__LINE__, "ManyDots", "v1.2.3", "a.b.c.d"},
     {__LINE__, "Punctuation", "a&b (c) [d]", "e=f,g;h'i`j%k#l@m!"},
     {__LINE__, "LongComponents", std::string(60, 'd'), std::string(100, 'f')},
