@@ -1,3 +1,4 @@
+#include "log_recorder.h"
 #include "temp_folder.h"
 #include "utl_file.h"
 #include "utl_file_calls.h"
@@ -5,6 +6,7 @@
 
 #include <fcntl.h>
 #include <filesystem>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 
@@ -30,8 +32,17 @@ TEST(FilePosix, ChildProcessesInheritNoFile) {
     EXPECT_EQ(calls.close(handle), 0);
 }
 
-TEST(FilePosix, FullDiskIsReported) {
+TEST(FilePosix, FoldersAndFullDisksAreReported) {
+    const test::TempFolder folder;
+    test::LogRecorder log;
+    std::string buffer;
+    EXPECT_FALSE(utl::File::loadIntoMem(folder.path(), buffer));
     EXPECT_FALSE(utl::File::createFromMem("/dev/full", "1", 1, 0, utl::File::kOwnerOnly));
+    EXPECT_THAT(log.take(),
+                testing::ElementsAre("WARN File(" + folder.path() +
+                                         "):size - failed with error 21:Is a directory",
+                                     "WARN File(/dev/full):write(0,1,0) - failed with error 28:"
+                                     "No space left on device"));
 }
 
 TEST(FilePosix, OnlyTheFirstLevelCanBeADrive) {

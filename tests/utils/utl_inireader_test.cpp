@@ -174,6 +174,13 @@ TEST_F(IniReader, KeepsACopyUntilTheNextText) {
     EXPECT_FALSE(d_reader.hasSection("root"));
 }
 
+TEST_F(IniReader, SectionsNeedAProperty) {
+    ASSERT_TRUE(parse("[A]\n[B]\nk v\n[C]\nk"));
+    EXPECT_TRUE(d_reader.hasSection("B"));
+    for (const char* name : {"A", "C", "root"})
+        EXPECT_FALSE(d_reader.hasSection(name)) << name;
+}
+
 TEST_F(IniReader, FailedGetChangesNothing) {
     std::string value = "before";
     EXPECT_FALSE(d_reader.get("root", "a", value));
@@ -216,6 +223,7 @@ TEST_F(IniReader, FindsEachOfMany) {
 // What the reader does in one pass over slices, told by the rules one by one.
 struct PlainReader {
     std::map<std::pair<std::string, std::string>, std::string> values; // by section and key
+    std::map<std::string, bool> sections = {{"root", false}};          // whether it has any
     std::vector<std::string> repeated;                                 // log lines
 
     explicit PlainReader(std::string_view text) {
@@ -229,11 +237,16 @@ struct PlainReader {
                 words.emplace_back(word);
             const std::string first = words.empty() ? "" : words.front();
             if (first.size() > 2 && first.front() == '[' && first.back() == ']')
-                current = first.substr(1, first.size() - 2);
-            else if (words.size() >= 2 &&
-                     !values.emplace(std::pair(current, first), words[1]).second)
-                repeated.push_back(duplicate("", first, current));
+                sections.emplace(current = first.substr(1, first.size() - 2), false);
+            else if (words.size() >= 2)
+                add(current, first, words[1]);
         }
+    }
+
+    void add(const std::string& section, const std::string& key, const std::string& value) {
+        sections[section] = true;
+        if (!values.emplace(std::pair(section, key), value).second)
+            repeated.push_back(duplicate("", key, section));
     }
 
     static size_t commentStart(std::string_view line) {
@@ -263,6 +276,8 @@ TEST_F(IniReader, AgreesWithPlainReadingOfRandomTexts) {
             properties.push_back(joined(name.first, name.second, value));
         ASSERT_TRUE(parse(text));
         expectContent(d_reader, properties);
+        for (const auto& [name, hasProperties] : plain.sections)
+            EXPECT_EQ(d_reader.hasSection(name), hasProperties) << name;
         EXPECT_THAT(d_log.take(), ElementsAreArray(plain.repeated));
         total += properties.size();
     }
