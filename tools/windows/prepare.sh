@@ -46,6 +46,8 @@ flock -n "$lock" || {
     say "Waiting for another call that prepares $cache"
     flock "$lock"
 }
+# Prefixes of programs that were killed.
+find "$cache/scratch" -mindepth 1 -maxdepth 1 -mmin +1440 -exec rm -rf {} + 2>/dev/null || true
 for part in "${parts[@]}"; do
     "prepare_$part"
 done
