@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 source tools/lib.sh
 
 folders=()
-for folder in bench configure examples fuzz libs tests; do
+for folder in benchmarks configure examples fuzz libs tests; do
     [[ -d $folder ]] && folders+=("$folder")
 done
 
@@ -33,7 +33,7 @@ check_code() {
 }
 
 check_scripts() {
-    find run test .ci/run tools \( -name '*.sh' -o ! -path 'tools/*' \) -type f -print0 |
+    find run test bench .ci/run tools \( -name '*.sh' -o ! -path 'tools/*' \) -type f -print0 |
         xargs -0 shellcheck -x
 }
 
