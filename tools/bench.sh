@@ -19,7 +19,11 @@ for file in build/linux-bench/bench/bench_*; do
     [[ -f $file && -x $file ]] && programs+=("$file")
 done
 [[ ${#programs[@]} -gt 0 ]] || die "no benchmarks were built"
+reports=build/linux-bench/reports
+rm -rf "$reports"
+mkdir -p "$reports"
 for program in "${programs[@]}"; do
     say "${program##*/}"
-    "${screen[@]}" "$program" "$@"
+    "${screen[@]}" "$program" --benchmark_out="$reports/${program##*/}.json" "$@"
 done
+tools/ratios.py "$reports"
