@@ -105,17 +105,13 @@ void scanQuotedLine(std::string_view line, Words& words) {
         ++words.count;
 }
 
-/// Yields the words of the line at `pos` and moves to its end.
-Words scanLine(const char*& pos, const char* end) {
-    Words words;
-    if (const char* const behind = scanPlainLine(pos, end, words)) {
-        pos = endOfLine(behind, end);
-    } else {
-        const char* const begin = pos;
-        pos = endOfLine(begin, end);
-        scanQuotedLine(slice(begin, pos), words);
-    }
-    return words;
+/// Stores the words of the line at `pos` and returns its end.
+const char* scanLine(const char* pos, const char* end, Words& words) {
+    if (const char* const behind = scanPlainLine(pos, end, words))
+        return endOfLine(behind, end);
+    const char* const lineEnd = endOfLine(pos, end);
+    scanQuotedLine(slice(pos, lineEnd), words);
+    return lineEnd;
 }
 
 /// `[NVR]` names a section.
@@ -297,8 +293,9 @@ void IniReader::parseOwned(std::string text, const std::string& path) {
     auto table = std::make_unique<Table>(std::move(text));
     const char* pos = table->text().data();
     const char* const end = pos + table->text().size();
+    Words words;
     while ((pos = skip(pos, end, Kind::LineEnd)) != end) {
-        const Words words = scanLine(pos, end);
+        pos = scanLine(pos, end, words);
         const auto& [key, value] = words.word;
         if (words.count >= 1 && isHeader(key))
             table->enterSection(key.substr(1, key.size() - 2));
