@@ -94,7 +94,7 @@ void skipLengthModifier(const char*& cursor) {
 }
 
 // `cursor` stands after the '%', and afterwards after the letter; it stays on the
-// terminator of a format that ends within the specification.
+// terminator of a format that ends within the directive.
 Conversion readConversion(const char* format, const char*& cursor) {
     Conversion conversion{format};
     if (*cursor < 'A') { // mostly a bare letter follows
