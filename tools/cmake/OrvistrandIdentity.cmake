@@ -10,3 +10,15 @@ mark_as_advanced(ORVISTRAND_BUILD_TAG ORVISTRAND_BUILD_STAMP ORVISTRAND_BUILD_MO
 
 set(ORVISTRAND_PRODUCT "Orvistrand Configure")
 set(ORVISTRAND_COMPANY "Quorvane")
+set(ORVISTRAND_CONTACT "support@quorvane.invalid" CACHE STRING "Who answers for the packages")
+
+# The version as packages carry it: "2.1-rc1" by the tag of a release candidate, "2.1" by
+# that of a release, the project's by any other.
+if(ORVISTRAND_BUILD_TAG MATCHES "_([0-9]+)((_[0-9]+)*)(_rc_([0-9]+))?$")
+    string(REPLACE "_" "." ORVISTRAND_VERSION "${CMAKE_MATCH_1}${CMAKE_MATCH_2}")
+    if(CMAKE_MATCH_5)
+        string(APPEND ORVISTRAND_VERSION "-rc${CMAKE_MATCH_5}")
+    endif()
+else()
+    set(ORVISTRAND_VERSION "${PROJECT_VERSION}")
+endif()

@@ -1,0 +1,93 @@
+# What CPack makes of the installed tool; ./package calls it. For Windows: an archive that
+# runs in place, one with the debug information, and an installer. For Linux: a Debian
+# package, and one with the debug information.
+
+set(CPACK_PACKAGE_NAME orvistrand-configure)
+set(CPACK_PACKAGE_VENDOR "${ORVISTRAND_COMPANY}")
+set(CPACK_PACKAGE_CONTACT "${ORVISTRAND_COMPANY} <${ORVISTRAND_CONTACT}>")
+set(CPACK_PACKAGE_VERSION "${ORVISTRAND_VERSION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "sets the connection to the video recorder")
+set(CPACK_PACKAGE_INSTALL_DIRECTORY "${ORVISTRAND_COMPANY}/${ORVISTRAND_PRODUCT}")
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/package")
+set(CPACK_COMPONENTS_ALL tool)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
+    GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(licenses /usr/share/common-licenses)
+set(copyrights /usr/share/doc)
+set(notices "${PROJECT_SOURCE_DIR}/packaging/notices")
+
+# installAs(FOLDER NAME FILE): installs FILE under another name.
+function(installAs folder name file)
+    install(FILES "${file}" DESTINATION "${folder}" RENAME "${name}" COMPONENT tool)
+endfunction()
+
+if(WIN32)
+    set(CPACK_GENERATOR ZIP NSIS)
+    set(CPACK_PACKAGE_FILE_NAME
+        "${CPACK_PACKAGE_NAME}-${ORVISTRAND_VERSION}-${ORVISTRAND_BUILD_PLATFORM}")
+    set(CPACK_COMPONENTS_ALL tool debug)
+    set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+    set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
+    set(CPACK_ARCHIVE_TOOL_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}")
+    set(CPACK_ARCHIVE_DEBUG_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}-debug")
+    # The installer's script is ours: CMake looks for NSIS.template.in along this path.
+    list(PREPEND CMAKE_MODULE_PATH "${PROJECT_SOURCE_DIR}/packaging/windows")
+    set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/windows/generators.cmake")
+    set(CPACK_ORVISTRAND_COMPANY "${ORVISTRAND_COMPANY}")
+    set(CPACK_ORVISTRAND_PRODUCT "${ORVISTRAND_PRODUCT}")
+    set(CPACK_ORVISTRAND_NUMBERS "${PROJECT_VERSION}.0")
+    set(CPACK_ORVISTRAND_ICON "${PROJECT_SOURCE_DIR}/configure/resources/configure.ico")
+
+    installAs(. third-party-notices.txt "${notices}/third-party-notices-windows.txt")
+    installAs(licenses LGPL-3.txt "${licenses}/LGPL-3")
+    installAs(licenses GPL-3.txt "${licenses}/GPL-3")
+    installAs(licenses Apache-2.0.txt "${licenses}/Apache-2.0")
+    installAs(licenses qt.txt "${copyrights}/qtbase5-dev/copyright")
+    installAs(licenses abseil.txt "${copyrights}/libabsl-dev/copyright")
+    installAs(licenses gcc-runtime.txt "${copyrights}/gcc-mingw-w64-i686-posix-runtime/copyright")
+    installAs(licenses mingw-w64.txt "${copyrights}/mingw-w64-i686-dev/copyright")
+else()
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_DEB_COMPONENT_INSTALL OFF)
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    string(REPLACE "-rc" "~rc" CPACK_DEBIAN_PACKAGE_VERSION "${ORVISTRAND_VERSION}")
+    set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+    set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+    set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+    execute_process(COMMAND dpkg --print-architecture OUTPUT_VARIABLE architecture
+        OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
+    set(CPACK_PACKAGE_FILE_NAME "${CPACK_PACKAGE_NAME}-${ORVISTRAND_VERSION}-linux_${architecture}")
+    set(CPACK_DEBIAN_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}.deb")
+    set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "\
+Shows the network address and port of the video recorder that the
+Orvistrand integration service connects to, and lets an operator change
+them.")
+
+    set(linux "${PROJECT_SOURCE_DIR}/packaging/linux")
+    set(documents share/doc/${CPACK_PACKAGE_NAME})
+    installAs(share/applications orvistrand-configure.desktop "${linux}/orvistrand-configure.desktop")
+    installAs(share/icons/hicolor/scalable/apps orvistrand-configure.svg
+        "${PROJECT_SOURCE_DIR}/configure/resources/configure.svg")
+    installAs(${documents} copyright "${linux}/copyright")
+    installAs(${documents} third-party-notices.txt "${notices}/third-party-notices-linux.txt")
+
+    # Debian wants these two compressed, without a time in them.
+    function(installCompressed folder name file)
+        set(result "${PROJECT_BINARY_DIR}/packaging/${name}")
+        configure_file("${file}" "${PROJECT_BINARY_DIR}/packaging/${name}.txt" @ONLY)
+        execute_process(COMMAND gzip -9n INPUT_FILE "${PROJECT_BINARY_DIR}/packaging/${name}.txt"
+            OUTPUT_FILE "${result}" COMMAND_ERROR_IS_FATAL ANY)
+        install(FILES "${result}" DESTINATION "${folder}" COMPONENT tool)
+    endfunction()
+    string(REGEX REPLACE "^(..)(..)(..)-(..)(..)(..)$" "20\\1-\\2-\\3 \\4:\\5:\\6 UTC"
+        packageDate "${ORVISTRAND_BUILD_STAMP}")
+    execute_process(COMMAND date -u -R -d "${packageDate}" OUTPUT_VARIABLE packageDate
+        OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+    installCompressed(${documents} changelog.gz "${linux}/changelog")
+    installCompressed(share/man/man1 orvistrand-configure.1.gz "${linux}/orvistrand-configure.1")
+endif()
+
+# After all that it reads.
+include(CPack)
