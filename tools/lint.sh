@@ -33,7 +33,7 @@ check_code() {
 }
 
 check_scripts() {
-    find run test bench .ci/run tools \( -name '*.sh' -o ! -path 'tools/*' \) -type f -print0 |
+    find run test bench package .ci/run tools \( -name '*.sh' -o ! -path 'tools/*' \) -type f -print0 |
         xargs -0 shellcheck -x
 }
 
