@@ -1,0 +1,260 @@
+#!/usr/bin/env python3
+"""Tries what ./package left in dist/ the way its users would; ./package --try calls it.
+
+    tests/package/try_packages.py                     all of it
+    tests/package/try_packages.py Installer           one kind of package
+"""
+
+import contextlib
+import os
+import re
+import shutil
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zipfile
+import zlib
+from pathlib import Path
+
+REPOSITORY = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(REPOSITORY / "tests" / "e2e"))
+
+from desktop import PATIENCE, Desktop, ending_with_parent  # noqa: E402
+from tool import Linux, finish  # noqa: E402
+from tool_windows import Windows, fresh_prefix  # noqa: E402
+
+DIST = REPOSITORY / "dist"
+WINE = REPOSITORY / "tools" / "windows" / "wine"
+
+BEFORE = b"[NVR]\nAddress 10.0.0.1\nPort 80\n"
+AFTER = b"[NVR]\nAddress 10.0.0.2\nPort 80\n"
+INSTALLED = r"C:\Program Files\Quorvane\Orvistrand Configure"
+
+
+def the_only(pattern):
+    found = list(DIST.glob(pattern))
+    assert len(found) == 1, f"dist/{pattern}: {[path.name for path in found]}"
+    return found[0]
+
+
+class Trial(unittest.TestCase):
+    def setUp(self):
+        self.stack = contextlib.ExitStack()
+        self.addCleanup(self.stack.close)
+        self.folder = Path(self.stack.enter_context(tempfile.TemporaryDirectory(prefix="try-")))
+
+    def unpacked(self, archive, folder):
+        """The top folder of a zip archive, unpacked below `folder`."""
+        with zipfile.ZipFile(archive) as content:
+            tops = {name.split("/")[0] for name in content.namelist()}
+            content.extractall(folder)
+        self.assertEqual(len(tops), 1, f"{archive.name} unpacks into one folder")
+        return folder / tops.pop()
+
+    def edit(self, desktop, process, window_class, settings):
+        """Works the dialog that the process opens as an operator would."""
+        desktop.wait_for_window(process, window_class)
+        desktop.press("ctrl+a")
+        desktop.type("10.0.0.2")
+        desktop.press("Return")
+        result = finish(process)
+        self.assertEqual((result.status, result.stderr), (0, ""))
+        self.assertEqual(settings.read_bytes(), AFTER)
+
+    def prepared_settings(self, platform):
+        settings = platform.settings_folder(platform.common_data) / "Settings"
+        settings.parent.mkdir(parents=True)
+        settings.write_bytes(BEFORE)
+        return settings
+
+
+class WindowsTrial(Trial):
+    def setUp(self):
+        super().setUp()
+        self.prefix = self.stack.enter_context(fresh_prefix(WINE))
+        self.desktop = self.stack.enter_context(Desktop())
+
+    def platform(self, folder):
+        return Windows(WINE, folder / "configure.exe", None, self.prefix)
+
+    def environment(self):
+        return {**self.desktop.environment(), "WINEPREFIX": str(self.prefix)}
+
+    def wine(self, *command):
+        """The status of a Windows program that opens no window, all its children ended."""
+        result = subprocess.run(ending_with_parent([WINE, *command]), env=self.environment(),
+                                cwd=self.folder, stdin=subprocess.DEVNULL, text=True,
+                                capture_output=True, timeout=2 * PATIENCE, check=False)
+        return result.returncode
+
+    def check_notices(self, folder):
+        notices = (folder / "third-party-notices.txt").read_text("utf-8")
+        for text in sorted(set(re.findall(r"[\w.-]+\.txt", notices))):
+            self.assertGreater((folder / "licenses" / text).stat().st_size, 1000, text)
+        for library in folder.glob("*.dll"):
+            self.assertIn(library.name, notices)
+
+
+class Archive(WindowsTrial):
+    def test_runs_in_place(self):
+        place = self.folder / "Räume mit Leerzeichen"
+        folder = self.unpacked(the_only("*-win_i686.zip"), place)
+        self.check_notices(folder)
+        platform = self.platform(folder)
+        settings = self.prepared_settings(platform)
+        process = platform.start(self.desktop, folder)
+        self.edit(self.desktop, process, platform.window_class, settings)
+
+
+class Installer(WindowsTrial):
+    """On a machine of its own: install, run, refuse while it runs, repair, uninstall."""
+
+    key = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Orvistrand Configure"
+
+    def setUp(self):
+        super().setUp()
+        self.setup = the_only("*-win_i686-setup.exe")
+        drive = self.prefix / "drive_c"
+        self.installed = drive / "Program Files" / "Quorvane" / "Orvistrand Configure"
+        self.menu = (drive / "ProgramData" / "Microsoft" / "Windows" / "Start Menu" / "Programs"
+                     / "Quorvane")
+        self.entry = self.menu / "Orvistrand Configure.lnk"
+
+    def uninstall(self):
+        """Its status. Told where it is, in words that must not be quoted although they
+        have blanks, the uninstaller does not copy itself elsewhere and leave at once."""
+        script = self.folder / "uninstall.bat"
+        script.write_text(f'"{INSTALLED}\\uninstall.exe" /S _?={INSTALLED}\n'
+                          "exit %ERRORLEVEL%\n", encoding="ascii")
+        return self.wine("cmd", "/c", f"Z:{script}".replace("/", "\\"))
+
+    def test_installs_runs_and_goes(self):
+        self.assertEqual(self.wine(self.setup, "/S"), 0)
+        self.check_notices(self.installed)
+        # Wine's shell cannot open the entry, so it is read, and its program started there.
+        link = self.entry.read_bytes()
+        self.assertIn(rf"{INSTALLED}\configure.exe".encode("ascii"), link)
+        self.assertEqual(working_directory(link), INSTALLED)
+        self.assertEqual(self.wine("reg", "query", self.key), 0)
+
+        platform = self.platform(self.installed)
+        settings = self.prepared_settings(platform)
+        files = sorted(path.name for path in self.installed.rglob("*"))
+        process = platform.start(self.desktop, self.installed)
+        self.desktop.wait_for_window(process, platform.window_class)
+        self.assertEqual(self.uninstall(), 3, "while the program runs")
+        self.assertEqual(self.wine(self.setup, "/S"), 3, "while the program runs")
+        self.assertEqual(sorted(path.name for path in self.installed.rglob("*")), files)
+        self.edit(self.desktop, process, platform.window_class, settings)
+
+        (self.installed / "configure.exe").unlink()
+        foreign = self.installed / "notes of the operator.txt"
+        foreign.write_text("keep", encoding="ascii")
+        self.assertEqual(self.wine(self.setup, "/S"), 0, "again, over a damaged one")
+        self.assertTrue((self.installed / "configure.exe").exists())
+
+        self.assertEqual(self.uninstall(), 0)
+        left = {path.name for path in self.installed.iterdir()}
+        self.assertLessEqual(left, {foreign.name, "uninstall.exe"})
+        self.assertIn(foreign.name, left)
+        self.assertFalse(self.menu.exists())
+        self.assertNotEqual(self.wine("reg", "query", self.key), 0)
+        self.assertEqual(settings.read_bytes(), AFTER)
+
+    def test_goes_without_a_trace(self):
+        self.assertEqual(self.wine(self.setup, "/S", r"/D=C:\Elsewhere\Tool"), 0)
+        elsewhere = self.prefix / "drive_c" / "Elsewhere"
+        self.assertTrue((elsewhere / "Tool" / "configure.exe").exists())
+        self.assertFalse(self.installed.exists())
+        self.wine(elsewhere / "Tool" / "uninstall.exe", "/S")
+        self.wine("--wait")
+        self.assertEqual(list(elsewhere.iterdir()), [])
+        self.assertFalse(self.installed.parent.exists())
+        self.assertFalse(self.menu.exists())
+
+
+def working_directory(link):
+    """The working directory that a shell link (.lnk) names."""
+    size, = struct.unpack_from("<I", link, 0)
+    flags, = struct.unpack_from("<I", link, 20)
+    has_targets, has_info, is_unicode = flags & 1, flags & 2, flags & 0x80
+    at = size
+    if has_targets:
+        at += 2 + struct.unpack_from("<H", link, at)[0]
+    if has_info:
+        at += struct.unpack_from("<I", link, at)[0]
+    for flag in (4, 8, 0x10):  # description, relative path, working directory
+        if not flags & flag:
+            continue
+        length = struct.unpack_from("<H", link, at)[0] * (2 if is_unicode else 1)
+        text = link[at + 2:at + 2 + length].decode("utf-16-le" if is_unicode else "cp1252")
+        at += 2 + length
+        if flag == 0x10:
+            return text.rstrip("\0")
+    return None
+
+
+class DebugInformation(Trial):
+    question = "image lookup --verbose --name configure::runApplication"
+
+    def lldb(self, folder, *commands):
+        options = [word for command in commands for word in ("-o", command)]
+        return subprocess.run(["lldb", "--batch", *options], cwd=folder, text=True, check=False,
+                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
+
+    def test_windows_program_and_file_belong_together(self):
+        folder = self.unpacked(the_only("*-win_i686.zip"), self.folder)
+        self.assertEqual(self.unpacked(the_only("*-win_i686-debug.zip"), self.folder), folder)
+        name = b"configure.exe.debug\0"
+        program = (folder / "configure.exe").read_bytes()
+        link = program.rindex(name)
+        self.assertEqual(struct.unpack_from("<I", program, link + len(name))[0],
+                         zlib.crc32((folder / "configure.exe.debug").read_bytes()))
+
+        version = int(re.search(r"version (\d+)", subprocess.run(
+            ["lldb", "--version"], check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+            text=True).stdout)[1])
+        # Before 15, lldb does not follow the links of Windows programs by itself.
+        adding = [] if version >= 15 else ["target symbols add configure.exe.debug"]
+        answer = self.lldb(folder, "target create configure.exe", *adding, self.question)
+        self.assertRegex(answer, r"LineEntry: .*/configure\.cpp:\d+")
+
+    def test_linux(self):
+        for package in (the_only("*.deb"), the_only("*.ddeb")):
+            subprocess.run(["dpkg-deb", "--extract", package, self.folder], check=True)
+        answer = self.lldb(self.folder, "settings set target.debug-file-search-paths "
+                           f"{self.folder}/usr/lib/debug",
+                           "target create usr/bin/orvistrand-configure", self.question)
+        self.assertRegex(answer, r"LineEntry: .*/configure\.cpp:\d+")
+
+
+class DebianPackage(Trial):
+    def test_lintian_finds_no_error(self):
+        options = ["--allow-root"] if os.geteuid() == 0 else []
+        result = subprocess.run(["lintian", *options, "--fail-on", "error,warning",
+                                 the_only("*.deb")], text=True, capture_output=True, check=False)
+        self.assertEqual((result.returncode, result.stdout), (0, ""), result.stderr)
+
+    def test_edits_the_file_of_the_machine(self):
+        subprocess.run(["dpkg-deb", "--extract", the_only("*.deb"), self.folder], check=True)
+        documents = self.folder / "usr/share/doc/orvistrand-configure"
+        self.assertIn("Qt", (documents / "third-party-notices.txt").read_text("utf-8"))
+        state = self.folder / "state"
+        platform = Linux(self.folder / "usr/bin/orvistrand-configure", None, state)
+        settings = self.prepared_settings(platform)
+        with Desktop() as desktop:
+            # The trial's folder takes the place of the machine's.
+            process = subprocess.Popen(
+                ending_with_parent(["bwrap", "--dev-bind", "/", "/", "--bind", state, "/var/lib",
+                                    platform.tool]),
+                cwd=self.folder, env=desktop.environment(), stdin=subprocess.DEVNULL,
+                stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+            self.edit(desktop, process, "^orvistrand-configure", settings)
+
+
+if __name__ == "__main__":
+    if shutil.which("lldb") is None:
+        sys.exit("try_packages.py: lldb is missing")
+    unittest.main(verbosity=2)
