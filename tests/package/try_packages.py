@@ -198,36 +198,44 @@ def working_directory(link):
 
 class DebugInformation(Trial):
     question = "image lookup --verbose --name configure::runApplication"
+    line = r"LineEntry: .*/configure\.cpp:\d+"
 
     def lldb(self, folder, *commands):
         options = [word for command in commands for word in ("-o", command)]
         return subprocess.run(["lldb", "--batch", *options], cwd=folder, text=True, check=False,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
 
+    def check_link(self, program, folder):
+        """That the program names its file in `folder`, and the sum of just that file."""
+        name = program.name + ".debug"
+        content = program.read_bytes()
+        # The name is filled up with zeros to a multiple of four, and the sum follows.
+        link = content.rindex(name.encode("ascii") + b"\0")
+        self.assertEqual(struct.unpack_from("<I", content, link + len(name) // 4 * 4 + 4)[0],
+                         zlib.crc32((folder / name).read_bytes()))
+
     def test_windows_program_and_file_belong_together(self):
         folder = self.unpacked(the_only("*-win_i686.zip"), self.folder)
         self.assertEqual(self.unpacked(the_only("*-win_i686-debug.zip"), self.folder), folder)
-        name = b"configure.exe.debug\0"
-        program = (folder / "configure.exe").read_bytes()
-        link = program.rindex(name)
-        self.assertEqual(struct.unpack_from("<I", program, link + len(name))[0],
-                         zlib.crc32((folder / "configure.exe.debug").read_bytes()))
-
+        self.check_link(folder / "configure.exe", folder)
         version = int(re.search(r"version (\d+)", subprocess.run(
             ["lldb", "--version"], check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
             text=True).stdout)[1])
         # Before 15, lldb does not follow the links of Windows programs by itself.
         adding = [] if version >= 15 else ["target symbols add configure.exe.debug"]
         answer = self.lldb(folder, "target create configure.exe", *adding, self.question)
-        self.assertRegex(answer, r"LineEntry: .*/configure\.cpp:\d+")
+        self.assertRegex(answer, self.line)
 
-    def test_linux(self):
-        for package in (the_only("*.deb"), the_only("*.ddeb")):
-            subprocess.run(["dpkg-deb", "--extract", package, self.folder], check=True)
-        answer = self.lldb(self.folder, "settings set target.debug-file-search-paths "
-                           f"{self.folder}/usr/lib/debug",
-                           "target create usr/bin/orvistrand-configure", self.question)
-        self.assertRegex(answer, r"LineEntry: .*/configure\.cpp:\d+")
+    def test_linux_program_and_file_belong_together(self):
+        subprocess.run(["dpkg-deb", "--extract", the_only("*.deb"), self.folder], check=True)
+        subprocess.run(["tar", "-xf", the_only("*-linux_*-debug.tar.xz"), "-C", self.folder],
+                       check=True)
+        programs = self.folder / "usr" / "bin"
+        debug = self.folder / "usr" / "lib" / "debug" / "usr" / "bin"
+        self.check_link(programs / "orvistrand-configure", debug)
+        answer = self.lldb(programs, f"settings set target.debug-file-search-paths {debug}",
+                           "target create orvistrand-configure", self.question)
+        self.assertRegex(answer, self.line)
 
 
 class DebianPackage(Trial):

@@ -1,6 +1,6 @@
 # What CPack makes of the installed tool; ./package calls it. For Windows: an archive that
-# runs in place, one with the debug information, and an installer. For Linux: a Debian
-# package, and one with the debug information.
+# runs in place and an installer. For Linux: a Debian package. For both: an archive with the
+# debug information.
 
 set(CPACK_PACKAGE_NAME orvistrand-configure)
 set(CPACK_PACKAGE_VENDOR "${ORVISTRAND_COMPANY}")
@@ -10,7 +10,9 @@ set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "sets the connection to the video recorder
 set(CPACK_PACKAGE_INSTALL_DIRECTORY "${ORVISTRAND_COMPANY}/${ORVISTRAND_PRODUCT}")
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/package")
-set(CPACK_COMPONENTS_ALL tool)
+set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/generators.cmake")
+set(CPACK_COMPONENTS_ALL tool debug)
+set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
 set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE
     GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(licenses /usr/share/common-licenses)
@@ -26,14 +28,10 @@ if(WIN32)
     set(CPACK_GENERATOR ZIP NSIS)
     set(CPACK_PACKAGE_FILE_NAME
         "${CPACK_PACKAGE_NAME}-${ORVISTRAND_VERSION}-${ORVISTRAND_BUILD_PLATFORM}")
-    set(CPACK_COMPONENTS_ALL tool debug)
-    set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
     set(CPACK_COMPONENT_INCLUDE_TOPLEVEL_DIRECTORY ON)
     set(CPACK_ARCHIVE_TOOL_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}")
-    set(CPACK_ARCHIVE_DEBUG_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}-debug")
     # The installer's script is ours: CMake looks for NSIS.template.in along this path.
     list(PREPEND CMAKE_MODULE_PATH "${PROJECT_SOURCE_DIR}/packaging/windows")
-    set(CPACK_PROJECT_CONFIG_FILE "${PROJECT_SOURCE_DIR}/packaging/windows/generators.cmake")
     set(CPACK_ORVISTRAND_COMPANY "${ORVISTRAND_COMPANY}")
     set(CPACK_ORVISTRAND_PRODUCT "${ORVISTRAND_PRODUCT}")
     set(CPACK_ORVISTRAND_NUMBERS "${PROJECT_VERSION}.0")
@@ -48,14 +46,12 @@ if(WIN32)
     installAs(licenses gcc-runtime.txt "${copyrights}/gcc-mingw-w64-i686-posix-runtime/copyright")
     installAs(licenses mingw-w64.txt "${copyrights}/mingw-w64-i686-dev/copyright")
 else()
-    set(CPACK_GENERATOR DEB)
-    set(CPACK_DEB_COMPONENT_INSTALL OFF)
+    set(CPACK_GENERATOR DEB TXZ)
     set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
     string(REPLACE "-rc" "~rc" CPACK_DEBIAN_PACKAGE_VERSION "${ORVISTRAND_VERSION}")
     set(CPACK_DEBIAN_PACKAGE_SECTION utils)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
-    set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
     execute_process(COMMAND dpkg --print-architecture OUTPUT_VARIABLE architecture
         OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)
     set(CPACK_PACKAGE_FILE_NAME "${CPACK_PACKAGE_NAME}-${ORVISTRAND_VERSION}-linux_${architecture}")
@@ -88,6 +84,8 @@ them.")
     installCompressed(${documents} changelog.gz "${linux}/changelog")
     installCompressed(share/man/man1 orvistrand-configure.1.gz "${linux}/orvistrand-configure.1")
 endif()
+
+set(CPACK_ARCHIVE_DEBUG_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}-debug")
 
 # After all that it reads.
 include(CPack)
