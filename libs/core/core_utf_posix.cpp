@@ -60,9 +60,7 @@ bool fromUtf8(std::string_view text, SystemText& out) {
     return true;
 }
 
-bool toUtf8(SystemTextView text, std::string& out) {
-    return fromUtf8(text, out);
-}
+bool toUtf8(SystemTextView text, std::string& out) { return fromUtf8(text, out); }
 
 bool pathFromUtf8(std::string_view path, SystemText& out) {
     if (path.find('\0') != std::string_view::npos || !fromUtf8(path, out))

@@ -9,9 +9,7 @@ namespace core {
 namespace {
 
 /// The system counts in int.
-bool fits(size_t length) {
-    return length <= static_cast<size_t>(INT_MAX);
-}
+bool fits(size_t length) { return length <= static_cast<size_t>(INT_MAX); }
 
 /// Units needed for a non-empty text; 0 when it is malformed.
 int wideLength(std::string_view text) {

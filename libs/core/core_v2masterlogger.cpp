@@ -116,9 +116,7 @@ void changeFlag(int32_t channel, uint8_t flag, bool on) {
     changeFlags(channel, on ? flag : 0, on ? 0 : flag);
 }
 
-void copyCut(char* to, size_t size, std::string_view from) {
-    to[from.copy(to, size - 1)] = '\0';
-}
+void copyCut(char* to, size_t size, std::string_view from) { to[from.copy(to, size - 1)] = '\0'; }
 
 // Under channelMutex.
 int32_t defineNext(std::string_view name, std::string_view colour, uint8_t mask, uint8_t flags) {

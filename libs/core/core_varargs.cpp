@@ -442,7 +442,8 @@ void putIntegerArgument(Output& out, const FormatArg& arg, unsigned size,
 
 // Characters are numbers of their own: sign-extended, whatever their type's sign.
 void putCharacterArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
-    const auto extended = static_cast<int32_t>(static_cast<int8_t>(arg.integer()));
+    const auto byte = static_cast<int32_t>(arg.integer() & 0xFF);
+    const int32_t extended = (byte ^ 0x80) - 0x80;
     if (conversion.letter == 'c')
         putCharacter(out, static_cast<char>(arg.integer()), conversion);
     else if (isIntegerLetter(conversion.letter))

@@ -5,6 +5,7 @@
 #include "log_recorder.h"
 #include "output_capture.h"
 
+#include <array>
 #include <atomic>
 #include <gmock/gmock.h>
 #include <optional>
@@ -188,9 +189,9 @@ TEST_F(MasterLog, SurvivesReplacementUnderLoad) {
     const auto count = [&lines](const std::string&) { ++lines; };
     MasterLogger::enableHistory(true);
     captureOutput([&] { // refusals during a replacement go to standard output
-        std::vector<std::thread> threads;
-        for (int i = 0; i < 3; ++i) {
-            threads.emplace_back([&stop] {
+        std::array<std::thread, 3> threads;
+        for (std::thread& thread : threads) {
+            thread = std::thread([&stop] {
                 for (int line = 0; !stop; ++line)
                     core::logf(core::kChannelWarn, "%d", line);
             });

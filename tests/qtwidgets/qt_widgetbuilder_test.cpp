@@ -155,9 +155,9 @@ TEST_F(WidgetBuilderTest, StretchAndSpacingUseUpAColumn) {
     builder.current()->addWidget(widget("b"), 5, {});
     builder.current()->addWidget(widget("c"), 0, {});
     EXPECT_THAT(contents(), ElementsAre("a (0,2)", "b (0,3)", "c (0,4)"));
-    std::vector<std::pair<int, int>> columns;
+    std::vector<std::pair<int, int>> columns(5);
     for (int col = 0; col < 5; ++col)
-        columns.emplace_back(grid->columnStretch(col), grid->columnMinimumWidth(col));
+        columns[col] = {grid->columnStretch(col), grid->columnMinimumWidth(col)};
     EXPECT_THAT(columns, ElementsAre(Pair(4, 0), Pair(0, 30), Pair(0, 70), Pair(5, 0), Pair(7, 0)));
 }
 
