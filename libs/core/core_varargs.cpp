@@ -350,9 +350,9 @@ void putPointer(Output& out, const void* pointer, const Conversion& conversion) 
 // a '.' whatever the locale.
 size_t printHexFloat(char* buffer, size_t size, double value, const Conversion& conversion) {
     char directive[30];
-    if (conversion.precision >= 0)
-        std::snprintf(directive, sizeof directive, "%%.%d%c", conversion.precision,
-                      conversion.letter);
+    const int32_t precision = std::min(conversion.precision, kMaxFloatPrecision);
+    if (precision >= 0)
+        std::snprintf(directive, sizeof directive, "%%.%d%c", precision, conversion.letter);
     else
         std::snprintf(directive, sizeof directive, "%%%c", conversion.letter);
     const int printed = std::snprintf(buffer, size, directive, value); // NOLINT(*-nonliteral)

@@ -74,7 +74,7 @@ const Case kCases[] = {
     // Floats
     {"EveryLetter", [] { return format("%f %F %g %G %e %E %a %A", 1.5, 1.5, 1e-10, 1e-10, 1.5, 1.5, 1.0, 0.1F); }, "1.500000 1.500000 1e-10 1E-10 1.500000e+00 1.500000E+00 0x1p+0 0X1.99999AP-4"},
     {"SpacesOnly", [] { return format("%5.1f|%05.1f|%-6.1f|%+f|% f", 2.25, 2.25, 2.25, 1.0, 1.0); }, "  2.2|  2.2|2.2   |1.000000|1.000000"},
-    {"CutAtTwentyThree", [] { return format("%f|%.30f|%.2000000000f", 1e300, 0.5, 0.25); }, "10000000000000000525047|0.500000000000000000000|0.250000000000000000000"},
+    {"CutAtTwentyThree", [] { return format("%f|%.30f|%.2000000000f|%.2000000000a", 1e300, 0.5, 0.25, 1.0); }, "10000000000000000525047|0.500000000000000000000|0.250000000000000000000|0x1.0000000000000000000"},
     {"NotNumbers", [] { const double inf = std::numeric_limits<double>::infinity(); return format("%f %F %g", inf, -inf, std::numeric_limits<double>::quiet_NaN()); }, "inf -INF nan"},
     // Literals
     {"Percent", [] { return format("100%% of %d%%", 5); }, "100% of 5%"},
