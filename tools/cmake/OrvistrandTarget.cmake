@@ -13,6 +13,8 @@ function(orvistrand_target name)
     set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
         -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wundef -fno-omit-frame-pointer)
+    # What __FILE__ says is the same wherever it was built.
+    target_compile_options(${name} PRIVATE -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
     if(ORVISTRAND_WERROR)
         target_compile_options(${name} PRIVATE -Werror)
     endif()
@@ -23,15 +25,29 @@ function(orvistrand_target name)
     endif()
 endfunction()
 
-# orvistrand_library(NAME MODULES m... [PAIRS p...]): a static library, named
-# orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has
-# p_win32.cpp and p_posix.cpp, of which the platform's half is built.
+include(GNUInstallDirs)
+
+# orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...]): a static library, named
+# orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has p_win32.cpp and
+# p_posix.cpp, of which the platform's half is built. Unless it is internal, component
+# `devel` installs it with all headers but those of its seams for tests, *_calls.h.
 function(orvistrand_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "MODULES;PAIRS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS")
     list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
     list(TRANSFORM arg_PAIRS APPEND _${ORVISTRAND_PLATFORM}.cpp OUTPUT_VARIABLE halves)
     add_library(orvistrand_${name} STATIC ${sources} ${halves})
     add_library(orvistrand::${name} ALIAS orvistrand_${name})
+    set_target_properties(orvistrand_${name} PROPERTIES EXPORT_NAME ${name})
     orvistrand_target(orvistrand_${name})
-    target_include_directories(orvistrand_${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_include_directories(orvistrand_${name} PUBLIC
+        $<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/orvistrand>)
+    if(arg_INTERNAL)
+        return()
+    endif()
+    install(TARGETS orvistrand_${name} EXPORT orvistrand COMPONENT devel
+        DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/" COMPONENT devel
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand
+        FILES_MATCHING PATTERN "*.h" PATTERN "*_calls.h" EXCLUDE)
 endfunction()
