@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Judges layout, code and scripts; part of ./test --lint. Needs preset linux built.
+# Judges layout, layers, code and scripts; part of ./test --lint. Needs preset linux built.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
@@ -38,5 +38,6 @@ check_scripts() {
 }
 
 judge "clang-format" check_layout
+judge "layers" tools/layers.py
 judge "clang-tidy" check_code
 judge "shellcheck" check_scripts
