@@ -1,0 +1,215 @@
+#include "core_log.h"
+#include "core_stacktrace.h"
+#include "core_stacktrace_parts.h"
+#include "core_wrapper.h"
+
+#include <absl/debugging/stacktrace.h>
+#include <absl/debugging/symbolize.h>
+#include <elfutils/libdwfl.h>
+#include <fcntl.h>
+#include <link.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstring>
+#include <iterator>
+#include <mutex>
+#include <utility>
+
+namespace core {
+namespace {
+
+constexpr size_t kDeepestStack = 1024;
+constexpr size_t kLongestName = 1024;
+
+struct Module {
+    std::string image;
+    uint64_t base;
+    uint32_t size;
+};
+
+int openModule(Dwfl_Module*, void**, const char* image, Dwarf_Addr, char** path, Elf**) {
+    const int file = open(image, O_RDONLY | O_CLOEXEC);
+    if (file >= 0)
+        *path = strdup(image);
+    return file;
+}
+
+/// Asks no server for debug information, unlike the library's own default.
+constexpr Dwfl_Callbacks kCallbacks{openModule, dwfl_build_id_find_debuginfo, nullptr, nullptr};
+
+/// What libdw knows of this process; made once and kept, since reading debug
+/// information takes far longer than a walk. libdw is not made for several threads,
+/// hence the lock, under which nothing is logged and no check can fail.
+class Symbols {
+public:
+    static Symbols* instance() {
+        static Symbols* const theSymbols = start();
+        return theSymbols;
+    }
+
+    /// Forgets the modules that are not among these.
+    std::vector<Module> replaceModules(const std::vector<Module>& modules) {
+        const std::lock_guard lock(d_mutex);
+        dwfl_report_begin(d_dwfl);
+        std::vector<Module> refused;
+        std::copy_if(modules.begin(), modules.end(), std::back_inserter(refused),
+                     [this](const Module& module) { return !report(module); });
+        dwfl_report_end(d_dwfl, nullptr, nullptr);
+        return refused;
+    }
+
+    bool addModule(const Module& module) {
+        const std::lock_guard lock(d_mutex);
+        dwfl_report_begin_add(d_dwfl);
+        return report(module) && dwfl_report_end(d_dwfl, nullptr, nullptr) == 0;
+    }
+
+    /// Fills in all but the function; false when no module holds the address.
+    bool locate(uintptr_t address, StackFrame& frame) {
+        const std::lock_guard lock(d_mutex);
+        Dwfl_Module* const module = dwfl_addrmodule(d_dwfl, address);
+        if (module == nullptr)
+            return false;
+        if (Dwfl_Line* const line = dwfl_module_getsrc(module, address)) {
+            int number = 0;
+            const char* const file =
+                dwfl_lineinfo(line, nullptr, &number, nullptr, nullptr, nullptr);
+            frame.sourceFile = file != nullptr ? file : "";
+            frame.line = static_cast<uint32_t>(number);
+        }
+        const char* mainFile = nullptr;
+        const char* debugFile = nullptr;
+        const char* const name = dwfl_module_info(module, nullptr, nullptr, nullptr, nullptr,
+                                                  nullptr, &mainFile, &debugFile);
+        frame.imageName = name != nullptr ? name : "";
+        frame.symbolFileName = debugFile != nullptr  ? debugFile
+                               : mainFile != nullptr ? mainFile
+                                                     : "";
+        return true;
+    }
+
+private:
+    explicit Symbols(Dwfl* dwfl) : d_dwfl(dwfl) {}
+
+    static Symbols* start() {
+        Dwfl* const dwfl = dwfl_begin(&kCallbacks);
+        return dwfl != nullptr ? new Symbols(dwfl) : nullptr;
+    }
+
+    bool report(const Module& module) {
+        return dwfl_report_module(d_dwfl, module.image.c_str(), module.base,
+                                  module.base + module.size) != nullptr;
+    }
+
+    std::mutex d_mutex;
+    Dwfl* const d_dwfl;
+};
+
+int addLoadedModule(dl_phdr_info* info, size_t, void* modules) {
+    uint64_t low = UINT64_MAX;
+    uint64_t high = 0;
+    for (const ElfW(Phdr)* part = info->dlpi_phdr; part < info->dlpi_phdr + info->dlpi_phnum;
+         ++part) {
+        if (part->p_type != PT_LOAD)
+            continue;
+        low = std::min<uint64_t>(low, part->p_vaddr & ~(part->p_align - 1));
+        high = std::max<uint64_t>(high, part->p_vaddr + part->p_memsz);
+    }
+    if (low < high) {
+        const bool isProgram = *info->dlpi_name == '\0';
+        static_cast<std::vector<Module>*>(modules)->push_back(
+            {isProgram ? Wrapper::executablePath(PATH_MAX) : info->dlpi_name, info->dlpi_addr + low,
+             static_cast<uint32_t>(high - low)});
+    }
+    return 0;
+}
+
+std::string functionAt(uintptr_t address) {
+    char name[kLongestName];
+    if (!absl::Symbolize(reinterpret_cast<const void*>(address), name, sizeof name))
+        return {};
+    std::string_view function = name;
+    if (function.ends_with("()"))
+        function.remove_suffix(2);
+    return std::string(function) + "()";
+}
+
+StackFrame frameAt(Symbols& symbols, uintptr_t address) {
+    StackFrame frame;
+    errno = 0;
+    frame.function = functionAt(address);
+    if (frame.function.empty())
+        detail::logNoSymbol(address, static_cast<uint32_t>(errno));
+    if (!symbols.locate(address, frame))
+        detail::logNoModuleInfo();
+    return frame;
+}
+
+[[gnu::noinline]] void* addressInCaller() { return __builtin_return_address(0); }
+
+/// The stack from the frame on to which `first` is the return address. How Abseil was
+/// built decides whether its own walk begins there or one frame further in.
+std::vector<void*> returnAddresses(const void* first) {
+    std::vector<void*> addresses(kDeepestStack);
+    addresses.resize(static_cast<size_t>(
+        absl::GetStackTrace(addresses.data(), static_cast<int>(addresses.size()), 0)));
+    const auto found = std::find(addresses.begin(), addresses.end(), first);
+    if (found != addresses.end())
+        addresses.erase(addresses.begin(), found);
+    return addresses;
+}
+
+} // namespace
+
+StackTrace::StackTrace() {
+    if (Symbols* const symbols = Symbols::instance()) {
+        d_process = symbols;
+        d_processId = static_cast<uint32_t>(getpid());
+    } else {
+        logFrom(kChannelNorm, "core::StackTrace::StackTrace",
+                "failed to initialise symbols from %s", dwfl_errmsg(-1));
+    }
+}
+
+StackTrace::~StackTrace() = default;
+
+bool StackTrace::loadModule(void* process, const std::string& image, const std::string& module,
+                            uint64_t base, uint32_t size) {
+    if (static_cast<Symbols*>(process)->addModule({image, base, size}))
+        return true;
+    detail::logNoModule(image, module, base, size);
+    return false;
+}
+
+void StackTrace::loadModules() {
+    if (std::exchange(d_modulesLoaded, true))
+        return;
+    // The loader is locked while it lists its modules, so they are only noted there.
+    std::vector<Module> modules;
+    dl_iterate_phdr(addLoadedModule, &modules);
+    for (const Module& refused : static_cast<Symbols*>(d_process)->replaceModules(modules))
+        detail::logNoModule(refused.image, refused.image, refused.base, refused.size);
+}
+
+[[gnu::noinline]] bool StackTrace::getStack(std::vector<StackFrame>& frames, unsigned maxFrames) {
+    if (d_process == nullptr) {
+        logAt(kChannelWarn, detail::kNoSymbolEngine);
+        return false;
+    }
+    loadModules();
+    std::vector<void*> addresses = returnAddresses(__builtin_return_address(0));
+    addresses.insert(addresses.begin(), addressInCaller());
+    for (void* const address : addresses) {
+        if (frames.size() >= maxFrames)
+            break;
+        // What follows a call may belong to the next line or function.
+        frames.push_back(
+            frameAt(*static_cast<Symbols*>(d_process), reinterpret_cast<uintptr_t>(address) - 1));
+    }
+    return true;
+}
+
+} // namespace core
