@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+
+/// The event kernel: objects receive timer callbacks from whatever event loop runs on
+/// their thread, without knowing that loop. An event loop takes part by installing
+/// managers for its thread; at most one of each kind serves a thread at a time.
+///
+/// Everything here is per thread and takes no locks.
+namespace kern {
+
+class DescriptorInterface;
+class DescriptorManager;
+class TimerInterface;
+class TimerManager;
+
+/// What the kernel knows of one thread. Plain data without a destructor, so it may be
+/// touched at any time of a thread's or the process's life.
+struct ThreadState {
+    TimerManager* timerManager;             ///< installed; null for none
+    DescriptorManager* descriptorManager;   ///< installed; null for none
+    uint64_t timersStarted;                 ///< successful starts so far
+    uint64_t interfacesDestroyed;           ///< TimerInterface objects destroyed so far
+    uint64_t interfacesDestroyedWithTimers; ///< those that still had timers to remove
+};
+
+/// The calling thread's.
+ThreadState& threadState();
+
+/// Schedules the timers of a thread; implemented by its event loop. Applications do
+/// not call it: they derive from TimerInterface.
+///
+/// Constructing a manager installs it for the calling thread, in the place of any
+/// other; it is destroyed on the same thread. Destroying one that is not installed is
+/// a failed check and leaves the installed one in place.
+class TimerManager {
+public:
+    virtual ~TimerManager();
+    TimerManager(const TimerManager&) = delete;
+    TimerManager& operator=(const TimerManager&) = delete;
+
+    /// Names the manager for its own reports. The kernel does not call it; does nothing
+    /// by default.
+    virtual void setLabel(const char* label);
+
+    /// Allows the interface's timers to be late by up to `slack`, to save wake-ups. The
+    /// kernel does not call it; does nothing by default.
+    virtual void setSlack(TimerInterface* owner, uint32_t slack);
+
+    /// Starts a timer that calls the interface's timerExpired(id) each time `interval`
+    /// has passed, until it is killed; the manager sets the interval's unit. Returns
+    /// the id, above 0; 0 or less when there is no timer to be had.
+    virtual int64_t startTimer(uint32_t interval, TimerInterface* owner) = 0;
+
+    /// Kills all timers of an owner, which may be half destroyed: it must not be
+    /// called any more. Returns how many there were, or -1 if that is not known.
+    virtual int32_t removeTimers(TimerInterface* owner) = 0;
+
+    /// Kills a timer. It does not expire any more, even if it was about to.
+    virtual void killTimer(int64_t id, TimerInterface* owner) = 0;
+
+    /// The time left until the timer expires, in the unit of intervals; -1, the
+    /// default, if that is not known.
+    virtual int64_t remainingTime(int64_t id) const;
+
+protected:
+    TimerManager();
+};
+
+/// Watches descriptors (sockets, handles) for a thread; implemented by its event loop.
+/// Installed and removed like a TimerManager.
+///
+/// A descriptor is the system's number of it. What a DescriptorInterface is told, the
+/// event loop that defines it decides.
+class DescriptorManager {
+public:
+    virtual ~DescriptorManager();
+    DescriptorManager(const DescriptorManager&) = delete;
+    DescriptorManager& operator=(const DescriptorManager&) = delete;
+
+    /// Names the manager for its own reports; does nothing by default.
+    virtual void setLabel(const char* label);
+
+    /// Tells the interface when the descriptor can be read or written; false if it
+    /// cannot be watched.
+    virtual bool watchRead(intptr_t descriptor, DescriptorInterface* owner) = 0;
+    virtual bool watchWrite(intptr_t descriptor, DescriptorInterface* owner) = 0;
+
+    virtual void unwatchRead(intptr_t descriptor) = 0;
+    virtual void unwatchWrite(intptr_t descriptor) = 0;
+
+    /// Ends all watches of an interface. Returns how many there were, or -1 if that is
+    /// not known.
+    virtual int32_t removeDescriptors(DescriptorInterface* owner) = 0;
+
+    virtual bool isWatched(intptr_t descriptor) const = 0;
+
+protected:
+    DescriptorManager();
+};
+
+} // namespace kern

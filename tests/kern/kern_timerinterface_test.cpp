@@ -1,0 +1,188 @@
+#include "kern_timerinterface.h"
+
+#include "check_recorder.h"
+#include "core_varargs.h"
+#include "kern_servermanagers.h"
+
+#include <functional>
+#include <gmock/gmock.h>
+#include <optional>
+#include <thread>
+
+namespace {
+
+using test::FailedCheck;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Writes down what it is asked and answers what the test says.
+struct ScriptedManager : kern::TimerManager {
+    int64_t startTimer(uint32_t interval, kern::TimerInterface*) override {
+        calls.push_back(core::format("start %u", interval));
+        return nextId;
+    }
+    int32_t removeTimers(kern::TimerInterface*) override {
+        calls.push_back("remove");
+        return removed;
+    }
+    void killTimer(int64_t id, kern::TimerInterface*) override {
+        calls.push_back(core::format("kill %d", id));
+    }
+
+    std::vector<std::string> calls;
+    int64_t nextId = 1;
+    int32_t removed = -1;
+};
+
+struct NullDescriptors : kern::DescriptorManager {
+    bool watchRead(intptr_t, kern::DescriptorInterface*) override { return false; }
+    bool watchWrite(intptr_t, kern::DescriptorInterface*) override { return false; }
+    void unwatchRead(intptr_t) override {}
+    void unwatchWrite(intptr_t) override {}
+    int32_t removeDescriptors(kern::DescriptorInterface*) override { return -1; }
+    bool isWatched(intptr_t) const override { return false; }
+};
+
+struct Clock final : kern::TimerInterface {
+    void timerExpired(int64_t) override {}
+};
+
+FailedCheck failed(int32_t line, const std::string& message = "") {
+    return {"CHECKF", "kern_timerinterface.cpp", line, 0, message};
+}
+
+/// Each test has a thread of its own, whose kernel state is new.
+class TimerInterface : public testing::Test {
+protected:
+    void onNewThread(const std::function<void()>& body) { std::thread(body).join(); }
+
+    test::CheckRecorder checks;
+};
+
+TEST_F(TimerInterface, CountsTheTimersThatManagersGrant) {
+    onNewThread([&] {
+        ScriptedManager manager;
+        Clock clock;
+        manager.nextId = int64_t{1} << 40;
+        EXPECT_EQ(clock.startTimer(0x7fffffff), manager.nextId);
+        EXPECT_EQ(clock.startTimer(0x80000000), 0);
+        for (const int64_t refused : {0, -3}) {
+            manager.nextId = refused;
+            EXPECT_EQ(clock.startTimer(3000000), 0);
+        }
+        EXPECT_EQ(clock.activeTimers(), 1);
+        EXPECT_EQ(kern::threadState().timersStarted, 1U);
+        clock.killTimer(0);
+        clock.killTimer(int64_t{1} << 40);
+        EXPECT_EQ(clock.activeTimers(), 0);
+        EXPECT_THAT(manager.calls, ElementsAre("start 2147483647", "start 3000000", "start 3000000",
+                                               "kill 1099511627776"));
+    });
+    EXPECT_THAT(checks.take(), ElementsAre(failed(164), failed(181, "3000000"),
+                                           failed(181, "3000000"), failed(200)));
+}
+
+TEST_F(TimerInterface, ReportsCallsOutsideItsManagersTime) {
+    onNewThread([&] {
+        Clock clock;
+        EXPECT_EQ(clock.startTimer(1), 0);
+        {
+            ScriptedManager manager;
+            clock.startTimer(1);
+        }
+        clock.killTimer(1);
+        EXPECT_EQ(clock.activeTimers(), 0);
+    });
+    const std::string name = "(anonymous namespace)::Clock";
+    EXPECT_THAT(checks.take(), ElementsAre(failed(173, "called without manager in " + name +
+                                                           " (too early or late)"),
+                                           failed(209, "killTimer called too late in " + name)));
+}
+
+TEST_F(TimerInterface, HandlesHoldOneTimerOrNone) {
+    onNewThread([&] {
+        ScriptedManager manager;
+        Clock clock;
+        kern::TimerHandle handle;
+        clock.killTimer(handle);
+        manager.nextId = 5;
+        EXPECT_EQ(clock.restartTimer(handle, 20), 5);
+        manager.nextId = 6;
+        EXPECT_EQ(clock.restartTimer(handle, 30), 6);
+        EXPECT_EQ(handle.interval, 30U);
+        EXPECT_THAT(manager.calls, ElementsAre("start 20", "kill 5", "start 30"));
+        EXPECT_EQ(clock.restartTimer(handle, 0x80000000), 0);
+        EXPECT_EQ(handle.id, 0);
+        EXPECT_EQ(handle.interval, 0x80000000);
+        clock.restartTimer(handle, 20);
+        clock.killTimer(handle);
+        EXPECT_EQ(handle.id, 0);
+        EXPECT_EQ(handle.interval, 0U);
+        EXPECT_EQ(clock.activeTimers(), 0);
+    });
+    EXPECT_THAT(checks.take(), ElementsAre(failed(164)));
+}
+
+TEST_F(TimerInterface, IsDestroyedWithItsTimers) {
+    const FailedCheck mismatch{"num_removed == -1 || num_removed == d_num_active_timers",
+                               "kern_timerinterface.cpp", 33, 1, "7 removed, expected 2"};
+    struct {
+        int32_t line, timers, level, removed;
+        bool reported;
+    } const rows[] = {{__LINE__, 2, 1, 2, false},
+                      {__LINE__, 2, 1, -1, false},
+                      {__LINE__, 2, 1, 7, true},
+                      {__LINE__, 2, 0, 7, false},
+                      {__LINE__, 0, 1, 7, false}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        const test::ScopedAssertionLevel level(row.level);
+        onNewThread([&] {
+            ScriptedManager manager;
+            manager.removed = row.removed;
+            {
+                Clock clock;
+                for (int32_t i = 0; i < row.timers; ++i)
+                    clock.startTimer(1);
+            }
+            EXPECT_EQ(kern::threadState().interfacesDestroyed, 1U);
+            EXPECT_EQ(kern::threadState().interfacesDestroyedWithTimers, row.timers != 0 ? 1U : 0U);
+            EXPECT_EQ(manager.calls.size(), static_cast<size_t>(row.timers + (row.timers != 0)));
+        });
+        EXPECT_EQ(checks.take(), row.reported ? std::vector{mismatch} : std::vector<FailedCheck>{});
+    }
+}
+
+TEST_F(TimerInterface, SurvivesItsManager) {
+    onNewThread([] {
+        std::optional<ScriptedManager> manager(std::in_place);
+        Clock clock;
+        clock.startTimer(1);
+        manager.reset();
+    });
+    EXPECT_THAT(checks.take(), IsEmpty());
+}
+
+TEST_F(TimerInterface, TheLastManagerIsTheThreadsOwn) {
+    onNewThread([] {
+        const kern::ThreadState& thread = kern::threadState();
+        {
+            std::optional<ScriptedManager> first(std::in_place);
+            std::optional<NullDescriptors> firstDescriptors(std::in_place);
+            ScriptedManager second;
+            NullDescriptors secondDescriptors;
+            first.reset();
+            firstDescriptors.reset();
+            EXPECT_EQ(thread.timerManager, &second);
+            EXPECT_EQ(thread.descriptorManager, &secondDescriptors);
+            std::thread([] { EXPECT_EQ(kern::threadState().timerManager, nullptr); }).join();
+        }
+        EXPECT_EQ(thread.timerManager, nullptr);
+        EXPECT_EQ(thread.descriptorManager, nullptr);
+    });
+    EXPECT_THAT(checks.take(),
+                ElementsAre(FailedCheck{"CHECKF", "kern_servermanagers.cpp", 38, 0, ""},
+                            FailedCheck{"CHECKF", "kern_servermanagers.cpp", 91, 0, ""}));
+}
+
+} // namespace
