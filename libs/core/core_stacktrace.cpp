@@ -1,7 +1,7 @@
 #include "core_stacktrace.h"
 
 #include "core_log.h"
-#include "core_stacktrace_parts.h"
+#include "core_stacktrace_calls.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "core_log.h"
 #include "core_stacktrace.h"
-#include "core_stacktrace_parts.h"
+#include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
 
 #include <absl/debugging/stacktrace.h>

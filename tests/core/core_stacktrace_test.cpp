@@ -1,6 +1,6 @@
 #include "core_stacktrace.h"
 
-#include "core_stacktrace_parts.h"
+#include "core_stacktrace_calls.h"
 #include "core_varargs.h"
 #include "log_recorder.h"
 

@@ -1,4 +1,4 @@
-#include "core_stacktrace_parts.h"
+#include "core_stacktrace_calls.h"
 
 #include <gtest/gtest.h>
 
