@@ -1,0 +1,103 @@
+#include "core_enum.h"
+
+#include "core_check.h"
+#include "core_varargs.h"
+
+#include <absl/container/flat_hash_map.h>
+#include <absl/strings/string_view.h>
+#include <algorithm>
+#include <atomic>
+#include <memory_resource>
+#include <utility>
+
+namespace core {
+namespace {
+
+// Abseil's maps look up its own kind of view, which is not everywhere the standard one.
+absl::string_view keyOf(std::string_view name) { return {name.data(), name.size()}; }
+
+} // namespace
+
+struct EnumNames::Table {
+    std::pmr::monotonic_buffer_resource texts; // of the names, seen by both maps
+    absl::flat_hash_map<absl::string_view, int32_t> byName;
+    absl::flat_hash_map<int32_t, absl::string_view> byValue;
+
+    void reserve(size_t pairs) {
+        byName.reserve(pairs);
+        byValue.reserve(pairs);
+    }
+
+    absl::string_view keep(absl::string_view name) {
+        auto* const text = static_cast<char*>(texts.allocate(name.size(), 1));
+        std::copy(name.begin(), name.end(), text);
+        return {text, name.size()};
+    }
+
+    // False, with nothing changed, for a duplicate. Asks each map only once.
+    bool insert(absl::string_view name, int32_t value) {
+        const auto [byValueEntry, isNewValue] = byValue.try_emplace(value);
+        if (!isNewValue)
+            return false;
+        bool isNewName = false;
+        const auto byNameEntry = byName.lazy_emplace(name, [&](const auto& construct) {
+            construct(keep(name), value);
+            isNewName = true;
+        });
+        if (isNewName)
+            byValueEntry->second = byNameEntry->first;
+        else
+            byValue.erase(byValueEntry);
+        return isNewName;
+    }
+};
+
+EnumNames::EnumNames(std::string typeName, int32_t unknownValue, std::string unknownName)
+    : d_typeName(std::move(typeName)),
+      d_unknownValue(unknownValue),
+      d_unknownName(std::move(unknownName)),
+      d_table(std::make_shared<Table>()) {}
+
+EnumNames::Table& EnumNames::ownTable() {
+    if (d_table.use_count() > 1) {
+        const auto shared = std::exchange(d_table, std::make_shared<Table>());
+        d_table->reserve(shared->byName.size());
+        for (const auto& [name, value] : shared->byName)
+            d_table->insert(name, value);
+    }
+    // Whoever shared it may have read it on another thread until a moment ago.
+    std::atomic_thread_fence(std::memory_order_acquire);
+    return *d_table;
+}
+
+EnumNames& EnumNames::reserve(size_t pairs) {
+    ownTable().reserve(pairs);
+    return *this;
+}
+
+EnumNames& EnumNames::add(std::string_view name, int32_t value) {
+    CHECKF(ownTable().insert(keyOf(name), value),
+           core::format("(%s) - duplicate entry '%s'", d_typeName, name));
+    return *this;
+}
+
+size_t EnumNames::size() const { return d_table->byName.size(); }
+
+bool EnumNames::contains(std::string_view name) const {
+    return d_table->byName.contains(keyOf(name));
+}
+bool EnumNames::contains(int32_t value) const { return d_table->byValue.contains(value); }
+
+int32_t EnumNames::valueOf(std::string_view name) const {
+    const auto found = d_table->byName.find(keyOf(name));
+    return found != d_table->byName.end() ? found->second : d_unknownValue;
+}
+
+std::string_view EnumNames::nameOf(int32_t value) const {
+    const auto found = d_table->byValue.find(value);
+    if (found == d_table->byValue.end())
+        return d_unknownName;
+    return {found->second.data(), found->second.size()};
+}
+
+} // namespace core

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace core {
+
+/// The names of an enumeration: from value to name and back, in constant time.
+///
+///     const auto colours = core::EnumNames("Colour", 0, "Unknown").add("Red", 1).add("Green", 2);
+///     colours.nameOf(2);      // "Green"
+///     colours.valueOf("Red"); // 1
+///
+/// What is missing is answered with the unknown pair, which is no entry itself.
+/// A value: copies are independent, and cost little as they share the table until one
+/// of them adds to it. Any number of threads may read at once.
+class EnumNames {
+public:
+    EnumNames(std::string typeName, int32_t unknownValue, std::string unknownName);
+    EnumNames(const EnumNames&) = default; // moving, too, is copying
+    EnumNames& operator=(const EnumNames&) = default;
+    ~EnumNames() = default;
+
+    /// Makes room for that many pairs; worth it for large tables only. Returns this object.
+    EnumNames& reserve(size_t pairs);
+
+    /// Adds a pair and returns this object, so that a whole table is one expression.
+    /// A name or a value that is there already: a failed check, and the new pair is
+    /// dropped.
+    EnumNames& add(std::string_view name, int32_t value);
+
+    const std::string& typeName() const { return d_typeName; }
+    size_t size() const;
+    bool contains(std::string_view name) const;
+    bool contains(int32_t value) const;
+
+    /// The value of a name, the unknown value for a name that is missing.
+    int32_t valueOf(std::string_view name) const;
+
+    /// The name of a value, the unknown name for a value that is missing. Valid until
+    /// this object is added to or destroyed.
+    std::string_view nameOf(int32_t value) const;
+
+private:
+    struct Table;
+    Table& ownTable();
+
+    std::string d_typeName;
+    int32_t d_unknownValue;
+    std::string d_unknownName;
+    std::shared_ptr<Table> d_table; // never null; unchanged while shared
+};
+
+} // namespace core
