@@ -31,7 +31,7 @@ def table_order(document):
 
 def complaints(root):
     order = table_order((root / "docs/architecture.md").read_text(encoding="utf-8"))
-    home = {module_of(file): folder for folder in LIBRARIES for file in (root / folder).glob("*.h")}
+    home = {module_of(file): folder for folder in LIBRARIES for file in (root / folder).glob("*.[hi]*")}
     for name in sorted(set(order) ^ {name for name, folder in home.items() if folder == "libs/core"}):
         yield f"docs/architecture.md and libs/core do not agree about {name}"
     for folder, below in LIBRARIES.items():

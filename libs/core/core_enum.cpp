@@ -34,20 +34,15 @@ struct EnumNames::Table {
         return {text, name.size()};
     }
 
-    // False, with nothing changed, for a duplicate. Asks each map only once.
+    // False, with the maps unchanged, for a duplicate. Asks each map only once.
     bool insert(absl::string_view name, int32_t value) {
-        const auto [byValueEntry, isNewValue] = byValue.try_emplace(value);
+        const absl::string_view kept = keep(name);
+        const auto [entry, isNewValue] = byValue.try_emplace(value, kept);
         if (!isNewValue)
             return false;
-        bool isNewName = false;
-        const auto byNameEntry = byName.lazy_emplace(name, [&](const auto& construct) {
-            construct(keep(name), value);
-            isNewName = true;
-        });
-        if (isNewName)
-            byValueEntry->second = byNameEntry->first;
-        else
-            byValue.erase(byValueEntry);
+        const bool isNewName = byName.try_emplace(kept, value).second;
+        if (!isNewName)
+            byValue.erase(entry);
         return isNewName;
     }
 };
