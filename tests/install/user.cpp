@@ -1,4 +1,5 @@
 #include "core_varargs.h"
+#include "qt_iconfactory.h"
 #include "qt_widgetbuilder.h"
 #include "utl_inireader.h"
 
@@ -6,6 +7,7 @@
 #include <string_view>
 
 static_assert(sizeof(NS_QT::WidgetBuilder) > 0);
+static_assert(QT_IconFactory::Tick == 1);
 
 int main() {
     constexpr std::string_view kText = "[NVR]\nPort 80\n";

@@ -49,5 +49,5 @@ function(orvistrand_library name)
         DESTINATION ${CMAKE_INSTALL_LIBDIR})
     install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/" COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand
-        FILES_MATCHING PATTERN "*.h" PATTERN "*_calls.h" EXCLUDE)
+        FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*_calls.h" EXCLUDE)
 endfunction()
