@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core_crashdump.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -16,18 +18,29 @@ inline constexpr int kCrashStatus = -127;
 
 /// Runs `start` under the crash guard and returns its result.
 ///
-/// An exception that escapes `start` yields kCrashStatus. So does a fault of the
-/// calling thread, stack overflow included: on Windows every structured exception
-/// ends `start` and kCrashStatus is returned; on Linux a fault signal or an abort
-/// ends the process at once with that status, since nothing that `start` held
-/// locked would ever be released. The faults of other threads get the system's default.
-/// On Windows the runtime's invalid-parameter reports go to `onInvalidParameter`
-/// meanwhile.
+/// A crash ends `start`, leaves what writeCrashDump writes and yields kCrashStatus: an
+/// exception that escapes, and a fault of the calling thread, stack overflow included. On
+/// Windows the latter is any structured exception, on Linux a fault signal or an abort.
+/// What `start` held or had locked stays as it was, so the process should then end; on
+/// Linux it does so, with that status, a few seconds after a fault at the latest, and so
+/// does one that meets another fault while the first is written down. The faults of other
+/// threads get the system's default. On Windows the runtime's invalid-parameter reports go
+/// to `onInvalidParameter` meanwhile.
 ///
 /// An argument "jitd" behind the program's name leaves all of this out, so that a
 /// debugger sees the fault itself. One thread at a time; when it returns, the handlers
 /// that were in force before are in force again.
 int runGuardedWith(StartFunction start, int argc, char** argv);
+
+/// Leaves the evidence of a crash: the dump at dumpFilePath, in the folder Paths::Dumps,
+/// which is made if only its last level is missing; a line on CRIT that says so, or why
+/// not; and a line in the file dumps.log of the folder Paths::Logs, if that exists. The
+/// dump of an earlier crash of the same build is replaced.
+///
+/// `fault` is what the system tells about it: on Windows EXCEPTION_POINTERS; null for an
+/// exception of C++, which then is the current one. Returns 1, by which an exception
+/// filter asks for its handler. For the guard; the folders must have been set.
+int32_t writeCrashDump(void* fault);
 
 /// Ends the process at once: buffered output is written, but neither exit handlers nor
 /// static destructors run. For process entries, on kCrashStatus: the program is still

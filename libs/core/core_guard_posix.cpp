@@ -1,5 +1,8 @@
 #include "core_guard.h"
 
+#include "core_crashdump_calls.h"
+
+#include <setjmp.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -13,57 +16,93 @@ namespace {
 
 constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT};
 
-constinit thread_local bool guarded = false;
+// How long a crash may take from the fault to the end of the process: what it has locked,
+// the heap for example, it may come to wait for itself.
+constexpr unsigned kTimeLimit = 10; // seconds
 
 // The handler needs a stack of its own: a fault may be the end of the thread's.
-constexpr size_t kHandlerStackSize = 65536;
+constexpr size_t kHandlerStackSize = 262144;
 alignas(std::max_align_t) constinit std::array<std::byte, kHandlerStackSize> handlerStack{};
 
-/// Only async-signal-safe calls: the fault may have come while the heap or the log
-/// was locked.
-void onFault(int signal, siginfo_t*, void*) {
-    if (guarded)
-        _exit(kCrashStatus);
-    // Another thread's fault. The signal, blocked until this returns, comes again.
+/// While it lives, faults of this thread end in `onFault`, on the handler's stack.
+class FaultGuard {
+public:
+    FaultGuard();
+    ~FaultGuard();
+    FaultGuard(const FaultGuard&) = delete;
+    FaultGuard& operator=(const FaultGuard&) = delete;
+
+    sigjmp_buf resume;           ///< where the thread goes on after a fault
+    detail::ReportResult report; ///< of that fault
+
+    /// Takes a fault of the guarded thread; async-signal-safe. One that comes while the
+    /// first is reported cuts the report short; a third ends the process.
+    [[noreturn]] void take(const siginfo_t* info, void* context);
+
+private:
+    enum class Stage { Running, Reporting, Recording };
+
+    Stage d_stage = Stage::Running;
+    FaultGuard* d_outer;
+    stack_t d_previousStack{};
+    std::array<struct sigaction, kFaults.size()> d_previousActions{};
+};
+
+constinit thread_local FaultGuard* current = nullptr;
+
+void endLate(int) { _exit(kCrashStatus); }
+
+void limitTime() {
+    struct sigaction action {};
+    action.sa_handler = endLate;
+    sigaction(SIGALRM, &action, nullptr);
+    sigset_t late;
+    sigemptyset(&late);
+    sigaddset(&late, SIGALRM);
+    pthread_sigmask(SIG_UNBLOCK, &late, nullptr);
+    alarm(kTimeLimit);
+}
+
+void onFault(int signal, siginfo_t* info, void* context) {
+    if (current != nullptr)
+        current->take(info, context);
     struct sigaction systemDefault {};
     systemDefault.sa_handler = SIG_DFL;
     sigaction(signal, &systemDefault, nullptr);
     raise(signal);
 }
 
-/// While it lives, faults of this thread end in `onFault`, on the handler's stack.
-class FaultGuard {
-public:
-    FaultGuard() {
-        stack_t stack{};
-        stack.ss_sp = handlerStack.data();
-        stack.ss_size = handlerStack.size();
-        sigaltstack(&stack, &d_previousStack);
-        d_wasGuarded = std::exchange(guarded, true);
+FaultGuard::FaultGuard() : d_outer(std::exchange(current, this)) {
+    stack_t stack{};
+    stack.ss_sp = handlerStack.data();
+    stack.ss_size = handlerStack.size();
+    sigaltstack(&stack, &d_previousStack);
 
-        struct sigaction action {};
-        action.sa_sigaction = onFault;
-        action.sa_flags = SA_SIGINFO | SA_ONSTACK;
-        sigemptyset(&action.sa_mask);
-        for (const int signal : kFaults)
-            sigaddset(&action.sa_mask, signal); // a fault in here ends the process
-        for (size_t i = 0; i < kFaults.size(); ++i)
-            sigaction(kFaults[i], &action, &d_previousActions[i]);
-    }
-    ~FaultGuard() {
-        for (size_t i = 0; i < kFaults.size(); ++i)
-            sigaction(kFaults[i], &d_previousActions[i], nullptr);
-        guarded = d_wasGuarded;
-        sigaltstack(&d_previousStack, nullptr);
-    }
-    FaultGuard(const FaultGuard&) = delete;
-    FaultGuard& operator=(const FaultGuard&) = delete;
+    struct sigaction action {};
+    action.sa_sigaction = onFault;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER; // also for faults in the handler
+    for (size_t i = 0; i < kFaults.size(); ++i)
+        sigaction(kFaults[i], &action, &d_previousActions[i]);
+}
 
-private:
-    stack_t d_previousStack{};
-    bool d_wasGuarded = false;
-    std::array<struct sigaction, kFaults.size()> d_previousActions{};
-};
+FaultGuard::~FaultGuard() {
+    for (size_t i = 0; i < kFaults.size(); ++i)
+        sigaction(kFaults[i], &d_previousActions[i], nullptr);
+    current = d_outer;
+    sigaltstack(&d_previousStack, nullptr);
+}
+
+void FaultGuard::take(const siginfo_t* info, void* context) {
+    if (d_stage == Stage::Recording)
+        _exit(kCrashStatus);
+    if (d_stage == Stage::Running) {
+        d_stage = Stage::Reporting;
+        limitTime();
+        detail::writeFaultReport(info, context, report);
+    }
+    d_stage = Stage::Recording;
+    siglongjmp(resume, 1);
+}
 
 } // namespace
 
@@ -73,7 +112,11 @@ void endProcess(int status) {
 }
 
 int detail::runUnderGuard(StartFunction start, int argc, char** argv) {
-    const FaultGuard guard;
+    FaultGuard guard;
+    if (sigsetjmp(guard.resume, 0) != 0) {
+        writeCrashDump(&guard.report);
+        return kCrashStatus;
+    }
     return runCatching(start, argc, argv);
 }
 

@@ -5,12 +5,13 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace core {
 namespace {
 
 /// Stack that the system keeps back for the handler of a stack overflow, in bytes.
-constexpr ULONG kHandlerStackSize = 65536;
+constexpr ULONG kHandlerStackSize = 131072;
 
 /// A link of the thread's chain of exception handlers, which begins at fs:0. The
 /// system knows the first two fields and hands the link to its handler.
@@ -18,7 +19,13 @@ struct GuardFrame {
     GuardFrame* previous;
     PEXCEPTION_HANDLER handler;
     void* resume[5]; // as __builtin_setjmp wants it
+    bool handling = false;
 };
+
+[[noreturn]] void endNow(int status) {
+    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
+    std::abort();
+}
 
 GuardFrame* chainHead() {
     GuardFrame* head = nullptr;
@@ -43,11 +50,15 @@ void unwindTo(GuardFrame* frame, EXCEPTION_RECORD* record) {
                  : "ebx", "ecx", "esi", "edi", "memory", "cc");
 }
 
-EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establisher, CONTEXT*,
-                                          void*) {
+EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establisher,
+                                          CONTEXT* context, void*) {
     if ((record->ExceptionFlags & EXCEPTION_UNWIND) != 0)
         return ExceptionContinueSearch;
     auto* frame = static_cast<GuardFrame*>(establisher);
+    if (std::exchange(frame->handling, true))
+        endNow(kCrashStatus); // a fault of what follows
+    EXCEPTION_POINTERS pointers{record, context};
+    writeCrashDump(&pointers);
     unwindTo(frame, record);
     __builtin_longjmp(frame->resume, 1);
 }
@@ -55,7 +66,7 @@ EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establ
 /// g++ has no __try for this target, so the frame is chained by hand. The compiler's
 /// own jump is used since the runtime's would unwind once more.
 int runChained(StartFunction start, int argc, char** argv) {
-    GuardFrame frame{chainHead(), onException, {}};
+    GuardFrame frame{chainHead(), onException, {}, false};
     if (__builtin_setjmp(frame.resume) != 0) {
         setChainHead(frame.previous);
         return kCrashStatus;
@@ -80,8 +91,7 @@ void __cdecl invalidParameter(const wchar_t* expression, const wchar_t* function
 
 void endProcess(int status) {
     std::fflush(nullptr);
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-    std::abort();
+    endNow(status);
 }
 
 int detail::runUnderGuard(StartFunction start, int argc, char** argv) {

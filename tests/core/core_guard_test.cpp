@@ -2,19 +2,30 @@
 
 #include "child_process.h"
 #include "core_check.h"
+#include "core_log.h"
+#include "core_paths.h"
+#include "core_rcsname.h"
 #include "core_wrapper.h"
 #include "log_recorder.h"
+#include "temp_folder.h"
 
 #include <gmock/gmock.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <map>
 #include <stdexcept>
+#include <thread>
+#include <utility>
 
 namespace {
 
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
 
 constexpr int kCrashed = 129; // what a parent sees of kCrashStatus
 
@@ -33,60 +44,169 @@ TEST(Guard, ReturnsWhatTheStartFunctionReturns) {
     EXPECT_EQ(runWith(addArguments, {"tool", "40", "2"}), 42);
 }
 
-TEST(Guard, TurnsAnEscapingExceptionIntoTheCrashStatus) {
-    EXPECT_EQ(runWith(throwNumber, {"tool"}), core::kCrashStatus);
-}
-
 TEST(Guard, OnlyTheExactSwitchBehindTheNameLeavesItOut) {
-    for (const char* other : {"JITD", "-jitd", "jitd2", "jit", ""})
+    const test::WorkingFolder folder;
+    core::Paths::setDefaultPaths();
+    for (const char* other : {"JITD", "-jitd"})
         EXPECT_EQ(runWith(throwNumber, {"jitd", other}), core::kCrashStatus) << other;
     EXPECT_THROW(runWith(throwNumber, {"tool", "jitd"}), int);
     EXPECT_THROW(runWith(throwNumber, {"tool", "x", "jitd"}), int);
     EXPECT_EQ(core::runGuardedWith([](int, char**) { return 5; }, 0, nullptr), 5);
 }
 
-volatile bool deeper = true;
+TEST(DumpFilePath, JoinsFolderModuleAndTag) {
+    const struct {
+        const char* folder;
+        const char* executable;
+        const char* path;
+    } rows[] = {
+        {R"(C:\Data\Dumps)", "configure", R"(C:\Data\Dumps\configure-tag.dmp)"},
+        {"./a/dumps", "configure.exe", R"(.\a\dumps\configure-tag.dmp)"},
+        {"d", "tool.EXE", R"(d\tool.EXE-tag.dmp)"},
+        {"d", "", R"(d\unknown-tag.dmp)"},
+        {"d", ".exe", R"(d\-tag.dmp)"},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(core::dumpFilePath(row.folder, row.executable, "tag"), row.path);
+}
+
+const std::string kTag(core::dumpVersionTag());
+const std::string kDump = "dumps/core_tests-" + kTag + ".dmp";
+const std::string kTarget =
+    R"(minidump for 'core_tests' to '.\dumps\core_tests-)" + kTag + ".dmp', version '" + kTag + "'";
+
+volatile int zero = 0;
 
 int overflowStack(volatile char* above) {
     volatile char frame[4096];
     frame[0] = above[0];
-    return deeper ? overflowStack(frame) + frame[0] : 0;
+    return zero == 0 ? overflowStack(frame) + frame[0] : 0;
+}
+
+void overflowStack() {
+    char bottom = 0;
+    overflowStack(&bottom);
+}
+
+__attribute__((noinline, no_sanitize("undefined"))) void divide() { zero = 100 / zero; }
+
+__attribute__((noinline, no_sanitize("undefined"))) void jumpToNowhere() {
+    void (*volatile nowhere)() = nullptr;
+    nowhere();
+    zero = 0; // so that it is a call
+}
+
+void faultOn(const std::string& line) {
+    for (const char* part : {"WARN now", "GASSERT", "minidump"}) {
+        if (line.find(part) != std::string::npos)
+            core::deliberateFault();
+    }
+}
+
+void logToObserver() {
+    const test::ScriptedObserver observer({core::kChannelWarn}, faultOn);
+    core::logText(core::kChannelWarn, "now");
+}
+
+void logToImplementation() {
+    core::MasterLogger::setImplementation(new test::ScriptedImpl(faultOn));
+    core::logText(core::kChannelWarn, "now");
+}
+
+void failCheck() {
+    const test::ScriptedObserver observer({core::kChannelCrit}, faultOn);
+    CHECKF(false);
 }
 
 int crash(int, char** argv) {
-    const std::string kind = argv[1];
-    if (kind == "nullWrite")
-        core::deliberateFault();
-    if (kind == "badInstruction")
-        __builtin_trap();
-    char bottom = 0;
-    return kind == "stackOverflow" ? overflowStack(&bottom) : 0;
+    core::Paths::setDefaultPaths();
+    const std::map<std::string, void (*)()> kinds = {
+        {"nullWrite", core::deliberateFault},
+        {"badJump", jumpToNowhere},
+        {"division", divide},
+        {"stackOverflow", [] { overflowStack(); }},
+        {"exception", [] { throw std::runtime_error("out of paper"); }},
+        {"inObserver", logToObserver},
+        {"inWritePath", logToImplementation},
+        {"inCheckHandler", failCheck},
+        {"none", [] {}},
+    };
+    kinds.at(argv[1])();
+    return 0;
 }
 
-CHILD_CASE(guardedCrash) { std::exit(runWith(crash, {"tool", argument})); }
+CHILD_CASE(guardedCrash) { core::endProcess(runWith(crash, {"tool", argument})); }
 CHILD_CASE(unguardedCrash) { std::exit(runWith(crash, {"tool", argument, "jitd"})); }
 
-TEST(GuardProcess, EndsACrashWithTheCrashStatus) {
-    for (const char* kind : {"nullWrite", "badInstruction", "stackOverflow"}) {
-        SCOPED_TRACE(kind);
-        EXPECT_EQ(test::runChild("guardedCrash", kind).status, kCrashed);
+class GuardProcess : public testing::Test {
+protected:
+    /// A crash that is not guarded ends as the system has it.
+    static void expectSystemsDefault(const test::ChildResult& child) {
+        static const test::ChildResult unguarded = test::runChild("unguardedCrash", "nullWrite");
+        EXPECT_NE(unguarded.status, 0);
+        EXPECT_NE(unguarded.status, kCrashed);
+        EXPECT_EQ(child.status, unguarded.status);
+        EXPECT_EQ(child.signal, unguarded.signal);
     }
-    EXPECT_EQ(test::runChild("guardedCrash", "none").status, 0);
-    EXPECT_NE(test::runChild("unguardedCrash", "nullWrite").status, kCrashed);
+    std::string logged() const { return test::readFile(folder / "files/dumps.log"); }
+
+    const test::WorkingFolder folder;
+};
+
+TEST_F(GuardProcess, LeavesEvidenceOfEveryCrash) {
+    std::filesystem::create_directory("files");
+    std::string log;
+    for (const char* kind : {"nullWrite", "badJump", "division", "stackOverflow", "exception",
+                             "inObserver", "inWritePath", "inCheckHandler"}) {
+        SCOPED_TRACE(kind);
+        const test::ChildResult child = test::runChild("guardedCrash", kind);
+        EXPECT_EQ(child.status, kCrashed);
+        EXPECT_THAT(child.out, EndsWith("[CRIT] Wrote " + kTarget + "\n"));
+        EXPECT_TRUE(std::filesystem::remove(kDump));
+        const std::string before = std::exchange(log, logged());
+        EXPECT_THAT(log, StartsWith(before));
+        EXPECT_THAT(log.substr(before.size()),
+                    MatchesRegex("....-..-.. ..:..:..: core_tests " + kTag + "\r?\n"));
+    }
 }
+
+TEST_F(GuardProcess, MakesNoFolderForItsLog) {
+    EXPECT_EQ(test::runChild("guardedCrash", "nullWrite").status, kCrashed);
+    EXPECT_FALSE(std::filesystem::exists("files"));
+}
+
+TEST_F(GuardProcess, ARunWithoutACrashLeavesNothing) {
+    EXPECT_EQ(test::runChild("guardedCrash", "none").status, 0);
+    EXPECT_TRUE(std::filesystem::is_empty("."));
+}
+
+CHILD_CASE(crashesAgain) {
+    test::ScriptedObserver observer({core::kChannelCrit}, faultOn);
+    runWith(crash, {"tool", "nullWrite"});
+}
+
+TEST_F(GuardProcess, ACrashOfTheHandlingEndsTheProcess) {
+    EXPECT_EQ(test::runChild("crashesAgain").status, kCrashed);
+    EXPECT_TRUE(std::filesystem::exists(kDump));
+}
+
+int crashElsewhere(int, char**) {
+    std::thread(core::deliberateFault).join();
+    return 0;
+}
+
+CHILD_CASE(crashesOnAnotherThread) { runWith(crashElsewhere, {"tool"}); }
 
 CHILD_CASE(crashesAfterTheGuard) {
-    const bool ran = runWith(addArguments, {"tool", "1", "2"}) == 3;
-    if (ran && runWith(throwNumber, {"tool"}) == core::kCrashStatus)
-        core::deliberateFault();
+    static const struct Late {
+        ~Late() { core::deliberateFault(); }
+    } late;
+    std::exit(runWith(addArguments, {"tool", "-1", "1"}));
 }
 
-TEST(GuardProcess, IsGoneWhenItHasReturned) {
-    const test::ChildResult after = test::runChild("crashesAfterTheGuard");
-    const test::ChildResult without = test::runChild("unguardedCrash", "nullWrite");
-    EXPECT_NE(without.status, 0);
-    EXPECT_EQ(after.status, without.status);
-    EXPECT_EQ(after.signal, without.signal);
+TEST_F(GuardProcess, LeavesOtherCrashesToTheSystem) {
+    expectSystemsDefault(test::runChild("crashesOnAnotherThread"));
+    expectSystemsDefault(test::runChild("crashesAfterTheGuard"));
 }
 
 CHILD_CASE(endsAtOnce) {
@@ -95,7 +215,7 @@ CHILD_CASE(endsAtOnce) {
     core::endProcess(core::kCrashStatus);
 }
 
-TEST(GuardProcess, EndsAtOnceWithItsOutputWritten) {
+TEST_F(GuardProcess, EndsAtOnceWithItsOutputWritten) {
     const test::ChildResult child = test::runChild("endsAtOnce");
     EXPECT_EQ(child.status, kCrashed);
     EXPECT_THAT(child.out, EndsWith("written before"));

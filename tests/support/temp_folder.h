@@ -44,6 +44,18 @@ private:
     std::filesystem::path d_path;
 };
 
+/// A temporary folder that is the working directory, of child processes, too.
+class WorkingFolder : public TempFolder {
+public:
+    WorkingFolder() { std::filesystem::current_path(systemPath(path())); }
+    ~WorkingFolder() { std::filesystem::current_path(d_previous); }
+    WorkingFolder(const WorkingFolder&) = delete;
+    WorkingFolder& operator=(const WorkingFolder&) = delete;
+
+private:
+    std::filesystem::path d_previous = std::filesystem::current_path();
+};
+
 inline std::string readFile(const std::string& path) {
     std::ifstream in(systemPath(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
