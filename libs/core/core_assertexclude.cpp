@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdlib>
 #include <optional>
 #include <tuple>
@@ -19,14 +18,6 @@ constexpr size_t kLineLimit = 1000;
 constexpr int64_t kSecondsPerDay = 86400;
 constexpr int64_t kDaysValid = 3;
 
-/// The value of a field that is a decimal number as a whole.
-std::optional<int32_t> numberOf(std::string_view field) {
-    int32_t value = 0;
-    const char* const end = field.data() + field.size();
-    const auto [stop, error] = std::from_chars(field.data(), end, value);
-    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
-}
-
 /// Midnight of a date written as YYYY-MM-DD.
 std::optional<CivilTime> dateOf(std::string_view field) {
     if (field.size() != 10 || field[4] != '-' || field[7] != '-')
@@ -37,7 +28,7 @@ std::optional<CivilTime> dateOf(std::string_view field) {
     for (std::string_view part; parts.next(part); ++count) {
         if (count == numbers.size())
             return std::nullopt;
-        numbers[count] = numberOf(part).value_or(0);
+        numbers[count] = decimalNumber(part).value_or(0);
     }
     return CivilTime{numbers[0], numbers[1], numbers[2], 0, 0, 0};
 }
@@ -60,7 +51,7 @@ std::optional<Line> parse(std::string_view text) {
         if (!words.next(field))
             return std::nullopt;
     }
-    const std::optional<int32_t> line = numberOf(fields[1]);
+    const std::optional<int32_t> line = decimalNumber(fields[1]);
     const std::optional<CivilTime> date = dateOf(fields[2]);
     if (fields[0].front() == '#' || !line || *line < 1 || !date)
         return std::nullopt;

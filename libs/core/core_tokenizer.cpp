@@ -1,6 +1,16 @@
 #include "core_tokenizer.h"
 
+#include <charconv>
+#include <system_error>
+
 namespace core {
+
+std::optional<int32_t> decimalNumber(std::string_view field) {
+    int32_t value = 0;
+    const char* const end = field.data() + field.size();
+    const auto [stop, error] = std::from_chars(field.data(), end, value);
+    return error == std::errc() && stop == end ? std::optional(value) : std::nullopt;
+}
 
 bool Tokenizer::next(std::string_view& token) {
     while (!d_atEnd) {

@@ -25,6 +25,9 @@ private:
     std::array<uint64_t, 4> d_bits{};
 };
 
+/// The value of a field that is a decimal number as a whole, with "-" for a sign.
+std::optional<int32_t> decimalNumber(std::string_view field);
+
 /// Splits a text at delimiter characters, optionally with one quote character.
 ///
 /// A quote groups only at the start of a token; the quotes around a grouped

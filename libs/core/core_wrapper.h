@@ -3,6 +3,7 @@
 #include "core_utf.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <string>
 #include <string_view>
@@ -35,6 +36,10 @@ public:
     /// passes its bytes on as they are, in the system's narrow encoding.
     static bool wideFileNames();
     static void setWideFileNames(bool wide);
+
+    /// What the system says about an error of its own: an errno on Linux, the code of
+    /// GetLastError and its like on Windows. Never empty.
+    static std::string systemErrorText(uint32_t code);
 
     /// The conversions of core_utf.h; a failure is also logged on WARN, as "fromUtf8
     /// conversion failed" or "toUtf8 conversion failed".

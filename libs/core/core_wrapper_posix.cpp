@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <system_error>
 
 namespace core {
 namespace {
@@ -31,6 +32,10 @@ std::string Wrapper::executablePath(size_t limit) {
     const ssize_t length = readlink("/proc/self/exe", path.data(), path.size());
     path.resize(length > 0 ? static_cast<size_t>(length) : 0);
     return path;
+}
+
+std::string Wrapper::systemErrorText(uint32_t code) {
+    return std::generic_category().message(static_cast<int>(code));
 }
 
 const char* const detail::kNotInheritedMode = "e";

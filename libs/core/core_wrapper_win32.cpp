@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <io.h>
+#include <iterator>
 #include <sys/stat.h>
 
 namespace core {
@@ -23,6 +24,19 @@ std::string Wrapper::executablePath(size_t limit) {
     std::string path(limit, '\0');
     path.resize(GetModuleFileNameA(nullptr, path.data(), static_cast<DWORD>(limit)));
     return path;
+}
+
+std::string Wrapper::systemErrorText(uint32_t code) {
+    wchar_t buffer[512];
+    const DWORD length =
+        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
+                       buffer, static_cast<DWORD>(std::size(buffer)), nullptr);
+    std::wstring_view text(buffer, length);
+    while (text.ends_with(L'\n') || text.ends_with(L'\r'))
+        text.remove_suffix(1);
+    std::string converted;
+    return !text.empty() && core::toUtf8(text, converted) ? converted
+                                                          : "error " + std::to_string(code);
 }
 
 const char* const detail::kNotInheritedMode = "N";

@@ -6,7 +6,6 @@
 
 #include <cerrno>
 #include <direct.h>
-#include <iterator>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
@@ -20,15 +19,7 @@ bool failedByErrno(int code, std::string& error) {
 }
 
 bool failedByLastError(DWORD code, std::string& error) {
-    wchar_t buffer[512];
-    const DWORD length =
-        FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
-                       buffer, static_cast<DWORD>(std::size(buffer)), nullptr);
-    std::wstring_view text(buffer, length);
-    while (text.ends_with(L'\n') || text.ends_with(L'\r'))
-        text.remove_suffix(1);
-    if (text.empty() || !core::toUtf8(text, error))
-        error = "error " + std::to_string(code);
+    error = core::Wrapper::systemErrorText(code);
     return false;
 }
 
