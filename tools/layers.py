@@ -21,7 +21,7 @@ INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 def module_of(file):
     """core_file_win32.cpp, core_file_calls.h and core_file.h are all of core_file."""
-    return re.sub(r"_(win32|posix|calls|inline)$", "", Path(file).stem)
+    return re.sub(r"_(win32|posix|calls|system|inline)$", "", Path(file).stem)
 
 
 def table_order(document):

@@ -30,7 +30,8 @@ include(GNUInstallDirs)
 # orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...]): a static library, named
 # orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has p_win32.cpp and
 # p_posix.cpp, of which the platform's half is built. Unless it is internal, component
-# `devel` installs it with all headers but those of its seams for tests, *_calls.h.
+# `devel` installs it with all headers but those of its seams for tests, *_calls.h, and
+# those in the folders win32/ and posix/, which only its own sources include.
 function(orvistrand_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS")
     list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
@@ -49,5 +50,6 @@ function(orvistrand_library name)
         DESTINATION ${CMAKE_INSTALL_LIBDIR})
     install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/" COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand
-        FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*_calls.h" EXCLUDE)
+        FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*_calls.h" EXCLUDE
+        PATTERN win32 EXCLUDE PATTERN posix EXCLUDE)
 endfunction()

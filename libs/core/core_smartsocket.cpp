@@ -1,0 +1,87 @@
+#include "core_smartsocket.h"
+
+#include "core_inet_calls.h"
+#include "core_inet_system.h"
+#include "core_log.h"
+
+#include <utility>
+
+namespace core {
+namespace {
+
+constexpr CheckSite kReuseFailed{"core_smartsocket.cpp", 72};
+constexpr CheckSite kNonBlockingFailed{"core_smartsocket.cpp", 79};
+constexpr CheckSite kNonBlockingClosed{"core_smartsocket.cpp", 440};
+
+class SystemSockets final : public detail::SocketCalls {};
+constinit const SystemSockets systemCalls;
+
+/// An option of which nothing but success is known.
+template <typename Value>
+bool setOption(SocketHandle socket, int level, int option, const Value& value) {
+    return setsockopt(static_cast<detail::SystemSocket>(socket), level, option,
+                      reinterpret_cast<const char*>(&value), sizeof value) == 0;
+}
+
+} // namespace
+
+const detail::SocketCalls& detail::systemSockets() { return systemCalls; }
+
+bool detail::SocketCalls::setReuseAddr(SocketHandle socket) const {
+    const int32_t on = 1;
+    return setOption(socket, SOL_SOCKET, SO_REUSEADDR, on);
+}
+
+bool detail::SocketCalls::join(SocketHandle socket, const Membership& membership) const {
+    return setOption(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, membership);
+}
+
+bool detail::SocketCalls::leave(SocketHandle socket, const Membership& membership) const {
+    return setOption(socket, IPPROTO_IP, IP_DROP_MEMBERSHIP, membership);
+}
+
+bool SmartSocket::create(int32_t family, int32_t type, int32_t protocol, uint32_t flags) {
+    close();
+    d_handle = d_calls->open(family, type, protocol);
+    if (!isOpen()) {
+        logFrom(kChannelWarn, "core::SmartSocket::create", "(%d,%d,%d) - failed to open socket",
+                family, type, protocol);
+        return false;
+    }
+    if ((flags & kReuseAddr) != 0 && !setReuseAddr()) {
+        logAt(kChannelWarn, kReuseFailed);
+        close();
+        return false;
+    }
+    if ((flags & kNonBlocking) != 0 && !setNonBlocking()) {
+        logAt(kChannelWarn, kNonBlockingFailed);
+        close();
+        return false;
+    }
+    return true;
+}
+
+bool SmartSocket::setReuseAddr() {
+    const bool set = d_calls->setReuseAddr(d_handle);
+    if (!set)
+        logFrom(kChannelWarn, "core::SmartSocket::setReuseAddr", "failed to set REUSEADDR");
+    return set;
+}
+
+bool SmartSocket::setNonBlocking() {
+    if (!CHECKF_AT(kNonBlockingClosed, isOpen()))
+        return false;
+    d_calls->setNonBlocking(d_handle);
+    return true;
+}
+
+int SmartSocket::close() {
+    return isOpen() ? d_calls->close(std::exchange(d_handle, kInvalidSocket)) : -1;
+}
+
+void SmartSocket::swap(SmartSocket& other) noexcept {
+    std::swap(d_handle, other.d_handle);
+    std::swap(d_calls, other.d_calls);
+}
+
+} // namespace core

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "core_inet.h"
+
+#include <cstdint>
+
+namespace core {
+
+namespace detail {
+class SocketCalls;
+const SocketCalls& systemSockets();
+} // namespace detail
+
+/// Owns one socket of the system and closes it at last. Child processes do not inherit
+/// it. Failures are logged on WARN. One thread at a time.
+class SmartSocket {
+public:
+    enum Flags : uint32_t { kNonBlocking = 1, kReuseAddr = 2 };
+
+    SmartSocket() : SmartSocket(detail::systemSockets()) {}
+    /// The calls must outlive the socket.
+    explicit SmartSocket(const detail::SocketCalls& calls) : d_calls(&calls) {}
+    ~SmartSocket() { close(); }
+    SmartSocket(const SmartSocket&) = delete;
+    SmartSocket& operator=(const SmartSocket&) = delete;
+
+    /// Closes what it holds and makes a new socket: `family`, `type` and `protocol` are
+    /// the system's numbers, `flags` a sum of Flags. False: none is open.
+    [[nodiscard]] bool create(int32_t family, int32_t type, int32_t protocol, uint32_t flags);
+
+    /// Lets other sockets bind to the same address.
+    bool setReuseAddr();
+
+    /// Lets no call wait. A closed socket is a failed check, and false.
+    bool setNonBlocking();
+
+    bool isOpen() const { return d_handle != kInvalidSocket; }
+    SocketHandle handle() const { return d_handle; }
+    const detail::SocketCalls& calls() const { return *d_calls; }
+
+    /// The system's result, 0 for success; -1 when nothing was open.
+    int close();
+
+    void swap(SmartSocket& other) noexcept;
+
+private:
+    SocketHandle d_handle = kInvalidSocket;
+    const detail::SocketCalls* d_calls;
+};
+
+} // namespace core

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "core_smartsocket.h"
+
+#include <cstdint>
+
+namespace core {
+
+/// What all kinds of sockets share: opened once, with settings that are kept, and
+/// closed. One thread at a time.
+class Socket {
+public:
+    bool isOpen() const { return d_socket.isOpen(); }
+    int32_t family() const { return d_family; }
+    int32_t type() const { return d_type; }
+    int32_t protocol() const { return d_protocol; }
+
+protected:
+    explicit Socket(const detail::SocketCalls& calls) : d_socket(calls) {}
+
+    /// False when it is open already, which is a failed check, or when the system
+    /// refuses; then nothing has changed.
+    [[nodiscard]] bool openAs(int32_t family, int32_t type, int32_t protocol, uint32_t flags,
+                              int32_t receiveTimeout);
+
+    SmartSocket d_socket;
+    int32_t d_family = 0;
+    int32_t d_type = 0;
+    int32_t d_protocol = 0;
+    uint32_t d_flags = 0;         // of SmartSocket::Flags
+    int32_t d_localPort = -1;     // -1 until it is bound
+    int32_t d_receiveTimeout = 0; // milliseconds; 0 waits for ever
+};
+
+} // namespace core

@@ -1,0 +1,179 @@
+#include "core_udp4socket.h"
+
+#include "core_inet_calls.h"
+#include "core_inet_system.h"
+#include "core_log.h"
+#include "core_wrapper.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace core {
+namespace {
+
+constexpr CheckSite kSendClosed{"core_udp4socket.cpp", 88};
+constexpr CheckSite kLeaveClosed{"core_udp4socket.cpp", 534};
+
+constexpr char kAnyInterface[] = "0.0.0.0";
+constexpr size_t kReceiveLimit = 65536; // more than any datagram holds
+
+static_assert(sizeof(detail::Membership) == sizeof(ip_mreq));
+
+detail::SystemSocket systemSocket(const SmartSocket& socket) {
+    return static_cast<detail::SystemSocket>(socket.handle());
+}
+
+sockaddr_in endpoint(uint32_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<uint16_t>(port));
+    return address;
+}
+
+std::string textOf(uint32_t ip) {
+    sockaddr_in address{};
+    address.sin_addr.s_addr = ip;
+    return addressText(address);
+}
+
+/// Logs "ARGUMENTS - failed in CALL (NUMBER: TEXT)" for the call that just failed.
+void logCallFailed(const char* function, const std::string& arguments, const char* call,
+                   uint32_t error) {
+    logFrom(kChannelWarn, function, "%s - failed in %s (%u: %s)", arguments, call, error,
+            Wrapper::systemErrorText(error));
+}
+
+} // namespace
+
+Udp4Socket::Udp4Socket() : Udp4Socket(detail::systemSockets()) {}
+
+Udp4Socket::Udp4Socket(const detail::SocketCalls& calls) : Socket(calls) {}
+
+Udp4Socket::~Udp4Socket() { close(); }
+
+bool Udp4Socket::open(uint32_t flags, int32_t receiveTimeout) {
+    if (!openAs(AF_INET, SOCK_DGRAM, 0, flags, receiveTimeout))
+        return false;
+    const detail::ReceiveTimeout timeout = detail::receiveTimeout(receiveTimeout);
+    setsockopt(systemSocket(d_socket), SOL_SOCKET, SO_RCVTIMEO,
+               reinterpret_cast<const char*>(&timeout), sizeof timeout);
+    return true;
+}
+
+bool Udp4Socket::bind(const std::string& ip, uint16_t port) {
+    sockaddr_in address = endpoint(port);
+    if (!CHECKF(isOpen()) || !SetSockAddr(address, ip))
+        return false;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    detail::AddressLength length = sizeof address;
+    if (::bind(systemSocket(d_socket), generic, length) != 0 ||
+        getsockname(systemSocket(d_socket), generic, &length) != 0) {
+        logCallFailed("core::Udp4Socket::bind", format("(%s,%u)", ip, port), "bind",
+                      detail::lastSocketError());
+        return false;
+    }
+    d_localPort = ntohs(address.sin_port);
+    return true;
+}
+
+bool Udp4Socket::send(const sockaddr_in& to, const void* data, int32_t length) const {
+    if (!CHECKF_AT(kSendClosed, isOpen()))
+        return false;
+    const auto sent =
+        sendto(systemSocket(d_socket), static_cast<const char*>(data), static_cast<size_t>(length),
+               0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
+    if (sent >= 0)
+        return true;
+    const uint32_t error = detail::lastSocketError();
+    logCallFailed("core::Udp4Socket::send",
+                  format("(%u,%u,%s)", length, ntohs(to.sin_port), addressText(to)), "sendto",
+                  error);
+    return false;
+}
+
+bool Udp4Socket::send(const std::string& ip, uint32_t port, std::string_view data) const {
+    sockaddr_in to = endpoint(port);
+    if (!SetSockAddr(to, ip)) {
+        logFrom(kChannelWarn, "core::Udp4Socket::send", "(%u,%u,%s) - failed to set sockaddr",
+                data.size(), port, ip);
+        return false;
+    }
+    return send(to, data.data(), static_cast<int32_t>(data.size()));
+}
+
+std::optional<Udp4Socket::Datagram> Udp4Socket::receive() {
+    if (!CHECKF(isOpen()))
+        return std::nullopt;
+    Datagram datagram;
+    datagram.data.resize(kReceiveLimit);
+    sockaddr_in from{};
+    detail::AddressLength length = sizeof from;
+    const auto received = recvfrom(systemSocket(d_socket), datagram.data.data(), kReceiveLimit, 0,
+                                   reinterpret_cast<sockaddr*>(&from), &length);
+    if (received < 0) {
+        const uint32_t error = detail::lastSocketError();
+        if (!detail::nothingReceived(error))
+            logCallFailed("core::Udp4Socket::receive", format("(%d)", d_localPort), "recvfrom",
+                          error);
+        return std::nullopt;
+    }
+    datagram.data.resize(static_cast<size_t>(received));
+    datagram.ip = addressText(from);
+    datagram.port = ntohs(from.sin_port);
+    return datagram;
+}
+
+bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string& interfaceIp) {
+    sockaddr_in groupAddress{};
+    sockaddr_in interfaceAddress{};
+    if (!CHECKF(isOpen()) || !SetSockAddr(groupAddress, group))
+        return false;
+    if (!SetSockAddr(interfaceAddress, interfaceIp)) {
+        logFrom(kChannelWarn, "core::Udp4Socket::joinMulticastGroup",
+                "(%s) - invalid inteface ip '%s'", group, interfaceIp);
+        return false;
+    }
+    const detail::Membership membership{groupAddress.sin_addr.s_addr,
+                                        interfaceAddress.sin_addr.s_addr};
+    if (!d_socket.calls().join(d_socket.handle(), membership)) {
+        logFrom(kChannelWarn, "core::Udp4Socket::joinMulticastGroup",
+                "(%s) - failed adding membership for interface %s", group, interfaceIp);
+        return false;
+    }
+    d_memberships.push_back(membership);
+    return true;
+}
+
+bool Udp4Socket::leaveMulticastGroup(const std::string& interfaceIp) {
+    sockaddr_in address{};
+    if (!CHECKF_AT(kLeaveClosed, isOpen()) || !SetSockAddr(address, interfaceIp))
+        return false;
+    const uint32_t ip = address.sin_addr.s_addr;
+    const auto kept = std::stable_partition(
+        d_memberships.begin(), d_memberships.end(),
+        [ip](const detail::Membership& m) { return ip != INADDR_ANY && m.onInterface != ip; });
+    bool allLeft = true;
+    for (auto membership = kept; membership != d_memberships.end(); ++membership)
+        allLeft = leave(*membership) && allLeft;
+    d_memberships.erase(kept, d_memberships.end());
+    return allLeft;
+}
+
+bool Udp4Socket::leave(const detail::Membership& membership) const {
+    const bool left = d_socket.calls().leave(d_socket.handle(), membership);
+    if (!left)
+        logFrom(kChannelWarn, "core::Udp4Socket::leaveMulticastGroup",
+                "(%s) - failed dropping membership for interface %s", textOf(membership.group),
+                textOf(membership.onInterface));
+    return left;
+}
+
+int Udp4Socket::close() {
+    if (isOpen() && !d_memberships.empty())
+        leaveMulticastGroup(kAnyInterface);
+    d_memberships.clear();
+    d_localPort = -1;
+    return d_socket.close();
+}
+
+} // namespace core

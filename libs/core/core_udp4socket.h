@@ -1,0 +1,70 @@
+#pragma once
+
+#include "core_socket.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace core {
+
+namespace detail {
+struct Membership;
+}
+
+/// Sends and receives datagrams over IPv4. Addresses are texts as core::SetSockAddr
+/// takes them, ports are in the computer's byte order. What fails is logged on WARN
+/// with the system's reason; a call on a closed socket is a failed check and does
+/// nothing. One thread at a time, except that any number of threads may send.
+class Udp4Socket : public Socket {
+public:
+    Udp4Socket();
+    /// The calls must outlive the socket.
+    explicit Udp4Socket(const detail::SocketCalls& calls);
+    ~Udp4Socket();
+
+    /// `flags` is a sum of SmartSocket::Flags; `receiveTimeout`, in milliseconds, bounds
+    /// the waiting of `receive`, 0 does not. A socket that is open is a failed check.
+    [[nodiscard]] bool open(uint32_t flags = 0, int32_t receiveTimeout = 0);
+
+    /// Receives from now on what is sent to this address; port 0 takes a free one.
+    [[nodiscard]] bool bind(const std::string& ip, uint16_t port);
+
+    /// The port that it is bound to, -1 for none.
+    int32_t localPort() const { return d_localPort; }
+
+    /// Sends one datagram of at most kMaxLength bytes.
+    static constexpr size_t kMaxLength = 65507;
+    bool send(const sockaddr_in& to, const void* data, int32_t length) const;
+    bool send(const std::string& ip, uint32_t port, std::string_view data) const;
+
+    struct Datagram {
+        std::string data;
+        std::string ip; ///< of the sender, as the port
+        uint16_t port = 0;
+    };
+    /// Waits for the next datagram. Nothing when none was there and the socket does not
+    /// block, when none came in time, and on failure.
+    std::optional<Datagram> receive();
+
+    /// Receives what is sent to the group, on the interface with the address given,
+    /// until the group is left.
+    bool joinMulticastGroup(const std::string& group, const std::string& interfaceIp);
+
+    /// Leaves the groups that were joined on the interface, with "0.0.0.0" all. False
+    /// when the system refused one; none is remembered in either case.
+    bool leaveMulticastGroup(const std::string& interfaceIp);
+
+    /// Leaves all groups first. The system's result, 0 for success; -1 when nothing
+    /// was open.
+    int close();
+
+private:
+    bool leave(const detail::Membership& membership) const;
+
+    std::vector<detail::Membership> d_memberships;
+};
+
+} // namespace core

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <cstdint>
+
+/// What the system calls the pieces of its socket interface; for sources only.
+namespace core::detail {
+
+using SystemSocket = int;
+using AddressLength = socklen_t;
+using ReceiveTimeout = timeval;
+
+inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
+    return {milliseconds / 1000, milliseconds % 1000 * 1000};
+}
+
+} // namespace core::detail

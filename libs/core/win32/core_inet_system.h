@@ -1,0 +1,18 @@
+#pragma once
+
+#include <winsock2.h>
+
+#include <ws2tcpip.h>
+
+/// What the system calls the pieces of its socket interface; for sources only.
+namespace core::detail {
+
+using SystemSocket = SOCKET;
+using AddressLength = int;
+using ReceiveTimeout = DWORD;
+
+inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
+    return static_cast<DWORD>(milliseconds);
+}
+
+} // namespace core::detail

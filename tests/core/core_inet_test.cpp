@@ -1,0 +1,56 @@
+#include "core_inet.h"
+
+#include "core_inet_calls.h"
+#include "core_inet_system.h"
+#include "log_recorder.h"
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using core::detail::NetworkStart;
+using testing::ElementsAre;
+
+TEST(SetSockAddr, TakesDottedQuadsOnly) {
+    test::LogRecorder log;
+    for (const char* ip : {"0.0.0.0", "192.0.2.7", "255.255.255.255"}) {
+        sockaddr_in address{};
+        EXPECT_TRUE(core::SetSockAddr(address, ip)) << ip;
+        EXPECT_EQ(core::addressText(address), ip);
+    }
+    sockaddr_in address{};
+    ASSERT_TRUE(core::SetSockAddr(address, "1.2.3.4"));
+    EXPECT_EQ(ntohl(address.sin_addr.s_addr), 0x01020304);
+    EXPECT_TRUE(log.take().empty());
+
+    for (const std::string ip :
+         {"", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.-4", "1.2.3.+4", "01.2.3.4", "1.2..4",
+          "1.2.3.4.", " 1.2.3.4", "1.2.3.4294967300", "0x1.2.3.4", "localhost", "::1", "50%s.1"}) {
+        EXPECT_FALSE(core::SetSockAddr(address, ip)) << ip;
+        EXPECT_THAT(log.take(), ElementsAre("WARN core::SetSockAddr - invalid ip '" + ip + "'"));
+    }
+    EXPECT_EQ(core::addressText(address), "1.2.3.4");
+}
+
+TEST(Winsock, IsReadyBeforeMainByVersion2Dot2Alone) {
+    EXPECT_TRUE(core::winsockReady());
+    test::LogRecorder log({core::kChannelCrit});
+    int stops = 0;
+    const auto stop = [&stops] { ++stops; };
+    const auto start = [&stop](const NetworkStart& answer) {
+        core::detail::startNetwork({[answer] { return answer; }, stop});
+        return core::winsockReady();
+    };
+    core::detail::stopNetwork({{}, stop});
+    core::detail::stopNetwork({{}, stop}); // does nothing any more
+    EXPECT_EQ(stops, 1);
+    EXPECT_FALSE(start({10091, 2, 2}) || start({0, 1, 1}) || start({0, 2, 0}));
+    EXPECT_EQ(stops, 3);
+    EXPECT_THAT(log.take(), ElementsAre("CRIT WinsockInit - WSAStartup failed, err=10091",
+                                        "CRIT WinsockInit - no suitable WinSock DLL (1.1)",
+                                        "CRIT WinsockInit - no suitable WinSock DLL (2.0)"));
+    EXPECT_TRUE(start({0, 2, 2}));
+    EXPECT_EQ(stops, 3);
+}
+
+} // namespace

@@ -1,0 +1,172 @@
+#include "core_udp4socket.h"
+
+#include "check_recorder.h"
+#include "core_inet_calls.h"
+#include "core_inet_system.h"
+#include "core_varargs.h"
+#include "log_recorder.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+
+namespace {
+
+using core::SmartSocket;
+using core::Udp4Socket;
+using testing::ElementsAre;
+using testing::StartsWith;
+
+test::FailedCheck misuse(const char* file, int32_t line) { return {"CHECKF", file, line, 0, ""}; }
+
+/// Notes the calls that it is given, and fails those that are named.
+class NotedCalls final : public core::detail::SocketCalls {
+public:
+    using Handle = core::SocketHandle;
+    using Membership = core::detail::Membership;
+
+    Handle open(int32_t family, int32_t type, int32_t protocol) const override {
+        return noted("open") ? SocketCalls::open(family, type, protocol) : core::kInvalidSocket;
+    }
+    int close(Handle socket) const override {
+        noted("close");
+        return SocketCalls::close(socket);
+    }
+    bool setReuseAddr(Handle socket) const override {
+        const bool set = noted("reuse") && SocketCalls::setReuseAddr(socket);
+        afterReuse();
+        return set;
+    }
+    void setNonBlocking(Handle socket) const override {
+        noted("nonblocking");
+        SocketCalls::setNonBlocking(socket);
+    }
+    bool join(Handle, const Membership&) const override { return noted("join"); }
+    bool leave(Handle, const Membership&) const override { return noted("leave"); }
+
+    std::string take() { return std::exchange(d_calls, {}); }
+
+    std::string failing;
+    std::function<void()> afterReuse = [] {};
+
+private:
+    bool noted(const std::string& name) const {
+        d_calls += name + ';';
+        return name != failing;
+    }
+    mutable std::string d_calls;
+};
+
+TEST(SmartSocket, SetsReuseBeforeNonBlockingAndLeavesNothingOpenOnFailure) {
+    NotedCalls calls;
+    test::LogRecorder log;
+    test::CheckRecorder checks;
+    SmartSocket socket(calls);
+    EXPECT_TRUE(socket.create(AF_INET, SOCK_DGRAM, 0, 0));
+    EXPECT_TRUE(socket.create(AF_INET, SOCK_DGRAM, 0, 3));
+    EXPECT_EQ(calls.take(), "open;close;open;reuse;nonblocking;");
+    EXPECT_TRUE(log.take().empty());
+
+    calls.failing = "reuse";
+    EXPECT_FALSE(socket.create(AF_INET, SOCK_DGRAM, 0, 3));
+    EXPECT_EQ(calls.take(), "close;open;reuse;close;");
+    EXPECT_THAT(log.take(),
+                ElementsAre("WARN core::SmartSocket::setReuseAddr - failed to set REUSEADDR",
+                            "WARN Log at core_smartsocket.cpp:72"));
+    EXPECT_EQ(socket.close(), -1);
+
+    calls.failing.clear();
+    calls.afterReuse = [&socket] { socket.close(); };
+    EXPECT_FALSE(socket.create(AF_INET, SOCK_DGRAM, 0, 3));
+    EXPECT_THAT(checks.take(), ElementsAre(misuse("core_smartsocket.cpp", 440)));
+    EXPECT_THAT(log.take(), testing::Contains("WARN Log at core_smartsocket.cpp:79"));
+
+    SmartSocket refused;
+    EXPECT_FALSE(refused.create(9999, 2, 7, 0));
+    EXPECT_THAT(log.take(), ElementsAre("WARN core::SmartSocket::create(9999,2,7) - failed to "
+                                        "open socket"));
+}
+
+TEST(Udp4Socket, OpensOnceAndRefusesToWorkClosed) {
+    NotedCalls calls;
+    test::LogRecorder log;
+    test::CheckRecorder checks;
+    Udp4Socket socket(calls);
+    calls.failing = "open";
+    EXPECT_FALSE(socket.open());
+    EXPECT_THAT(log.take(),
+                ElementsAre("WARN core::SmartSocket::create(2,2,0) - failed to open socket",
+                            "WARN Log at core_socket.cpp:54"));
+    calls.failing.clear();
+    EXPECT_TRUE(socket.open());
+    EXPECT_FALSE(socket.open());
+    EXPECT_EQ(socket.close(), 0);
+    EXPECT_EQ(socket.close(), -1);
+    EXPECT_FALSE(socket.send("127.0.0.1", 9, "x"));
+    EXPECT_FALSE(socket.leaveMulticastGroup("0.0.0.0"));
+    EXPECT_THAT(checks.take(),
+                ElementsAre(misuse("core_socket.cpp", 47), misuse("core_udp4socket.cpp", 88),
+                            misuse("core_udp4socket.cpp", 534)));
+    EXPECT_FALSE(socket.bind("127.0.0.1", 0) || socket.receive() ||
+                 socket.joinMulticastGroup("239.0.0.1", "127.0.0.1"));
+    EXPECT_EQ(checks.take().size(), 3);
+}
+
+TEST(Udp4Socket, CarriesDatagramsUpToTheLimit) {
+    test::LogRecorder log;
+    Udp4Socket receiver;
+    ASSERT_TRUE(receiver.open() && receiver.bind("127.0.0.1", 0));
+    EXPECT_TRUE(receiver.joinMulticastGroup("239.0.0.1", "127.0.0.1"));
+    Udp4Socket sender;
+    ASSERT_TRUE(sender.open(SmartSocket::kNonBlocking) && sender.bind("127.0.0.1", 0));
+    EXPECT_FALSE(sender.receive()); // nothing there, and no waiting
+
+    const auto port = static_cast<uint32_t>(receiver.localPort());
+    const std::string most(Udp4Socket::kMaxLength, 'x');
+    for (const std::string& data : {std::string("a\0b", 3), std::string(), most}) {
+        EXPECT_TRUE(sender.send("127.0.0.1", port, data));
+        const auto datagram = receiver.receive();
+        ASSERT_TRUE(datagram);
+        EXPECT_EQ(datagram->data, data);
+        EXPECT_EQ(datagram->ip, "127.0.0.1");
+        EXPECT_EQ(datagram->port, sender.localPort());
+    }
+    EXPECT_EQ(receiver.close(), 0);
+    EXPECT_TRUE(log.take().empty());
+
+    EXPECT_FALSE(sender.send("127.0.0.1", port, most + 'x'));
+    EXPECT_FALSE(sender.send("127.0.0", 70000, "four"));
+    const std::string function = "WARN core::Udp4Socket::send";
+    EXPECT_THAT(log.take(),
+                ElementsAre(StartsWith(core::format("%s(65508,%u,127.0.0.1) - failed in sendto (",
+                                                    function, port)),
+                            "WARN core::SetSockAddr - invalid ip '127.0.0'",
+                            function + "(4,70000,127.0.0) - failed to set sockaddr"));
+}
+
+TEST(Udp4Socket, LeavesTheGroupsOfAnInterfaceAndAtLastAll) {
+    NotedCalls calls;
+    test::LogRecorder log;
+    Udp4Socket socket(calls);
+    ASSERT_TRUE(socket.open());
+    for (const char* interfaceIp : {"127.0.0.1", "192.0.2.7", "0.0.0.0"})
+        EXPECT_TRUE(socket.joinMulticastGroup("239.0.0.1", interfaceIp));
+    calls.take();
+    EXPECT_TRUE(socket.leaveMulticastGroup("192.0.2.7"));
+    EXPECT_TRUE(socket.leaveMulticastGroup("192.0.2.7")); // nothing is joined there now
+    EXPECT_EQ(calls.take(), "leave;");
+
+    calls.failing = "leave";
+    EXPECT_FALSE(socket.joinMulticastGroup("239.0.0.1", "lo"));
+    EXPECT_EQ(socket.close(), 0);
+    EXPECT_EQ(calls.take(), "leave;leave;close;");
+    const std::string function = "WARN core::Udp4Socket::";
+    const std::string left = function + "leaveMulticastGroup(239.0.0.1) - failed dropping "
+                                        "membership for interface ";
+    EXPECT_THAT(log.take(),
+                ElementsAre("WARN core::SetSockAddr - invalid ip 'lo'",
+                            function + "joinMulticastGroup(239.0.0.1) - invalid inteface ip 'lo'",
+                            left + "127.0.0.1", left + "0.0.0.0"));
+}
+
+} // namespace
