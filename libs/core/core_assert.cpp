@@ -8,8 +8,6 @@
 namespace core {
 namespace {
 
-using ReportType = TestInterface::ReportType;
-
 /// Sets a re-entry flag for a scope.
 class Entered {
 public:
@@ -66,8 +64,8 @@ bool failDefault(const char* condition, const char* file, int32_t line, int32_t 
     }
     // Unlike its siblings this line always shows the message, an empty one as "()".
     CORE_LOGF(kChannelCrit, "GASSERT failed at %s:%d (%s) (%s)", file, line, condition, message);
-    tests.report(ReportType::Assertion, condition, file, line, level, message);
-    return tests.abortsOn(ReportType::Assertion);
+    tests.report(FailureType::Assertion, condition, file, line, level, message);
+    return tests.abortsOn(FailureType::Assertion);
 }
 
 bool alertDefault(const char* condition, const char* file, int32_t line, int32_t level,
@@ -80,8 +78,8 @@ bool alertDefault(const char* condition, const char* file, int32_t line, int32_t
     const Entered entered(inAlert);
     logFailure("GALERT at", condition, file, line, message);
     TestInterface& tests = TestInterface::instance();
-    tests.report(ReportType::Alert, condition, file, line, level, message);
-    return tests.abortsOn(ReportType::Alert);
+    tests.report(FailureType::Alert, condition, file, line, level, message);
+    return tests.abortsOn(FailureType::Alert);
 }
 
 } // namespace core

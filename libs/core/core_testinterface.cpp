@@ -1,15 +1,54 @@
 #include "core_testinterface.h"
 
 #include "core_assertexclude.h"
+#include "core_failuretable.h"
+#include "core_log.h"
+#include "core_stacktrace.h"
+#include "core_testsettings.h"
+#include "core_timespec.h"
+#include "core_udp4socket.h"
 
+#include <cstdio>
 #include <memory>
+#include <mutex>
+#include <utility>
 
 namespace core {
 
 struct TestInterface::Loaded {
-    Settings settings;
+    TestSettings settings;
     AssertExclude exclusions;
 };
+
+struct TestInterface::Collected {
+    FailureTable failures;
+
+    /// The socket, which is made when it is first needed; null when the system refuses.
+    std::shared_ptr<const Udp4Socket> openSocket();
+    std::shared_ptr<const Udp4Socket> socket();
+
+private:
+    // Guards the pointer only; the socket itself may be sent on by several threads.
+    std::mutex d_socketMutex;
+    std::shared_ptr<const Udp4Socket> d_socket;
+};
+
+std::shared_ptr<const Udp4Socket> TestInterface::Collected::socket() {
+    const std::lock_guard lock(d_socketMutex);
+    return d_socket;
+}
+
+std::shared_ptr<const Udp4Socket> TestInterface::Collected::openSocket() {
+    if (auto current = socket())
+        return current;
+    auto fresh = std::make_shared<Udp4Socket>();
+    if (!fresh->open()) // outside of the lock, since it logs
+        return nullptr;
+    const std::lock_guard lock(d_socketMutex);
+    if (d_socket == nullptr)
+        d_socket = std::move(fresh);
+    return d_socket;
+}
 
 TestInterface& TestInterface::instance() {
     static constinit TestInterface theInstance;
@@ -21,15 +60,26 @@ const TestInterface::Loaded* TestInterface::loaded() {
     // which the waiting thread's check may have failed.
     if (!d_loadStarted.load(std::memory_order_relaxed) && !d_loadStarted.exchange(true)) {
         auto fresh = std::make_unique<Loaded>();
+        fresh->settings.load();
         fresh->exclusions.load();
         d_loaded.store(fresh.release(), std::memory_order_release);
     }
     return d_loaded.load(std::memory_order_acquire);
 }
 
-TestInterface::Settings TestInterface::settings() {
+TestInterface::Collected& TestInterface::collected() {
+    Collected* current = d_collected.load(std::memory_order_acquire);
+    if (current != nullptr)
+        return *current;
+    auto fresh = std::make_unique<Collected>();
+    if (d_collected.compare_exchange_strong(current, fresh.get(), std::memory_order_acq_rel))
+        return *fresh.release();
+    return *current;
+}
+
+TestSettings TestInterface::settings() {
     const Loaded* current = loaded();
-    return current != nullptr ? current->settings : Settings{};
+    return current != nullptr ? current->settings : TestSettings{};
 }
 
 bool TestInterface::isExcluded(const char* file, int32_t line) {
@@ -37,19 +87,57 @@ bool TestInterface::isExcluded(const char* file, int32_t line) {
     return current != nullptr && current->exclusions.contains(file, line);
 }
 
-void TestInterface::report(ReportType type, const char*, const char*, int32_t, int32_t,
-                           const std::string&) {
-    d_reportCounts[static_cast<size_t>(type)].fetch_add(1, std::memory_order_relaxed);
+bool TestInterface::abortsOn(FailureType type) {
+    return settings().asksFor(TestSettings::kAbort, type);
 }
 
-uint64_t TestInterface::reportCount(ReportType type) const {
-    return d_reportCounts[static_cast<size_t>(type)].load(std::memory_order_relaxed);
+void TestInterface::report(FailureType type, const char* condition, const char* file, int32_t line,
+                           int32_t level, const std::string& message) {
+    const TestSettings asked = settings();
+    FailureReport failure{.site = {type, file, line},
+                          .condition = condition,
+                          .message = message,
+                          .backtrace = {},
+                          .level = level};
+    if (asked.asksFor(TestSettings::kBacktrace, type))
+        failure.backtrace = StackTrace().getStackText();
+    collected().failures.add(std::move(failure));
+    if (asked.asksFor(TestSettings::kSend, type))
+        sendAsserts();
 }
 
-bool TestInterface::abortsOn(ReportType type) {
-    const Loaded* current = loaded();
-    const uint32_t bit = type == ReportType::Assertion ? kAbortOnAssertion : kAbortOnAlert;
-    return current != nullptr && (current->settings.flags & bit) != 0;
+uint64_t TestInterface::reportCount(FailureType type) { return collected().failures.total(type); }
+
+void TestInterface::sendAsserts() {
+    const TestSettings asked = settings();
+    FailureTable& failures = collected().failures;
+    const std::vector<FailureReport> unsent = failures.takeUnsent(
+        [&asked](FailureType type) { return asked.asksFor(TestSettings::kSend, type); });
+    if (unsent.empty())
+        return;
+    const std::shared_ptr<const Udp4Socket> socket = collected().openSocket();
+    if (socket == nullptr)
+        logf(kChannelWarn, "TestInterface:sendAsserts - failed creating socket");
+    for (const FailureReport& report : unsent) {
+        const std::string document =
+            assertDocument(report, {.server = asked.sendAddress,
+                                    .aborts = asked.asksFor(TestSettings::kAbort, report.site.type),
+                                    .time = now()});
+        if (socket == nullptr ||
+            !socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort), document))
+            failures.putBack(report);
+    }
+}
+
+void TestInterface::requestSendLogs(const CheckSite& site) {
+    const std::shared_ptr<const Udp4Socket> socket = collected().socket();
+    if (socket == nullptr) {
+        std::fputs("TestInterface:requestSendLogs - d_socket is null\n", stderr);
+        return;
+    }
+    const TestSettings asked = settings();
+    socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
+                 sendLogsDocument(site, asked.sendAddress));
 }
 
 } // namespace core

@@ -26,8 +26,8 @@ constexpr core::CheckSite kSite{"some_module.cpp", 7};
 
 /// How many assertions and alerts the test interface was given.
 std::pair<uint64_t, uint64_t> reports() {
-    using Type = core::TestInterface::ReportType;
-    const auto& all = core::TestInterface::instance();
+    using Type = core::FailureType;
+    auto& all = core::TestInterface::instance();
     return {all.reportCount(Type::Assertion), all.reportCount(Type::Alert)};
 }
 

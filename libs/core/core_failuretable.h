@@ -1,0 +1,36 @@
+#pragma once
+
+#include "core_failurereport.h"
+
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace core {
+
+/// Collects failures by their sites and counts them.
+///
+/// Any thread. Its lock is held for the table's own work only, never for a call to
+/// other code: failures come from everywhere, the write path of the log included.
+class FailureTable {
+public:
+    /// A failure of a known site replaces its texts and raises both counts by one.
+    void add(FailureReport failure);
+
+    /// What failed since it was last taken, of the types that are wanted.
+    std::vector<FailureReport> takeUnsent(const std::function<bool(FailureType)>& wanted);
+
+    /// Makes reports that were taken, but did not reach anyone, unsent again.
+    void putBack(const FailureReport& report);
+
+    /// Failures of this type since the start.
+    uint64_t total(FailureType type) const;
+
+private:
+    mutable std::mutex d_mutex;
+    std::map<FailureSite, FailureReport> d_reports;
+};
+
+} // namespace core

@@ -1,0 +1,66 @@
+#include "core_testsettings.h"
+
+#include "core_wrapper.h"
+#include "log_recorder.h"
+#include "temp_folder.h"
+
+#include <gmock/gmock.h>
+
+#include <tuple>
+
+namespace {
+
+using core::TestSettings;
+
+TestSettings settingsOf(const std::string& text, uint32_t flags = 0) {
+    const test::TempFolder folder;
+    test::writeFile(folder / "ini", text);
+    FILE* file = core::Wrapper::fopen(folder / "ini", "r");
+    TestSettings settings;
+    settings.flags = flags;
+    settings.read(file);
+    std::fclose(file);
+    return settings;
+}
+
+TEST(TestSettings, TakesOverWhatIsInRange) {
+    const TestSettings settings =
+        settingsOf("send_port 1\n[ general]\nsend_port 2\n  [general]\t\r\nsend_address 192.0.2.7 x"
+                   "\nsend_port 65535\nsend_port 0\nsend_port 7x\nsend_port\nsymbol_server_address"
+                   "\ts\nassert_level 3\ndefault 1\nunknown 1\n");
+    EXPECT_EQ(settings.sendAddress, "192.0.2.7");
+    EXPECT_EQ(settings.sendPort, 25000);
+    EXPECT_EQ(settings.symbolServerAddress, "s");
+    EXPECT_EQ(settings.assertLevel, 1);
+    EXPECT_EQ(settingsOf("[general]\nsend_port 65534").sendPort, 65534);
+    // The rest of a long line is a line of its own.
+    EXPECT_EQ(settingsOf("[general]\n" + std::string(1000, 'x') + "send_port 8").sendPort, 8);
+}
+
+TEST(TestSettings, FlagsAreSetAndClearedByTheirKeys) {
+    const std::tuple<const char*, uint32_t, uint32_t> rows[] = {
+        {"[assert]\nsend true\nbacktrace enable", 0, 0b000110},
+        {"[alert]\nsend true\nbacktrace enable", 0, 0b110000},
+        {"[assert]\nsend false\nbacktrace disable\ndefault true", 0b111111, 0b111001},
+        {"[alert]\nabort false", 0b111111, 0b110111},
+        // Whatever is switched on, both abort bits go.
+        {"[assert]\nabort true", 0b111111, 0b110110},
+        {"[alert]\nsend enable", 0b101101, 0b110100},
+        {"[assert]\nsend True\nsend 1\nsend", 0b001001, 0b001001},
+        {"[alerts]\nsend true", 0, 0},
+    };
+    for (const auto& [text, before, after] : rows)
+        EXPECT_EQ(settingsOf(text, before).flags, after) << text;
+}
+
+TEST(TestSettings, ReportsWhatItDoesNotKnow) {
+    test::LogRecorder log;
+    settingsOf(
+        "[50%s]\nsend x\n[]\n[50%s]\n[assert]\nabort yes\nunknown yes\ndefault yes\n[alert\n");
+    const std::string section = "WARN core::TestInterface::loadIni - unhandled section '";
+    EXPECT_THAT(log.take(),
+                testing::ElementsAre(section + "50%s'", section + "'", section + "50%s'",
+                                     testing::StartsWith("WARN Log at core_testinterface.cpp:")));
+}
+
+} // namespace
