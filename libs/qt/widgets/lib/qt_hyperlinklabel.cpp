@@ -1,0 +1,100 @@
+#include "qt_hyperlinklabel.h"
+
+#include <QEvent>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScopedValueRollback>
+#include <QStyle>
+#include <QStyleOptionFocusRect>
+
+namespace NS_QT {
+
+HyperlinkLabel::HyperlinkLabel(QWidget* parent) : HyperlinkLabel({}, parent) {}
+
+HyperlinkLabel::HyperlinkLabel(const QString& text, QWidget* parent) : QLabel(text, parent) {
+    installEventFilter(this);
+    followParent();
+}
+
+// A parent's palette is ours only as long as nobody sets one of our own, which is what
+// the appearance does; so we have to watch it.
+void HyperlinkLabel::followParent() {
+    if (d_watchedParent != nullptr)
+        d_watchedParent->removeEventFilter(this);
+    d_watchedParent = parentWidget();
+    if (d_watchedParent != nullptr)
+        d_watchedParent->installEventFilter(this);
+    updateAppearance();
+}
+
+QColor HyperlinkLabel::textColour(QPalette::ColorGroup group, const QPalette& palette) const {
+    const QColor& colour = d_linkEnabled ? d_linkColour : d_plainColour;
+    if (colour.isValid())
+        return colour;
+    return palette.color(group, d_linkEnabled ? QPalette::Link : QPalette::WindowText);
+}
+
+void HyperlinkLabel::updateAppearance() {
+    if (d_updating) // by the palette that it sets itself
+        return;
+    const QScopedValueRollback guard(d_updating, true);
+    const QPalette inherited = parentWidget() != nullptr ? parentWidget()->palette() : palette();
+    QPalette changed = inherited;
+    for (const auto group : {QPalette::Active, QPalette::Inactive})
+        changed.setColor(group, QPalette::WindowText, textColour(group, inherited));
+    QFont linkFont = font();
+    linkFont.setUnderline(d_linkEnabled && d_underline);
+    linkFont.setItalic(d_linkEnabled && d_italic);
+    setCursor(d_linkEnabled ? Qt::PointingHandCursor : Qt::ArrowCursor);
+    setFocusPolicy(d_linkEnabled ? Qt::TabFocus : Qt::NoFocus);
+    setFont(linkFont);
+    setPalette(changed);
+}
+
+bool HyperlinkLabel::event(QEvent* event) {
+    if (event->type() == QEvent::ParentChange)
+        followParent();
+    return QLabel::event(event);
+}
+
+bool HyperlinkLabel::eventFilter(QObject* object, QEvent* event) {
+    if (event->type() == QEvent::PaletteChange) {
+        updateAppearance();
+    } else if (object == this && event->type() == QEvent::MouseButtonPress && isEnabled() &&
+               d_linkEnabled) {
+        const QPointer<QObject> self = this;
+        emit clicked();
+        if (self == nullptr)
+            return true; // nobody is left to receive the event
+    }
+    return false;
+}
+
+void HyperlinkLabel::keyPressEvent(QKeyEvent* event) {
+    const bool isPress = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
+                         event->key() == Qt::Key_Space;
+    if (!d_linkEnabled || !isPress)
+        QLabel::keyPressEvent(event);
+    else if (!event->isAutoRepeat())
+        emit clicked();
+}
+
+void HyperlinkLabel::paintEvent(QPaintEvent* event) {
+    QLabel::paintEvent(event);
+    if (!hasFocus())
+        return;
+    QPainter painter(this);
+    QStyleOptionFocusRect option;
+    option.initFrom(this);
+    option.state |= QStyle::State_KeyboardFocusChange; // nothing else leads the focus here
+    option.backgroundColor = palette().color(QPalette::Window);
+    const auto aligned = QStyle::visualAlignment(layoutDirection(), alignment());
+    option.rect = style()
+                      ->itemTextRect(fontMetrics(), contentsRect(), static_cast<int>(aligned),
+                                     isEnabled(), text())
+                      .adjusted(-1, -1, 1, 1) &
+                  rect();
+    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+}
+
+} // namespace NS_QT

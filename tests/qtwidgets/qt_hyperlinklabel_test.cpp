@@ -1,0 +1,129 @@
+#include "qt_hyperlinklabel.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <gmock/gmock.h>
+
+namespace {
+
+using NS_QT::HyperlinkLabel;
+
+QColor textColour(const QWidget& widget, QPalette::ColorGroup group = QPalette::Active) {
+    return widget.palette().color(group, QPalette::WindowText);
+}
+
+TEST(HyperlinkLabel, ClicksByMouseAndKeyboardWhileItIsALink) {
+    HyperlinkLabel label("Link");
+    const QSignalSpy clicks(&label, SIGNAL(clicked()));
+    const auto pressEverything = [&] {
+        QTest::mousePress(&label, Qt::LeftButton);
+        QTest::mousePress(&label, Qt::RightButton);
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space, Qt::Key_A})
+            QTest::keyClick(&label, key);
+    };
+    label.show();
+    pressEverything();
+    EXPECT_EQ(clicks.size(), 5);
+    label.setLinkEnabled(false);
+    pressEverything();
+    label.setLinkEnabled(true);
+    label.setEnabled(false);
+    pressEverything();
+    EXPECT_EQ(clicks.size(), 5);
+}
+
+TEST(HyperlinkLabel, MayBeDeletedByItsSlot) {
+    for (const bool byKey : {false, true}) {
+        QWidget parent;
+        const QPointer<HyperlinkLabel> label = new HyperlinkLabel("Link", &parent);
+        QObject::connect(label, &HyperlinkLabel::clicked, [&label] { delete label; });
+        parent.show();
+        if (byKey)
+            QTest::keyClick(label, Qt::Key_Space);
+        else
+            QTest::mousePress(label, Qt::LeftButton);
+        EXPECT_EQ(label, nullptr);
+    }
+}
+
+TEST(HyperlinkLabel, LooksLikeALinkOrLikeText) {
+    QWidget parent;
+    auto* const label = new HyperlinkLabel("Link", &parent);
+    label->setLinkColour(Qt::red);
+    label->setPlainColour(Qt::green);
+    label->setItalic(true);
+    for (const bool isLink : {true, false}) {
+        label->setLinkEnabled(isLink);
+        EXPECT_EQ(label->font().underline(), isLink);
+        EXPECT_EQ(label->font().italic(), isLink);
+        EXPECT_EQ(label->cursor().shape(), isLink ? Qt::PointingHandCursor : Qt::ArrowCursor);
+        EXPECT_EQ(label->focusPolicy(), isLink ? Qt::TabFocus : Qt::NoFocus);
+        for (const auto group : {QPalette::Active, QPalette::Inactive})
+            EXPECT_EQ(textColour(*label, group), QColor(isLink ? Qt::red : Qt::green));
+        EXPECT_EQ(textColour(*label, QPalette::Disabled), textColour(parent, QPalette::Disabled));
+    }
+    const QSignalSpy changes(label, SIGNAL(linkAppearanceChanged()));
+    label->setProperty("underline", false);
+    label->setLinkColour(Qt::red);
+    EXPECT_EQ(changes.size(), 1);
+    label->setLinkEnabled(true);
+    EXPECT_FALSE(label->font().underline());
+}
+
+TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
+    QWidget parent;
+    QWidget other;
+    auto* const label = new HyperlinkLabel("Link", &parent);
+    const auto paint = [](QWidget& widget, const QColor& text, const QColor& link) {
+        QPalette palette = widget.palette();
+        palette.setColor(QPalette::WindowText, text);
+        palette.setColor(QPalette::Link, link);
+        palette.setColor(QPalette::Disabled, QPalette::WindowText, link.darker());
+        widget.setPalette(palette);
+    };
+    for (const auto& [text, link] : {std::pair{Qt::white, Qt::cyan}, {Qt::black, Qt::blue}}) {
+        paint(parent, text, link);
+        EXPECT_EQ(textColour(*label), QColor(link));
+        label->setLinkEnabled(false);
+        EXPECT_EQ(textColour(*label), QColor(text));
+        EXPECT_EQ(textColour(*label, QPalette::Disabled), QColor(link).darker());
+        label->setLinkEnabled(true);
+    }
+    paint(other, Qt::white, Qt::yellow);
+    label->setParent(&other);
+    EXPECT_EQ(textColour(*label), QColor(Qt::yellow));
+    paint(parent, Qt::white, Qt::red);
+    EXPECT_EQ(textColour(*label), QColor(Qt::yellow));
+    QFont large = other.font();
+    large.setPointSize(40);
+    other.setFont(large);
+    EXPECT_EQ(label->font().pointSize(), 40);
+    EXPECT_TRUE(label->font().underline());
+}
+
+TEST(HyperlinkLabel, ShowsTheKeyboardFocusOnTheSideOfItsText) {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        QWidget window;
+        window.setLayoutDirection(direction);
+        window.resize(200, 30);
+        HyperlinkLabel label("Link", &window);
+        label.resize(window.size());
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        label.clearFocus();
+        const QImage before = label.grab().toImage();
+        label.setFocus(Qt::TabFocusReason);
+        const QImage focused = label.grab().toImage();
+        QRegion changed;
+        for (int x = 0; x < before.width(); ++x) {
+            if (before.copy(x, 0, 1, 30) != focused.copy(x, 0, 1, 30))
+                changed += QRect(x, 0, 1, 1);
+        }
+        ASSERT_FALSE(changed.isEmpty());
+        EXPECT_EQ(changed.boundingRect().center().x() < 100, direction == Qt::LeftToRight);
+    }
+}
+
+} // namespace

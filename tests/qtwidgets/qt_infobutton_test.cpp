@@ -1,0 +1,63 @@
+#include "qt_infobutton.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPointer>
+#include <QTest>
+#include <QTimer>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using NS_QT::InfoButton;
+
+// Does something with the message box as soon as one is open.
+template <typename Action>
+void whenOpen(Action action) {
+    auto* const timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, timer, [=] {
+        auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        if (box == nullptr)
+            return;
+        timer->deleteLater();
+        timer->stop();
+        action(box);
+    });
+    timer->start(0);
+}
+
+TEST(InfoButton, ShowsItsMessageByMouseAndKeyboard) {
+    const std::pair<int32_t, QMessageBox::Icon> kinds[] = {{2, QMessageBox::Warning},
+                                                           {1, QMessageBox::Information},
+                                                           {0, QMessageBox::Information},
+                                                           {-2, QMessageBox::Information}};
+    for (const auto& [kind, icon] : kinds) {
+        InfoButton button(kind, "Title", "What it says");
+        EXPECT_EQ(button.accessibleName(), "Title");
+        EXPECT_FALSE(button.icon().isNull());
+        int shown = 0;
+        const auto readIt = [&shown, icon = icon](QMessageBox* box) {
+            ++shown;
+            EXPECT_EQ(box->icon(), icon);
+            EXPECT_EQ(box->text(), "What it says");
+            EXPECT_EQ(box->windowTitle(), "Title");
+            EXPECT_EQ(box->standardButtons(), QMessageBox::Ok);
+            QTest::keyClick(box, Qt::Key_Return);
+        };
+        whenOpen(readIt);
+        QTest::mouseClick(&button, Qt::LeftButton);
+        whenOpen(readIt);
+        QTest::keyClick(&button, Qt::Key_Space);
+        EXPECT_EQ(shown, 2);
+    }
+}
+
+TEST(InfoButton, MayGoWhileItsMessageIsOpen) {
+    const QPointer<InfoButton> button = new InfoButton(InfoButton::Warning, "Title", "Text");
+    whenOpen([&button](QMessageBox*) { delete button; });
+    QTest::mouseClick(button, Qt::LeftButton);
+    EXPECT_EQ(button, nullptr);
+}
+
+} // namespace
