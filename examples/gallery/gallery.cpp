@@ -1,0 +1,32 @@
+#include "gallery.h"
+
+#include <QLabel>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace gallery {
+
+Gallery::Gallery() : d_pages(new QTabWidget(this)), d_signalled(new QLabel(this)) {
+    setWindowTitle("Widgets");
+    auto* const layout = new QVBoxLayout(this);
+    layout->addWidget(d_pages);
+    layout->addWidget(d_signalled);
+    d_signalled->setText("Signals of the widgets appear here.");
+    addPage("inputs", "Numbers and choices", &makeInputsPage);
+    addPage("links", "Links, icons, messages", &makeLinksPage);
+    addPage("dialog", "Built dialog", &makeDialogPage);
+}
+
+void Gallery::addPage(const QString& name, const QString& title, QWidget* (*make)(const Report&)) {
+    QWidget* const page = make([this](const QString& text) { d_signalled->setText(text); });
+    page->setObjectName(name);
+    d_pages->addTab(page, title);
+}
+
+bool Gallery::showPage(const QString& name) {
+    auto* const page = d_pages->findChild<QWidget*>(name);
+    d_pages->setCurrentWidget(page);
+    return page != nullptr;
+}
+
+} // namespace gallery

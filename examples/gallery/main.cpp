@@ -1,0 +1,89 @@
+// The gallery's command line:
+//
+//     gallery                                    opens the window
+//     gallery --page links --dark --rtl          the same, on that page and in that look
+//     gallery --shot FILE.png --scale 2          stores a picture of the window instead
+//
+// Without a display, set QT_QPA_PLATFORM=offscreen for pictures.
+
+#include "gallery.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QPalette>
+#include <QPixmap>
+#include <QStyleFactory>
+#include <cstdio>
+
+namespace {
+
+constexpr int kNoSuchPage = 2;
+constexpr int kNotStored = 3;
+
+void addOptions(QCommandLineParser& parser) {
+    parser.setApplicationDescription("Shows every widget of the toolkit.");
+    parser.addHelpOption();
+    parser.addOptions({
+        {"page", "Shows this page first: inputs, links, dialog.", "name"},
+        {"scale", "Draws everything so many times as large.", "factor"},
+        {"dark", "Dark colours."},
+        {"rtl", "From right to left."},
+        {"shot", "Stores a picture of the window as PNG and ends.", "file"},
+    });
+}
+
+QPalette darkPalette() {
+    QPalette palette(QColor(53, 53, 53));
+    palette.setColor(QPalette::Base, QColor(35, 35, 35));
+    palette.setColor(QPalette::AlternateBase, QColor(53, 53, 53));
+    palette.setColor(QPalette::Highlight, QColor(64, 128, 192));
+    palette.setColor(QPalette::Link, QColor(110, 170, 240));
+    palette.setColor(QPalette::ToolTipBase, QColor(35, 35, 35));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        palette.setColor(role, QColor(230, 230, 230));
+        palette.setColor(QPalette::Disabled, role, QColor(130, 130, 130));
+    }
+    return palette;
+}
+
+int store(gallery::Gallery& window, const QString& file) {
+    window.show();
+    QCoreApplication::processEvents();
+    if (window.grab().save(file, "PNG"))
+        return 0;
+    std::fprintf(stderr, "cannot write %s\n", qUtf8Printable(file));
+    return kNotStored;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCommandLineParser parser;
+    addOptions(parser);
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments += QString::fromLocal8Bit(argv[i]);
+    parser.parse(arguments); // before there is an application, which takes the scale as it is
+    if (parser.isSet("scale"))
+        qputenv("QT_SCALE_FACTOR", parser.value("scale").toLatin1());
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    const QApplication application(argc, argv);
+    parser.process(arguments);
+
+    if (parser.isSet("dark")) {
+        QApplication::setStyle(QStyleFactory::create("Fusion")); // it follows every palette
+        QApplication::setPalette(darkPalette());
+    }
+    if (parser.isSet("rtl"))
+        QApplication::setLayoutDirection(Qt::RightToLeft);
+    gallery::Gallery window;
+    if (parser.isSet("page") && !window.showPage(parser.value("page"))) {
+        std::fprintf(stderr, "no page %s\n", qUtf8Printable(parser.value("page")));
+        return kNoSuchPage;
+    }
+    if (parser.isSet("shot"))
+        return store(window, parser.value("shot"));
+    window.show();
+    return QApplication::exec();
+}

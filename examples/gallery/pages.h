@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+#include <functional>
+
+class QWidget;
+
+namespace gallery {
+
+/// Tells the visitor what a widget has just signalled.
+using Report = std::function<void(const QString& text)>;
+
+/// The pages; each widget stands there in every state. The caller owns them.
+QWidget* makeInputsPage(const Report& report);
+QWidget* makeLinksPage(const Report& report);
+QWidget* makeDialogPage(const Report& report);
+
+} // namespace gallery
