@@ -1,5 +1,7 @@
 #include "gallery.h"
 
+#include "states.h"
+
 #include <QLabel>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -11,6 +13,7 @@ Gallery::Gallery() : d_pages(new QTabWidget(this)), d_signalled(new QLabel(this)
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(d_pages);
     layout->addWidget(d_signalled);
+    d_signalled->setAlignment(leading());
     d_signalled->setText("Signals of the widgets appear here.");
     addPage("inputs", "Numbers and choices", &makeInputsPage);
     addPage("links", "Links, icons, messages", &makeLinksPage);

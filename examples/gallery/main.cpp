@@ -37,6 +37,7 @@ QPalette darkPalette() {
     palette.setColor(QPalette::Base, QColor(35, 35, 35));
     palette.setColor(QPalette::AlternateBase, QColor(53, 53, 53));
     palette.setColor(QPalette::Highlight, QColor(64, 128, 192));
+    palette.setColor(QPalette::Disabled, QPalette::Highlight, QColor(90, 90, 90));
     palette.setColor(QPalette::Link, QColor(110, 170, 240));
     palette.setColor(QPalette::ToolTipBase, QColor(35, 35, 35));
     for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {

@@ -1,5 +1,5 @@
 #include "pages.h"
-#include "qt_widgetbuilder.h"
+#include "states.h"
 
 #include <QCheckBox>
 #include <QLineEdit>
@@ -9,7 +9,7 @@ namespace gallery {
 namespace {
 
 void addField(NS_QT::WidgetBuilder& builder, const QString& caption, const QString& text) {
-    builder.addLabel(caption, Qt::AlignLeading | Qt::AlignVCenter);
+    builder.addLabel(caption, leading());
     builder.add(new QLineEdit(text))->setAccessibleName(caption);
 }
 

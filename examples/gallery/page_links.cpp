@@ -12,6 +12,7 @@ namespace {
 
 NS_QT::HyperlinkLabel* makeLink(const Report& report, const QString& text) {
     auto* const link = new NS_QT::HyperlinkLabel(text);
+    link->setAlignment(leading());
     QObject::connect(link, &NS_QT::HyperlinkLabel::clicked, link,
                      [report, text] { report("HyperlinkLabel: clicked(), \"" + text + '"'); });
     return link;
@@ -46,14 +47,13 @@ QWidget* makeIconRow() {
 }
 
 void addMessages(NS_QT::WidgetBuilder& group) {
-    addStates(group, "Information", [] {
-        return new NS_QT::InfoButton(NS_QT::InfoButton::Information, "Recorder",
-                                     "The recorder answers on port 80.");
-    });
-    addStates(group, "Warning", [] {
-        return new NS_QT::InfoButton(NS_QT::InfoButton::Warning, "Recorder",
-                                     "The recorder does not answer.");
-    });
+    using NS_QT::InfoButton;
+    const auto addButton = [&](const QString& caption, InfoButton::Kind kind, const QString& text) {
+        const auto make = [&] { return new InfoButton(kind, "Recorder", text); };
+        addStates(group, caption, make, Qt::AlignLeading | Qt::AlignVCenter);
+    };
+    addButton("Information", InfoButton::Information, "The recorder answers on port 80.");
+    addButton("Warning", InfoButton::Warning, "The recorder does not answer.");
 }
 
 } // namespace

@@ -2,8 +2,11 @@
 
 #include "qt_widgetbuilder.h"
 
+#include <QApplication>
+#include <QFontMetrics>
 #include <QGroupBox>
 #include <QString>
+#include <Qt>
 
 namespace gallery {
 
@@ -17,14 +20,29 @@ void addGroup(NS_QT::WidgetBuilder& builder, const QString& title, Fill fill) {
     fill(inside);
 }
 
+/// Where a text begins: labels align by the direction of the text, which is English here,
+/// rather than by the window's.
+inline Qt::Alignment leading() {
+    return (QApplication::isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
+}
+
 /// A row of the grid: a caption, then the widget that `make` makes, twice: as it is and
-/// disabled.
+/// disabled. Columns are as wide in every group.
 template <typename Make>
-void addStates(NS_QT::WidgetBuilder& builder, const QString& caption, Make make) {
-    builder.addLabel(caption, Qt::AlignLeading | Qt::AlignVCenter);
-    builder.add(make());
-    builder.add(make())->setEnabled(false);
-    builder.newRow();
+void addStates(NS_QT::WidgetBuilder& builder, const QString& caption, Make make,
+               Qt::Alignment alignment = {}) {
+    constexpr int kCaptionCharacters = 24;
+    constexpr int kGap = 15;
+    NS_QT::WidgetBuilder::Layout* const row = builder.current();
+    row->setColumnMinimumWidth(QApplication::fontMetrics().averageCharWidth() * kCaptionCharacters);
+    builder.addLabel(caption, leading());
+    for (const bool enabled : {true, false}) {
+        row->addSpacing(kGap);
+        QWidget* const widget = make();
+        widget->setEnabled(enabled);
+        row->addWidget(widget, 1, alignment);
+    }
+    row->newRow();
 }
 
 } // namespace gallery

@@ -103,26 +103,38 @@ TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
     EXPECT_TRUE(label->font().underline());
 }
 
-TEST(HyperlinkLabel, ShowsTheKeyboardFocusOnTheSideOfItsText) {
-    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-        QWidget window;
-        window.setLayoutDirection(direction);
-        window.resize(200, 30);
-        HyperlinkLabel label("Link", &window);
-        label.resize(window.size());
-        window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-        label.clearFocus();
-        const QImage before = label.grab().toImage();
-        label.setFocus(Qt::TabFocusReason);
-        const QImage focused = label.grab().toImage();
-        QRegion changed;
-        for (int x = 0; x < before.width(); ++x) {
-            if (before.copy(x, 0, 1, 30) != focused.copy(x, 0, 1, 30))
-                changed += QRect(x, 0, 1, 1);
+// The smallest rectangle outside of which two pictures are the same.
+QRect difference(const QImage& one, const QImage& other) {
+    QRect changed;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x) {
+            if (one.pixel(x, y) != other.pixel(x, y))
+                changed |= QRect(x, y, 1, 1);
         }
-        ASSERT_FALSE(changed.isEmpty());
-        EXPECT_EQ(changed.boundingRect().center().x() < 100, direction == Qt::LeftToRight);
+    }
+    return changed;
+}
+
+TEST(HyperlinkLabel, ShowsTheKeyboardFocusAroundItsText) {
+    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
+        for (const char* text : {"Link", "\u05E7\u05D9\u05E9\u05D5\u05E8"}) {
+            QWidget window;
+            window.setLayoutDirection(direction);
+            window.resize(200, 40);
+            HyperlinkLabel label(QString::fromUtf8(text), &window);
+            label.resize(window.size());
+            window.show();
+            ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+            label.clearFocus();
+            const QImage plain = label.grab().toImage();
+            label.setFocus(Qt::TabFocusReason);
+            const QRect frame = difference(plain, label.grab().toImage());
+            label.clearFocus();
+            label.setLinkColour(Qt::transparent);
+            const QRect drawn = difference(plain, label.grab().toImage());
+            EXPECT_TRUE(frame.adjusted(-3, 0, 3, 0).contains(drawn));
+            EXPECT_LT(frame.width(), 100);
+        }
     }
 }
 

@@ -6,6 +6,7 @@
 #include <QScopedValueRollback>
 #include <QStyle>
 #include <QStyleOptionFocusRect>
+#include <QTextDocument>
 
 namespace NS_QT {
 
@@ -79,6 +80,20 @@ void HyperlinkLabel::keyPressEvent(QKeyEvent* event) {
         emit clicked();
 }
 
+QRect HyperlinkLabel::focusRect() const {
+    const int around = margin();
+    const QRect inside = contentsRect().adjusted(around, around, -around, -around);
+    if (text().isEmpty() || Qt::mightBeRichText(text()))
+        return inside;
+    // A label aligns its text by the direction of the text, not by its own.
+    const auto direction = text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight;
+    const auto aligned = static_cast<int>(QStyle::visualAlignment(direction, alignment()));
+    return style()
+               ->itemTextRect(fontMetrics(), inside, aligned, isEnabled(), text())
+               .adjusted(-1, -1, 1, 1) &
+           rect();
+}
+
 void HyperlinkLabel::paintEvent(QPaintEvent* event) {
     QLabel::paintEvent(event);
     if (!hasFocus())
@@ -86,14 +101,9 @@ void HyperlinkLabel::paintEvent(QPaintEvent* event) {
     QPainter painter(this);
     QStyleOptionFocusRect option;
     option.initFrom(this);
+    option.rect = focusRect();
     option.state |= QStyle::State_KeyboardFocusChange; // nothing else leads the focus here
     option.backgroundColor = palette().color(QPalette::Window);
-    const auto aligned = QStyle::visualAlignment(layoutDirection(), alignment());
-    option.rect = style()
-                      ->itemTextRect(fontMetrics(), contentsRect(), static_cast<int>(aligned),
-                                     isEnabled(), text())
-                      .adjusted(-1, -1, 1, 1) &
-                  rect();
     style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
 }
 

@@ -64,6 +64,7 @@ private:
     }
     void followParent();
     void updateAppearance();
+    QRect focusRect() const;
     QColor textColour(QPalette::ColorGroup group, const QPalette& palette) const;
 
     bool d_linkEnabled = true;

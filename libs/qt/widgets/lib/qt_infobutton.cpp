@@ -10,6 +10,7 @@ namespace NS_QT {
 InfoButton::InfoButton(int32_t kind, const QString& title, const QString& text, QWidget* parent)
     : QPushButton(parent), d_kind(kind), d_title(title), d_text(text) {
     setAccessibleName(title);
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
     updateIcon();
     connect(this, &QPushButton::clicked, this, &InfoButton::showMessage);
 }
