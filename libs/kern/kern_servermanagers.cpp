@@ -26,7 +26,7 @@ void TimerManager::setLabel(const char*) {}
 
 void TimerManager::setSlack(TimerInterface*, uint32_t) {}
 
-int64_t TimerManager::remainingTime(int64_t) const { return -1; }
+int32_t TimerManager::runningTimers(const TimerInterface*) const { return -1; }
 
 DescriptorManager::DescriptorManager() { threadState().descriptorManager = this; }
 

@@ -43,11 +43,11 @@ public:
     /// by default.
     virtual void setLabel(const char* label);
 
-    /// Allows the interface's timers to be late by up to `slack`, to save wake-ups. The
+    /// Allows the object's timers to be late by up to `slack`, to save wake-ups. The
     /// kernel does not call it; does nothing by default.
     virtual void setSlack(TimerInterface* owner, uint32_t slack);
 
-    /// Starts a timer that calls the interface's timerExpired(id) each time `interval`
+    /// Starts a timer that calls the owner's timerExpired(id) each time `interval`
     /// has passed, until it is killed; the manager sets the interval's unit. Returns
     /// the id, above 0; 0 or less when there is no timer to be had.
     virtual int64_t startTimer(uint32_t interval, TimerInterface* owner) = 0;
@@ -59,9 +59,8 @@ public:
     /// Kills a timer. It does not expire any more, even if it was about to.
     virtual void killTimer(int64_t id, TimerInterface* owner) = 0;
 
-    /// The time left until the timer expires, in the unit of intervals; -1, the
-    /// default, if that is not known.
-    virtual int64_t remainingTime(int64_t id) const;
+    /// How many timers the object has running; -1, the default, if that is not known.
+    virtual int32_t runningTimers(const TimerInterface* owner) const;
 
 protected:
     TimerManager();

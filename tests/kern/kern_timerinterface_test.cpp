@@ -13,9 +13,8 @@ namespace {
 
 using test::FailedCheck;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
-/// Writes down what it is asked and answers what the test says.
+/// Notes what it is asked, and answers what the test says.
 struct ScriptedManager : kern::TimerManager {
     int64_t startTimer(uint32_t interval, kern::TimerInterface*) override {
         calls.push_back(core::format("start %u", interval));
@@ -51,16 +50,15 @@ FailedCheck failed(int32_t line, const std::string& message = "") {
     return {"CHECKF", "kern_timerinterface.cpp", line, 0, message};
 }
 
-/// Each test has a thread of its own, whose kernel state is new.
-class TimerInterface : public testing::Test {
-protected:
-    void onNewThread(const std::function<void()>& body) { std::thread(body).join(); }
-
+/// What fails while the body runs on a thread of its own, whose kernel state is new.
+std::vector<FailedCheck> failuresOf(const std::function<void()>& body) {
     test::CheckRecorder checks;
-};
+    std::thread(body).join();
+    return checks.take();
+}
 
-TEST_F(TimerInterface, CountsTheTimersThatManagersGrant) {
-    onNewThread([&] {
+TEST(TimerInterface, CountsTheTimersThatManagersGrant) {
+    const auto failures = failuresOf([] {
         ScriptedManager manager;
         Clock clock;
         manager.nextId = int64_t{1} << 40;
@@ -78,52 +76,51 @@ TEST_F(TimerInterface, CountsTheTimersThatManagersGrant) {
         EXPECT_THAT(manager.calls, ElementsAre("start 2147483647", "start 3000000", "start 3000000",
                                                "kill 1099511627776"));
     });
-    EXPECT_THAT(checks.take(), ElementsAre(failed(164), failed(181, "3000000"),
-                                           failed(181, "3000000"), failed(200)));
+    EXPECT_THAT(failures, ElementsAre(failed(164), failed(181, "3000000"), failed(181, "3000000"),
+                                      failed(200)));
 }
 
-TEST_F(TimerInterface, ReportsCallsOutsideItsManagersTime) {
-    onNewThread([&] {
-        Clock clock;
+TEST(TimerInterface, ReportsCallsOutsideItsManagersTime) {
+    const auto failures = failuresOf([] {
+        Clock clock, orphan;
         EXPECT_EQ(clock.startTimer(1), 0);
         {
             ScriptedManager manager;
             clock.startTimer(1);
+            orphan.startTimer(1);
         }
         clock.killTimer(1);
         EXPECT_EQ(clock.activeTimers(), 0);
     });
     const std::string name = "(anonymous namespace)::Clock";
-    EXPECT_THAT(checks.take(), ElementsAre(failed(173, "called without manager in " + name +
-                                                           " (too early or late)"),
-                                           failed(209, "killTimer called too late in " + name)));
+    EXPECT_THAT(failures, ElementsAre(failed(173, "called without manager in " + name +
+                                                      " (too early or late)"),
+                                      failed(209, "killTimer called too late in " + name)));
 }
 
-TEST_F(TimerInterface, HandlesHoldOneTimerOrNone) {
-    onNewThread([&] {
+TEST(TimerInterface, HandlesHoldOneTimerOrNone) {
+    const auto failures = failuresOf([] {
         ScriptedManager manager;
         Clock clock;
         kern::TimerHandle handle;
         clock.killTimer(handle);
-        manager.nextId = 5;
-        EXPECT_EQ(clock.restartTimer(handle, 20), 5);
+        EXPECT_EQ(clock.restartTimer(handle, 20), 1);
         manager.nextId = 6;
         EXPECT_EQ(clock.restartTimer(handle, 30), 6);
-        EXPECT_EQ(handle.interval, 30U);
-        EXPECT_THAT(manager.calls, ElementsAre("start 20", "kill 5", "start 30"));
         EXPECT_EQ(clock.restartTimer(handle, 0x80000000), 0);
-        EXPECT_EQ(handle.id, 0);
         EXPECT_EQ(handle.interval, 0x80000000);
-        clock.restartTimer(handle, 20);
+        clock.restartTimer(handle, 40);
         clock.killTimer(handle);
         EXPECT_EQ(handle.id, 0);
         EXPECT_EQ(handle.interval, 0U);
         EXPECT_EQ(clock.activeTimers(), 0);
+        EXPECT_THAT(manager.calls,
+                    ElementsAre("start 20", "kill 1", "start 30", "kill 6", "start 40", "kill 6"));
     });
-    EXPECT_THAT(checks.take(), ElementsAre(failed(164)));
+    EXPECT_THAT(failures, ElementsAre(failed(164)));
 }
 
-TEST_F(TimerInterface, IsDestroyedWithItsTimers) {
+TEST(TimerInterface, IsDestroyedWithItsTimers) {
     const FailedCheck mismatch{"num_removed == -1 || num_removed == d_num_active_timers",
                                "kern_timerinterface.cpp", 33, 1, "7 removed, expected 2"};
     struct {
@@ -137,34 +134,22 @@ TEST_F(TimerInterface, IsDestroyedWithItsTimers) {
     for (const auto& row : rows) {
         SCOPED_TRACE(row.line);
         const test::ScopedAssertionLevel level(row.level);
-        onNewThread([&] {
+        const auto failures = failuresOf([&] {
             ScriptedManager manager;
             manager.removed = row.removed;
-            {
-                Clock clock;
-                for (int32_t i = 0; i < row.timers; ++i)
-                    clock.startTimer(1);
-            }
+            std::optional<Clock> clock(std::in_place);
+            for (int32_t i = 0; i < row.timers; ++i)
+                clock->startTimer(1);
+            clock.reset();
             EXPECT_EQ(kern::threadState().interfacesDestroyed, 1U);
             EXPECT_EQ(kern::threadState().interfacesDestroyedWithTimers, row.timers != 0 ? 1U : 0U);
-            EXPECT_EQ(manager.calls.size(), static_cast<size_t>(row.timers + (row.timers != 0)));
         });
-        EXPECT_EQ(checks.take(), row.reported ? std::vector{mismatch} : std::vector<FailedCheck>{});
+        EXPECT_EQ(failures, row.reported ? std::vector{mismatch} : std::vector<FailedCheck>{});
     }
 }
 
-TEST_F(TimerInterface, SurvivesItsManager) {
-    onNewThread([] {
-        std::optional<ScriptedManager> manager(std::in_place);
-        Clock clock;
-        clock.startTimer(1);
-        manager.reset();
-    });
-    EXPECT_THAT(checks.take(), IsEmpty());
-}
-
-TEST_F(TimerInterface, TheLastManagerIsTheThreadsOwn) {
-    onNewThread([] {
+TEST(ServerManagers, TheLastOneIsTheThreadsOwn) {
+    const auto failures = failuresOf([] {
         const kern::ThreadState& thread = kern::threadState();
         {
             std::optional<ScriptedManager> first(std::in_place);
@@ -175,14 +160,12 @@ TEST_F(TimerInterface, TheLastManagerIsTheThreadsOwn) {
             firstDescriptors.reset();
             EXPECT_EQ(thread.timerManager, &second);
             EXPECT_EQ(thread.descriptorManager, &secondDescriptors);
-            std::thread([] { EXPECT_EQ(kern::threadState().timerManager, nullptr); }).join();
         }
         EXPECT_EQ(thread.timerManager, nullptr);
         EXPECT_EQ(thread.descriptorManager, nullptr);
     });
-    EXPECT_THAT(checks.take(),
-                ElementsAre(FailedCheck{"CHECKF", "kern_servermanagers.cpp", 38, 0, ""},
-                            FailedCheck{"CHECKF", "kern_servermanagers.cpp", 91, 0, ""}));
+    EXPECT_THAT(failures, ElementsAre(FailedCheck{"CHECKF", "kern_servermanagers.cpp", 38, 0, ""},
+                                      FailedCheck{"CHECKF", "kern_servermanagers.cpp", 91, 0, ""}));
 }
 
 } // namespace
