@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QStringList>
+
+#include <span>
+
+/// The strips that the toolkit's users share: the name of each one's picture file and
+/// what its buttons say. Pictures are the application's own.
+///
+///     strip->setButtonToolTips(QT_ButtonStrips::definition(QT_ButtonStrips::Live).toolTips());
+namespace QT_ButtonStrips {
+
+enum Strip { Review, TagStart, TagEnd, Live, Preview, PlayMode, ListNav };
+
+struct Definition {
+    const char* file;
+    std::span<const char* const> texts; ///< untranslated, in strip order
+
+    /// The texts in the language of the application, by the context "QT_ButtonStrip".
+    QStringList toolTips() const;
+};
+
+const Definition& definition(Strip strip);
+
+/// All of them, in the order of Strip.
+std::span<const Definition> definitions();
+
+} // namespace QT_ButtonStrips

@@ -1,0 +1,42 @@
+#include "qt_focusmark.h"
+
+#include <QPainter>
+#include <QStyle>
+#include <QStyleOptionFocusRect>
+#include <QWidget>
+
+namespace NS_QT {
+
+void FocusMark::focusIn(Qt::FocusReason reason) {
+    switch (reason) {
+    case Qt::MouseFocusReason:
+        d_shown = false;
+        break;
+    case Qt::TabFocusReason:
+    case Qt::BacktabFocusReason:
+    case Qt::ShortcutFocusReason:
+    case Qt::OtherFocusReason:
+        d_shown = true;
+        break;
+    default:
+        break;
+    }
+}
+
+void FocusMark::draw(const QWidget& widget, QPainter& painter, const QRect& rect) const {
+    if (!d_shown || !widget.hasFocus())
+        return;
+    QStyleOptionFocusRect option;
+    option.initFrom(&widget);
+    option.rect = rect;
+    option.state |= QStyle::State_KeyboardFocusChange;
+    option.backgroundColor = widget.palette().color(QPalette::Window);
+    widget.style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, &widget);
+}
+
+bool isPressKey(int key) {
+    return key == Qt::Key_Space || key == Qt::Key_Return || key == Qt::Key_Enter ||
+           key == Qt::Key_Select;
+}
+
+} // namespace NS_QT

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QImage>
+#include <QPainter>
+#include <QWidget>
+
+#include <map>
+#include <string>
+#include <vector>
+
+/// Small pictures as tests write and read them: a character per pixel, '.' transparent.
+using Art = std::vector<std::string>;
+
+namespace art {
+
+inline const std::map<char, QRgb> kColours{{'.', 0},          {'R', 0xffff0000}, {'r', 0x80ff0000},
+                                           {'G', 0xff00ff00}, {'W', 0xffffffff}, {'K', 0xff000000},
+                                           {'w', 0xff7f7f7f}, {'d', 0xff7f0000}, {'g', 0xff007f00},
+                                           {'s', 0x40000000}, {'S', 0xffbf0000}};
+
+inline QImage image(const Art& lines) {
+    QImage image(int(lines[0].size()), int(lines.size()), QImage::Format_ARGB32);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x)
+            image.setPixel(x, y, kColours.at(lines[size_t(y)][size_t(x)]));
+    }
+    return image;
+}
+
+/// The picture alone at a place in transparent surroundings.
+inline QImage placed(const QImage& picture, const QPoint& at, const QSize& size) {
+    QImage target(size, QImage::Format_ARGB32_Premultiplied);
+    target.fill(Qt::transparent);
+    QPainter(&target).drawImage(at, picture);
+    return target.convertToFormat(QImage::Format_ARGB32);
+}
+
+/// What the widget itself draws, without a background, in device pixels.
+inline QImage drawn(QWidget& widget, int ratio = 1) {
+    QImage target(widget.size() * ratio, QImage::Format_ARGB32_Premultiplied);
+    target.setDevicePixelRatio(ratio);
+    target.fill(Qt::transparent);
+    widget.render(&target, {}, {}, {});
+    target.setDevicePixelRatio(1);
+    return target.convertToFormat(QImage::Format_ARGB32);
+}
+
+} // namespace art
