@@ -4,6 +4,7 @@
 #include <charconv>
 #include <concepts>
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -55,21 +56,30 @@ struct DumpPlace {
 /// The place of this program's dumps; neither allocates nor locks.
 DumpPlace dumpPlace(std::string_view executable);
 
-/// Makes the folder's last level and writes the dump over the file. `fault` is that of
-/// core::writeCrashDump. False with the system's text in `error`.
-[[nodiscard]] bool writeDump(const DumpPlace& place, void* fault, std::string& error);
-
-/// What came of a report that a signal's handler wrote; the `fault` of writeDump on Linux.
-struct ReportResult {
+struct DumpResult {
     bool written = false;
-    int error = 0;
+    uint32_t error = 0; ///< the system's number, if it was not
 };
 
-/// On Linux: writes the report of a fault from inside its signal's handler, which was given
-/// `info` and `context`, a siginfo_t and a ucontext_t; neither allocates nor locks. The
-/// safest goes first: should the report itself meet a fault, what was written till then
-/// counts, and `result` is up to date. Alters the context where that lets the stack be
+/// Makes the folder's last level and writes the dump over the file. `fault` is that of
+/// core::writeCrashDump.
+DumpResult writeDump(const DumpPlace& place, void* fault);
+
+/// Writes the dump of a fault from where hardly anything can be had. On Windows `fault` is
+/// the EXCEPTION_POINTERS of a thread at the end of its stack; another thread does the work.
+/// On Linux it is a SignalFault, in the signal's handler; nothing is allocated or locked.
+/// There the safest goes first: should the report meet a fault itself, what was written
+/// till then counts, and `result` is up to date.
+void writeDumpInDistress(void* fault, DumpResult& result);
+
+/// What a signal's handler is given. The context is altered where that lets the stack be
 /// walked.
-void writeFaultReport(const void* info, void* context, ReportResult& result);
+struct SignalFault {
+    const void* info; ///< siginfo_t
+    void* context;    ///< ucontext_t
+};
+
+/// The system's text for an error.
+std::string errorText(uint32_t error);
 
 } // namespace core::detail

@@ -32,13 +32,13 @@ using Line = detail::FixedText<2048>;
 
 class ReportFile {
 public:
-    ReportFile(detail::DumpPlace place, detail::ReportResult& result) {
+    ReportFile(detail::DumpPlace place, detail::DumpResult& result) {
         place.folder.replace('\\', '/');
         place.file.replace('\\', '/');
         ::mkdir(place.folder.c_str(), S_IRWXU | S_IRWXG | S_IRWXO);
         d_file =
             ::open(place.file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-        result = {d_file >= 0, errno};
+        result = {d_file >= 0, static_cast<uint32_t>(errno)};
     }
     ~ReportFile() {
         if (d_file >= 0)
@@ -208,36 +208,30 @@ std::string currentExceptionText() {
     return text;
 }
 
-void writeExceptionReport(const detail::DumpPlace& place, detail::ReportResult& result) {
+} // namespace
+
+detail::DumpResult detail::writeDump(const DumpPlace& place, void*) {
+    DumpResult result;
     const ReportFile file(place, result);
     writeHead(file);
     file.write("C++ exception " + currentExceptionText() + "\n");
     writeMemoryMap(file);
     writeStack(file, false);
+    return result;
 }
 
-} // namespace
-
-void detail::writeFaultReport(const void* info, void* context, ReportResult& result) {
-    auto& interrupted = *static_cast<ucontext_t*>(context);
+void detail::writeDumpInDistress(void* fault, DumpResult& result) {
+    const auto& signalFault = *static_cast<const SignalFault*>(fault);
+    auto& context = *static_cast<ucontext_t*>(signalFault.context);
     const ReportFile file(reportPlace(), result);
     writeHead(file);
-    writeSignal(file, *static_cast<const siginfo_t*>(info));
-    writeRegisters(file, interrupted);
+    writeSignal(file, *static_cast<const siginfo_t*>(signalFault.info));
+    writeRegisters(file, context);
     writeMemoryMap(file);
-    comeBackFromNowhere(interrupted);
+    comeBackFromNowhere(context);
     writeStack(file, true);
 }
 
-bool detail::writeDump(const DumpPlace& place, void* fault, std::string& error) {
-    ReportResult result;
-    if (fault != nullptr)
-        result = *static_cast<const ReportResult*>(fault);
-    else
-        writeExceptionReport(place, result);
-    if (!result.written)
-        error = std::strerror(result.error);
-    return result.written;
-}
+std::string detail::errorText(uint32_t error) { return std::strerror(static_cast<int>(error)); }
 
 } // namespace core

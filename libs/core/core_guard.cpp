@@ -46,19 +46,22 @@ int detail::runCatching(StartFunction start, int argc, char** argv) noexcept {
     }
 }
 
-int32_t writeCrashDump(void* fault) {
+void detail::recordDump(const DumpResult& result) {
     const std::string executable = Wrapper::moduleBaseName();
     const std::string_view module = dumpModuleName(executable);
     const std::string_view tag = dumpVersionTag();
-    const detail::DumpPlace place = detail::dumpPlace(executable);
-    std::string error;
-    if (detail::writeDump(place, fault, error))
+    const DumpPlace place = dumpPlace(executable);
+    if (result.written)
         CORE_LOGF(kChannelCrit, "Wrote minidump for '%s' to '%s', version '%s'", module,
                   place.file.view(), tag);
     else
         CORE_LOGF(kChannelCrit, "Failed to write minidump for '%s' to '%s', version '%s' (%s)",
-                  module, place.file.view(), tag, error);
+                  module, place.file.view(), tag, errorText(result.error));
     recordCrash(module, tag);
+}
+
+int32_t writeCrashDump(void* fault) {
+    detail::recordDump(detail::writeDump(detail::dumpPlace(Wrapper::moduleBaseName()), fault));
     return 1;
 }
 

@@ -37,9 +37,9 @@ int runGuardedWith(StartFunction start, int argc, char** argv);
 /// not; and a line in the file dumps.log of the folder Paths::Logs, if that exists. The
 /// dump of an earlier crash of the same build is replaced.
 ///
-/// `fault` is what the system tells about it: on Windows EXCEPTION_POINTERS; null for an
-/// exception of C++, which then is the current one. Returns 1, by which an exception
-/// filter asks for its handler. For the guard; the folders must have been set.
+/// `fault` is the EXCEPTION_POINTERS of a structured exception, or null for the current
+/// exception of C++, the only kind on Linux. Returns 1, by which an exception filter asks
+/// for its handler. For the guard; the folders must have been set.
 int32_t writeCrashDump(void* fault);
 
 /// Ends the process at once: buffered output is written, but neither exit handlers nor
@@ -76,6 +76,10 @@ namespace detail {
 
 /// The platform's guard without the switch that leaves it out.
 int runUnderGuard(StartFunction start, int argc, char** argv);
+
+/// The lines about a dump that has been written, or not: the rest of writeCrashDump.
+struct DumpResult;
+void recordDump(const DumpResult& result);
 
 /// `start`, with kCrashStatus for an exception.
 int runCatching(StartFunction start, int argc, char** argv) noexcept;

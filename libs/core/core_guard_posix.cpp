@@ -32,8 +32,8 @@ public:
     FaultGuard(const FaultGuard&) = delete;
     FaultGuard& operator=(const FaultGuard&) = delete;
 
-    sigjmp_buf resume;           ///< where the thread goes on after a fault
-    detail::ReportResult report; ///< of that fault
+    sigjmp_buf resume;       ///< where the thread goes on after a fault
+    detail::DumpResult dump; ///< of that fault
 
     /// Takes a fault of the guarded thread; async-signal-safe. One that comes while the
     /// first is reported cuts the report short; a third ends the process.
@@ -98,7 +98,8 @@ void FaultGuard::take(const siginfo_t* info, void* context) {
     if (d_stage == Stage::Running) {
         d_stage = Stage::Reporting;
         limitTime();
-        detail::writeFaultReport(info, context, report);
+        detail::SignalFault fault{info, context};
+        detail::writeDumpInDistress(&fault, dump);
     }
     d_stage = Stage::Recording;
     siglongjmp(resume, 1);
@@ -114,7 +115,7 @@ void endProcess(int status) {
 int detail::runUnderGuard(StartFunction start, int argc, char** argv) {
     FaultGuard guard;
     if (sigsetjmp(guard.resume, 0) != 0) {
-        writeCrashDump(&guard.report);
+        recordDump(guard.dump);
         return kCrashStatus;
     }
     return runCatching(start, argc, argv);

@@ -1,17 +1,20 @@
 #include "core_guard.h"
+
+#include "core_crashdump_calls.h"
 #include "core_utf.h"
 
 #include <windows.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <utility>
 
 namespace core {
 namespace {
 
 /// Stack that the system keeps back for the handler of a stack overflow, in bytes.
-constexpr ULONG kHandlerStackSize = 131072;
+constexpr ULONG kHandlerStackSize = 65536;
 
 /// A link of the thread's chain of exception handlers, which begins at fs:0. The
 /// system knows the first two fields and hands the link to its handler.
@@ -20,6 +23,7 @@ struct GuardFrame {
     PEXCEPTION_HANDLER handler;
     void* resume[5]; // as __builtin_setjmp wants it
     bool handling = false;
+    std::optional<detail::DumpResult> unrecorded; // a dump whose lines are still to come
 };
 
 [[noreturn]] void endNow(int status) {
@@ -58,7 +62,12 @@ EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establ
     if (std::exchange(frame->handling, true))
         endNow(kCrashStatus); // a fault of what follows
     EXCEPTION_POINTERS pointers{record, context};
-    writeCrashDump(&pointers);
+    // Next to nothing is left of a stack that has overflowed; Wine does not even keep what
+    // it guarantees. There is a stack again after the jump.
+    if (record->ExceptionCode == EXCEPTION_STACK_OVERFLOW)
+        detail::writeDumpInDistress(&pointers, frame->unrecorded.emplace());
+    else
+        writeCrashDump(&pointers);
     unwindTo(frame, record);
     __builtin_longjmp(frame->resume, 1);
 }
@@ -66,8 +75,10 @@ EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establ
 /// g++ has no __try for this target, so the frame is chained by hand. The compiler's
 /// own jump is used since the runtime's would unwind once more.
 int runChained(StartFunction start, int argc, char** argv) {
-    GuardFrame frame{chainHead(), onException, {}, false};
+    GuardFrame frame{chainHead(), onException, {}, false, {}};
     if (__builtin_setjmp(frame.resume) != 0) {
+        if (frame.unrecorded)
+            detail::recordDump(*frame.unrecorded);
         setChainHead(frame.previous);
         return kCrashStatus;
     }

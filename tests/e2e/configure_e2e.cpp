@@ -3,15 +3,74 @@
 #include "core_guard.h"
 #include "core_log.h"
 
+#include <QApplication>
+#include <QTimer>
 #include <cstring>
+#include <map>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <thread>
 
 // The tool with a process entry of its own, for what the real one offers nobody:
-//     configure_e2e [--stop-on-check] [--show WARN|INFO|NORM]... [ARGUMENT]...
+//     configure_e2e [--stop-on-check] [--crash KIND] [--show WARN|INFO|NORM]... [ARGUMENT]...
 // All else is as in the real entry, which gets the arguments that follow.
 
 namespace {
+
+volatile int zero = 0;
+
+__attribute__((noinline)) void divideByZero() { zero = 100 / zero; }
+
+__attribute__((noinline)) void jumpToNowhere() {
+    void (*volatile nowhere)() = nullptr;
+    nowhere();
+    zero = 0; // so that it is a call
+}
+
+int overflowStack(int depth) {
+    int (*volatile deeper)(int) = overflowStack; // or the compiler takes it apart
+    volatile char frame[4096] = {};
+    return deeper(depth + 1) + frame[depth % 4096];
+}
+
+void throwException() { throw std::runtime_error("out of paper"); }
+
+void crashOnAnotherThread() { std::thread(core::deliberateFault).join(); }
+
+bool crashesAtExit = false;
+
+const struct CrashAtExit {
+    ~CrashAtExit() {
+        if (crashesAtExit)
+            core::deliberateFault();
+    }
+} crashAtExit;
+
+void closeAndCrashAtExit() {
+    crashesAtExit = true;
+    QApplication::closeAllWindows();
+}
+
+const std::map<std::string_view, void (*)()> kCrashes = {
+    {"division", divideByZero},
+    {"badJump", jumpToNowhere},
+    {"stackOverflow", [] { overflowStack(0); }},
+    {"exception", throwException},
+    {"thread", crashOnAnotherThread},
+    {"exit", closeAndCrashAtExit},
+};
+void (*crash)() = nullptr;
+
+/// As soon as the dialog is open; an exception at once, since it would not get through the
+/// system's part of the event loop.
+void crashIfAsked() {
+    if (crash == throwException)
+        crash();
+    else if (crash != nullptr)
+        QTimer::singleShot(0, crash);
+}
+Q_COREAPP_STARTUP_FUNCTION(crashIfAsked)
 
 /// Reports like the default handler, but has the program stop.
 bool stopOnCheck(const char* condition, const char* file, int32_t line, int32_t level,
@@ -35,6 +94,8 @@ int takeOptions(int argc, char** argv) {
     for (; next < argc; ++next) {
         if (std::strcmp(argv[next], "--stop-on-check") == 0) {
             core::Assert::setFailureHandler(stopOnCheck);
+        } else if (std::strcmp(argv[next], "--crash") == 0 && next + 1 < argc) {
+            crash = kCrashes.at(argv[++next]);
         } else if (std::strcmp(argv[next], "--show") == 0 && next + 1 < argc) {
             const int32_t channel = channelNamed(argv[++next]);
             core::MasterLogger::setChannelEnabled(channel, true);

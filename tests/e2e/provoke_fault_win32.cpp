@@ -3,11 +3,12 @@
 #include <tlhelp32.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
-// Has the main thread of a running program jump to nowhere, as an overwritten pointer
+// Has the main thread of a running program jump to an address, as an overwritten pointer
 // would, so that its fault is one of the program itself:
-//     provoke_fault NAME.exe
+//     provoke_fault NAME.exe ADDRESS
 
 namespace {
 
@@ -40,13 +41,13 @@ DWORD mainThreadOf(DWORD process) {
     return found;
 }
 
-bool jumpToNowhere(HANDLE thread) {
+bool jump(HANDLE thread, DWORD address) {
     if (SuspendThread(thread) == static_cast<DWORD>(-1))
         return false;
     CONTEXT context{};
     context.ContextFlags = CONTEXT_CONTROL;
     bool done = GetThreadContext(thread, &context) != 0;
-    context.Eip = 0;
+    context.Eip = address;
     done = done && SetThreadContext(thread, &context) != 0;
     return ResumeThread(thread) != static_cast<DWORD>(-1) && done;
 }
@@ -54,10 +55,10 @@ bool jumpToNowhere(HANDLE thread) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const DWORD process = argc == 2 ? processNamed(argv[1]) : 0;
+    const DWORD process = argc == 3 ? processNamed(argv[1]) : 0;
     const DWORD threadId = process != 0 ? mainThreadOf(process) : 0;
     HANDLE thread = threadId != 0 ? OpenThread(THREAD_ALL_ACCESS, FALSE, threadId) : nullptr;
-    if (thread == nullptr || !jumpToNowhere(thread)) {
+    if (thread == nullptr || !jump(thread, std::strtoul(argv[2], nullptr, 0))) {
         std::fprintf(stderr, "provoke_fault: error %lu\n", GetLastError());
         return 1;
     }

@@ -117,6 +117,24 @@ WRITTEN = [
 ]
 
 
+TAG = "tag_orvistrand_2_1_rc_1_220329-103018"
+
+
+class Crash(NamedTuple):
+    """The program crashes while the dialog is open."""
+    name: str
+    kind: str  # the helper's word for it
+    function: Optional[str]  # where; None if the dump need not know
+
+
+CRASHES = [
+    Crash("division", "division", "divideByZero"),
+    Crash("bad_jump", "badJump", "jumpToNowhere"),
+    Crash("stack_overflow", "stackOverflow", "overflowStack"),
+    Crash("exception", "exception", None),
+]
+
+
 def rows(table):
     """Gives a class one test for each row, which its method `check` judges."""
     def decorate(cls):
@@ -172,6 +190,14 @@ class Scenario(unittest.TestCase):
         """Leaves no application data folder to be found; the line that reports it."""
         self.platform.common_data.rmdir()
         return "[CRIT] GASSERT failed at cutl_environment.cpp:106 (CHECKF) ()\n"
+
+    def assert_evidence(self, result, program, stdout=""):
+        """That the program ended by a crash that it told about; what the dump holds."""
+        name = f"{program.stem}-{TAG}.dmp"
+        stdout += (f"[CRIT] Wrote minidump for '{program.stem}' to '.\\dumps\\{name}', "
+                   f"version '{TAG}'\n")
+        self.assert_ended(result, stdout, self.platform.crash_status)
+        return self.platform.open_dump(self.work / "dumps" / name, program)
 
     def assert_ended(self, result, stdout="", status=0):
         self.assertEqual((result.status, result.stdout), (status, stdout), result.stderr)
@@ -302,11 +328,16 @@ class Stopping(Scenario):
     """Runs that end by a fault: with the guard its status, without it the fault's own."""
 
     def assert_stopped(self, line):
-        for arguments, status in (([], self.platform.crash_status),
-                                  (["jitd"], self.platform.fault_status)):
+        for arguments in ([], ["jitd"]):
             process = self.platform.start(self.desktop, self.work, arguments,
                                           helper=["--stop-on-check"])
-            self.assert_ended(finish(process), line, status)
+            result = finish(process)
+            if arguments:
+                self.assert_ended(result, line, self.platform.fault_status)
+            else:
+                evidence = self.assert_evidence(result, self.platform.helper, line)
+                self.assertEqual(evidence.cause, self.platform.causes["null write"])
+                self.assertEqual(evidence.functions[0], "core::deliberateFault()")
 
     def test_a_handler_may_stop_without_data_folder(self):
         self.assert_stopped(self.lose_data_folder())
@@ -338,6 +369,33 @@ class Stopping(Scenario):
         before = self.store(NVR)
         self.assert_ended(self.run_tool(NEW_ADDRESS, TAB, NEW_PORT, ENTER, arguments=["jitd"]))
         self.assert_replaced(before, CHANGED)
+
+
+@rows(CRASHES)
+class Crashing(Scenario):
+    """Runs that end by a crash of the program itself."""
+
+    def crash(self, kind):
+        (self.work / "files").mkdir()
+        return finish(self.platform.start(self.desktop, self.work, helper=["--crash", kind]))
+
+    def check(self, row):
+        helper = self.platform.helper
+        evidence = self.assert_evidence(self.crash(row.kind), helper)
+        record = (self.work / "files" / "dumps.log").read_text("ascii")
+        self.assertRegex(record, rf"^\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d: {helper.stem} {TAG}\n$")
+        self.assertEqual(evidence.cause, self.platform.causes[row.name.replace("_", " ")])
+        self.assertIn(helper.name, evidence.modules)
+        if row.function is not None:
+            self.assertIn(row.function, " ".join(evidence.functions[:2]))
+
+    def test_on_another_thread_is_left_to_the_system(self):
+        self.assertEqual(self.crash("thread").status, self.platform.fault_status)
+        self.assertEqual(os.listdir(self.work), ["files"])
+
+    def test_at_exit_is_left_to_the_system(self):
+        self.assertEqual(self.crash("exit").status, self.platform.fault_status)
+        self.assertEqual(os.listdir(self.work), ["files"])
 
 
 class Logging(Scenario):

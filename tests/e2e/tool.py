@@ -10,6 +10,7 @@ from pathlib import Path
 from typing import NamedTuple
 
 from desktop import PATIENCE, ending_with_parent
+from dump import open_report
 
 # What root has to give up for a file's permissions to mean something to it.
 PRIVILEGES = "-dac_override,-dac_read_search"
@@ -48,10 +49,12 @@ class Linux:
     stored_mode = 0o600
     crash_status = 129  # -127 in the eight bits of a status
     fault_status = -signal.SIGSEGV
+    causes = {"null write": "Signal 11", "division": "Signal 8", "bad jump": "Signal 11",
+              "stack overflow": "Signal 11", "exception": ""}
 
     def __init__(self, tool, helper, common_data):
         self.tool = tool
-        self._helper = helper
+        self.helper = helper
         self.common_data = Path(common_data)
 
     @staticmethod
@@ -75,11 +78,15 @@ class Linux:
         """Starts the tool with `folder` as its working directory, or the copy of it named
         `program`, or, with a list of `helper` options, the build of it that offers them.
         A confined one obeys file permissions even when root runs it."""
-        program = [program or self.tool] if helper is None else [self._helper, *helper]
+        program = [program or self.tool] if helper is None else [self.helper, *helper]
         command = ending_with_parent([*(confinement() if confined else []), *program, *arguments])
         return subprocess.Popen(command, cwd=folder, env=self._environment(desktop),
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True)
+
+    @staticmethod
+    def open_dump(dump, _program):
+        return open_report(dump)
 
     @staticmethod
     def provoke_fault(process):

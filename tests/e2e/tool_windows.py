@@ -6,6 +6,7 @@ import subprocess
 from pathlib import Path
 
 from desktop import PATIENCE, ending_with_parent
+from dump import open_minidump
 
 
 class Windows:
@@ -16,11 +17,14 @@ class Windows:
     stored_mode = None  # Windows lets a new file inherit its folder's permissions
     crash_status = 129  # -127 in the eight bits that Wine passes on
     fault_status = 0xC0000005 & 0xFF  # that of the system for an access violation
+    causes = {"null write": "Exception 0xc0000005", "division": "Exception 0xc0000094",
+              "bad jump": "Exception 0xc0000005", "stack overflow": "Exception 0xc00000fd",
+              "exception": ""}
 
     def __init__(self, wine, tool, helper, prefix):
         self._wine = wine
         self.tool = tool
-        self._helper = helper
+        self.helper = helper
         self._prefix = prefix
         self._running = None
         self.common_data = prefix / "drive_c" / "ProgramData"
@@ -45,16 +49,21 @@ class Windows:
 
     def start(self, desktop, folder, arguments=(), program=None, helper=None, confined=False):
         """As Linux.start; `confined` is always so here."""
-        program = [program or self.tool] if helper is None else [self._helper, *helper]
+        program = [program or self.tool] if helper is None else [self.helper, *helper]
         self._running = self._environment(desktop)
         return subprocess.Popen(ending_with_parent([self._wine, *program, *arguments]),
                                 cwd=folder, env=self._running, stdin=subprocess.DEVNULL,
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
 
-    def provoke_fault(self, process):
-        """Has the main thread of the running tool jump to nowhere."""
+    @staticmethod
+    def open_dump(dump, program):
+        return open_minidump(dump, program)
+
+    def provoke_fault(self, process, address="0"):
+        """Has the main thread of the running tool jump to nowhere, or to an address."""
         assert process.poll() is None
-        subprocess.run([self._wine, self.tool.with_name("provoke_fault.exe"), self.tool.name],
+        provoke = self.tool.with_name("provoke_fault.exe")
+        subprocess.run([self._wine, provoke, self.tool.name, address],
                        env=self._running, check=True, timeout=PATIENCE)
 
     def _environment(self, desktop):

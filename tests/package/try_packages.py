@@ -22,10 +22,12 @@ REPOSITORY = Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(REPOSITORY / "tests" / "e2e"))
 
 from desktop import PATIENCE, Desktop, ending_with_parent  # noqa: E402
+from dump import lldb, open_minidump  # noqa: E402
 from tool import Linux, finish  # noqa: E402
 from tool_windows import Windows, fresh_prefix  # noqa: E402
 
 DIST = REPOSITORY / "dist"
+PROVOKE_FAULT = REPOSITORY / "build" / "win32" / "run" / "provoke_fault.exe"
 WINE = REPOSITORY / "tools" / "windows" / "wine"
 
 BEFORE = b"[NVR]\nAddress 10.0.0.1\nPort 80\n"
@@ -196,14 +198,31 @@ def working_directory(link):
     return None
 
 
+class CrashOfAnOperator(WindowsTrial):
+    """The program crashes where it is in use; its dump is opened where it was built."""
+
+    def test_shows_the_function(self):
+        folder = self.unpacked(the_only("*-win_i686.zip"), self.folder / "in use")
+        shutil.copy(PROVOKE_FAULT, folder)
+        debug = self.unpacked(the_only("*-win_i686-debug.zip"), self.folder) / "configure.exe.debug"
+        found = lldb(f"target create '{debug}'", "image lookup --name core::deliberateFault")
+        address = re.search(r"\[(0x[0-9a-f]+)\]", found)[1]
+
+        platform = self.platform(folder)
+        process = platform.start(self.desktop, folder)
+        self.desktop.wait_for_window(process, platform.window_class)
+        platform.provoke_fault(process, address)
+        self.assertEqual(finish(process).status, platform.crash_status)
+
+        dump, = (folder / "dumps").iterdir()
+        evidence = open_minidump(dump, folder / "configure.exe", debug)
+        self.assertEqual(evidence.cause, platform.causes["null write"])
+        self.assertEqual(evidence.functions[0], "core::deliberateFault()")
+
+
 class DebugInformation(Trial):
     question = "image lookup --verbose --name configure::runApplication"
     line = r"LineEntry: .*/configure\.cpp:\d+"
-
-    def lldb(self, folder, *commands):
-        options = [word for command in commands for word in ("-o", command)]
-        return subprocess.run(["lldb", "--batch", *options], cwd=folder, text=True, check=False,
-                              stdout=subprocess.PIPE, stderr=subprocess.DEVNULL).stdout
 
     def check_link(self, program, folder):
         """That the program names its file in `folder`, and the sum of just that file."""
@@ -223,7 +242,8 @@ class DebugInformation(Trial):
             text=True).stdout)[1])
         # Before 15, lldb does not follow the links of Windows programs by itself.
         adding = [] if version >= 15 else ["target symbols add configure.exe.debug"]
-        answer = self.lldb(folder, "target create configure.exe", *adding, self.question)
+        answer = lldb("target create configure.exe", *adding, self.question,
+                      folder=folder)
         self.assertRegex(answer, self.line)
 
     def test_linux_program_and_file_belong_together(self):
@@ -233,8 +253,8 @@ class DebugInformation(Trial):
         programs = self.folder / "usr" / "bin"
         debug = self.folder / "usr" / "lib" / "debug" / "usr" / "bin"
         self.check_link(programs / "orvistrand-configure", debug)
-        answer = self.lldb(programs, f"settings set target.debug-file-search-paths {debug}",
-                           "target create orvistrand-configure", self.question)
+        answer = lldb(f"settings set target.debug-file-search-paths {debug}",
+                           "target create orvistrand-configure", self.question, folder=programs)
         self.assertRegex(answer, self.line)
 
 
