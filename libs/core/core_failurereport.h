@@ -2,9 +2,9 @@
 
 #include "core_check.h"
 
-#include <compare>
 #include <cstdint>
 #include <string>
+#include <tuple>
 
 /// The documents that tell a collecting server what failed.
 namespace core {
@@ -17,7 +17,9 @@ struct FailureSite {
     std::string file;
     int32_t line = 0;
 
-    auto operator<=>(const FailureSite&) const = default;
+    bool operator<(const FailureSite& other) const {
+        return std::tie(type, file, line) < std::tie(other.type, other.file, other.line);
+    }
 };
 
 /// All failures of one site: the texts are those of the latest one.

@@ -14,15 +14,14 @@ void FailureTable::add(FailureReport failure) {
     entry->second = std::move(failure);
 }
 
-std::vector<FailureReport>
-FailureTable::takeUnsent(const std::function<bool(FailureType)>& wanted) {
+std::vector<FailureReport> FailureTable::takeUnsent(FailureType type) {
     std::vector<FailureReport> unsent;
     const std::lock_guard lock(d_mutex);
     for (auto& [site, report] : d_reports) {
-        if (report.count == 0 || !wanted(site.type))
-            continue;
-        unsent.push_back(report);
-        report.count = 0;
+        if (site.type == type && report.count != 0) {
+            unsent.push_back(report);
+            report.count = 0;
+        }
     }
     return unsent;
 }

@@ -3,7 +3,6 @@
 #include "core_failurereport.h"
 
 #include <cstdint>
-#include <functional>
 #include <map>
 #include <mutex>
 #include <vector>
@@ -19,8 +18,8 @@ public:
     /// A failure of a known site replaces its texts and raises both counts by one.
     void add(FailureReport failure);
 
-    /// What failed since it was last taken, of the types that are wanted.
-    std::vector<FailureReport> takeUnsent(const std::function<bool(FailureType)>& wanted);
+    /// What failed since it was last taken.
+    std::vector<FailureReport> takeUnsent(FailureType type);
 
     /// Makes reports that were taken, but did not reach anyone, unsent again.
     void putBack(const FailureReport& report);

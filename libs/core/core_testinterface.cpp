@@ -11,9 +11,16 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <utility>
+#include <vector>
 
 namespace core {
+namespace {
+
+std::string textOf(const char* text) { return text != nullptr ? text : ""; }
+
+} // namespace
 
 struct TestInterface::Loaded {
     TestSettings settings;
@@ -94,8 +101,8 @@ bool TestInterface::abortsOn(FailureType type) {
 void TestInterface::report(FailureType type, const char* condition, const char* file, int32_t line,
                            int32_t level, const std::string& message) {
     const TestSettings asked = settings();
-    FailureReport failure{.site = {type, file, line},
-                          .condition = condition,
+    FailureReport failure{.site = {type, textOf(file), line},
+                          .condition = textOf(condition),
                           .message = message,
                           .backtrace = {},
                           .level = level};
@@ -110,21 +117,27 @@ uint64_t TestInterface::reportCount(FailureType type) { return collected().failu
 
 void TestInterface::sendAsserts() {
     const TestSettings asked = settings();
+    for (const FailureType type : {FailureType::Assertion, FailureType::Alert}) {
+        if (asked.asksFor(TestSettings::kSend, type))
+            sendUnsent(type, asked);
+    }
+}
+
+void TestInterface::sendUnsent(FailureType type, const TestSettings& asked) {
     FailureTable& failures = collected().failures;
-    const std::vector<FailureReport> unsent = failures.takeUnsent(
-        [&asked](FailureType type) { return asked.asksFor(TestSettings::kSend, type); });
+    const std::vector<FailureReport> unsent = failures.takeUnsent(type);
     if (unsent.empty())
         return;
     const std::shared_ptr<const Udp4Socket> socket = collected().openSocket();
     if (socket == nullptr)
         logf(kChannelWarn, "TestInterface:sendAsserts - failed creating socket");
+    const ReportContext context{.server = asked.sendAddress,
+                                .aborts = asked.asksFor(TestSettings::kAbort, type),
+                                .time = now()};
     for (const FailureReport& report : unsent) {
-        const std::string document =
-            assertDocument(report, {.server = asked.sendAddress,
-                                    .aborts = asked.asksFor(TestSettings::kAbort, report.site.type),
-                                    .time = now()});
         if (socket == nullptr ||
-            !socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort), document))
+            !socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
+                          assertDocument(report, context)))
             failures.putBack(report);
     }
 }

@@ -55,6 +55,7 @@ private:
     constexpr TestInterface() = default;
     const Loaded* loaded();
     Collected& collected();
+    void sendUnsent(FailureType type, const TestSettings& asked);
 
     std::atomic<bool> d_loadStarted{false};
     std::atomic<const Loaded*> d_loaded{nullptr}; // never deleted, as the next

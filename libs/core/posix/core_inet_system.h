@@ -16,7 +16,7 @@ using AddressLength = socklen_t;
 using ReceiveTimeout = timeval;
 
 inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
-    return {milliseconds / 1000, milliseconds % 1000 * 1000};
+    return {milliseconds / 1000, milliseconds % 1000 * 1000L};
 }
 
 } // namespace core::detail
