@@ -1,8 +1,7 @@
 #include "kern_timerinterface.h"
 
 #include "check_recorder.h"
-#include "core_varargs.h"
-#include "kern_servermanagers.h"
+#include "scripted_timers.h"
 
 #include <functional>
 #include <gmock/gmock.h>
@@ -12,26 +11,8 @@
 namespace {
 
 using test::FailedCheck;
+using test::ScriptedTimers;
 using testing::ElementsAre;
-
-/// Notes what it is asked, and answers what the test says.
-struct ScriptedManager : kern::TimerManager {
-    int64_t startTimer(uint32_t interval, kern::TimerInterface*) override {
-        calls.push_back(core::format("start %u", interval));
-        return nextId;
-    }
-    int32_t removeTimers(kern::TimerInterface*) override {
-        calls.push_back("remove");
-        return removed;
-    }
-    void killTimer(int64_t id, kern::TimerInterface*) override {
-        calls.push_back(core::format("kill %d", id));
-    }
-
-    std::vector<std::string> calls;
-    int64_t nextId = 1;
-    int32_t removed = -1;
-};
 
 struct NullDescriptors : kern::DescriptorManager {
     bool watchRead(intptr_t, kern::DescriptorInterface*) override { return false; }
@@ -59,7 +40,7 @@ std::vector<FailedCheck> failuresOf(const std::function<void()>& body) {
 
 TEST(TimerInterface, CountsTheTimersThatManagersGrant) {
     const auto failures = failuresOf([] {
-        ScriptedManager manager;
+        ScriptedTimers manager;
         Clock clock;
         manager.nextId = int64_t{1} << 40;
         EXPECT_EQ(clock.startTimer(0x7fffffff), manager.nextId);
@@ -85,7 +66,7 @@ TEST(TimerInterface, ReportsCallsOutsideItsManagersTime) {
         Clock clock, orphan;
         EXPECT_EQ(clock.startTimer(1), 0);
         {
-            ScriptedManager manager;
+            ScriptedTimers manager;
             clock.startTimer(1);
             orphan.startTimer(1);
         }
@@ -100,7 +81,7 @@ TEST(TimerInterface, ReportsCallsOutsideItsManagersTime) {
 
 TEST(TimerInterface, HandlesHoldOneTimerOrNone) {
     const auto failures = failuresOf([] {
-        ScriptedManager manager;
+        ScriptedTimers manager;
         Clock clock;
         kern::TimerHandle handle;
         clock.killTimer(handle);
@@ -135,7 +116,7 @@ TEST(TimerInterface, IsDestroyedWithItsTimers) {
         SCOPED_TRACE(row.line);
         const test::ScopedAssertionLevel level(row.level);
         const auto failures = failuresOf([&] {
-            ScriptedManager manager;
+            ScriptedTimers manager;
             manager.removed = row.removed;
             std::optional<Clock> clock(std::in_place);
             for (int32_t i = 0; i < row.timers; ++i)
@@ -152,9 +133,9 @@ TEST(ServerManagers, TheLastOneIsTheThreadsOwn) {
     const auto failures = failuresOf([] {
         const kern::ThreadState& thread = kern::threadState();
         {
-            std::optional<ScriptedManager> first(std::in_place);
+            std::optional<ScriptedTimers> first(std::in_place);
             std::optional<NullDescriptors> firstDescriptors(std::in_place);
-            ScriptedManager second;
+            ScriptedTimers second;
             NullDescriptors secondDescriptors;
             first.reset();
             firstDescriptors.reset();
