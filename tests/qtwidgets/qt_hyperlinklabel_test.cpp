@@ -1,5 +1,6 @@
 #include "qt_hyperlinklabel.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
@@ -32,6 +33,22 @@ TEST(HyperlinkLabel, ClicksByMouseAndKeyboardWhileItIsALink) {
     label.setEnabled(false);
     pressEverything();
     EXPECT_EQ(clicks.size(), 5);
+}
+
+TEST(HyperlinkLabel, IsALinkToScreenReaders) {
+    HyperlinkLabel label("Open the manual");
+    const QSignalSpy clicks(&label, SIGNAL(clicked()));
+    QAccessibleInterface* const access = QAccessible::queryAccessibleInterface(&label);
+    ASSERT_NE(access, nullptr);
+    EXPECT_EQ(access->role(), QAccessible::Link);
+    EXPECT_EQ(access->text(QAccessible::Name), "Open the manual");
+    access->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    label.setLinkEnabled(false);
+    access->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+    EXPECT_EQ(access->role(), QAccessible::StaticText);
+    label.setAccessibleName("Manual");
+    EXPECT_EQ(access->text(QAccessible::Name), "Manual");
+    EXPECT_EQ(clicks.size(), 1);
 }
 
 TEST(HyperlinkLabel, MayBeDeletedByItsSlot) {

@@ -1,5 +1,7 @@
 #include "qt_hyperlinklabel.h"
 
+#include <QAccessible>
+#include <QAccessibleWidget>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -9,12 +11,53 @@
 #include <QTextDocument>
 
 namespace NS_QT {
+namespace {
+
+// What screen readers are told: a link with its text, which can be pressed.
+class LinkAccess : public QAccessibleWidget {
+public:
+    explicit LinkAccess(HyperlinkLabel* label) : QAccessibleWidget(label) {}
+
+    QAccessible::Role role() const override {
+        return label()->linkEnabled() ? QAccessible::Link : QAccessible::StaticText;
+    }
+    QString text(QAccessible::Text kind) const override {
+        const QString text = QAccessibleWidget::text(kind);
+        return text.isEmpty() && kind == QAccessible::Name ? label()->text() : text;
+    }
+    QStringList actionNames() const override {
+        return QStringList{pressAction()} + QAccessibleWidget::actionNames();
+    }
+    void doAction(const QString& name) override {
+        if (name == pressAction())
+            label()->click();
+        else
+            QAccessibleWidget::doAction(name);
+    }
+
+private:
+    HyperlinkLabel* label() const { return static_cast<HyperlinkLabel*>(widget()); }
+};
+
+QAccessibleInterface* makeLinkAccess(const QString&, QObject* object) {
+    auto* const label = qobject_cast<HyperlinkLabel*>(object);
+    return label != nullptr ? new LinkAccess(label) : nullptr;
+}
+
+} // namespace
 
 HyperlinkLabel::HyperlinkLabel(QWidget* parent) : HyperlinkLabel({}, parent) {}
 
-HyperlinkLabel::HyperlinkLabel(const QString& text, QWidget* parent) : QLabel(text, parent) {
+HyperlinkLabel::HyperlinkLabel(const QString& text, QWidget* parent) : QLabel(parent) {
+    QAccessible::installFactory(&makeLinkAccess); // known already, it stays one
     installEventFilter(this);
     followParent();
+    setText(text); // given to QLabel's constructor, screen readers would see a mere label
+}
+
+void HyperlinkLabel::click() {
+    if (isEnabled() && d_linkEnabled)
+        emit clicked();
 }
 
 // A parent's palette is ours only as long as nobody sets one of our own, which is what
@@ -61,10 +104,9 @@ bool HyperlinkLabel::event(QEvent* event) {
 bool HyperlinkLabel::eventFilter(QObject* object, QEvent* event) {
     if (event->type() == QEvent::PaletteChange) {
         updateAppearance();
-    } else if (object == this && event->type() == QEvent::MouseButtonPress && isEnabled() &&
-               d_linkEnabled) {
+    } else if (object == this && event->type() == QEvent::MouseButtonPress) {
         const QPointer<QObject> self = this;
-        emit clicked();
+        click();
         if (self == nullptr)
             return true; // nobody is left to receive the event
     }
@@ -77,7 +119,7 @@ void HyperlinkLabel::keyPressEvent(QKeyEvent* event) {
     if (!d_linkEnabled || !isPress)
         QLabel::keyPressEvent(event);
     else if (!event->isAutoRepeat())
-        emit clicked();
+        click();
 }
 
 QRect HyperlinkLabel::focusRect() const {

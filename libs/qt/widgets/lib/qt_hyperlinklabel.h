@@ -42,6 +42,10 @@ public:
     bool italic() const { return d_italic; }
     void setItalic(bool italic) { change(d_italic, italic); }
 
+public slots:
+    /// Emits clicked(), if the label is enabled and a link.
+    void click();
+
 signals:
     void clicked();
     void linkAppearanceChanged();

@@ -1,16 +1,18 @@
 #include "qt_iconfactory.h"
 
+#include <iterator>
+
 namespace {
 
-constexpr int kIconTypes = 0
-#define QT_ICON_TYPE(name, value) +1
+constexpr QT_IconFactory::IconType kAll[] = {
+#define QT_ICON_TYPE(name, value) QT_IconFactory::name,
 #include "qt_icontypes.inc"
 #undef QT_ICON_TYPE
-    ;
-static_assert(kIconTypes == 617);
+};
+static_assert(std::size(kAll) == 617);
 
 core::EnumNames makeTypeNames() {
-    return core::EnumNames("IconType", 0, "Unknown").reserve(kIconTypes)
+    return core::EnumNames("IconType", 0, "Unknown").reserve(std::size(kAll))
 #define QT_ICON_TYPE(name, value) .add("QT_IconFactory::" #name, QT_IconFactory::name)
 #include "qt_icontypes.inc"
 #undef QT_ICON_TYPE

@@ -8,7 +8,7 @@
 class QT_IconFactory {
 public:
     enum IconType : int32_t {
-#define QT_ICON_TYPE(name, value) name = value,
+#define QT_ICON_TYPE(name, value) name = (value),
 #include "qt_icontypes.inc"
 #undef QT_ICON_TYPE
     };

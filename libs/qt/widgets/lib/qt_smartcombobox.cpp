@@ -54,7 +54,7 @@ std::string StringComboBox::key(int index) const {
     return itemData(index).toByteArray().toStdString();
 }
 
-void StringComboBox::setCurrentKey(std::string key) {
+void StringComboBox::setCurrentKey(const std::string& key) {
     if (const int index = findData(stored(key)); index >= 0)
         setCurrentIndex(index);
 }

@@ -69,7 +69,7 @@ public:
     std::string currentKey() const { return key(currentIndex()); }
 
 public slots:
-    void setCurrentKey(std::string key);
+    void setCurrentKey(const std::string& key);
     void slotActivated(int index);
 
 signals:
