@@ -8,7 +8,6 @@ namespace {
 
 using core::EnumNames;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 EnumNames colours() { return EnumNames("Colour", -1, "None").add("Red", 1).add("Green", 2); }
 

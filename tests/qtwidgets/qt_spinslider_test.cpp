@@ -13,7 +13,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class TestedSlider : public NS_QT::SpinSlider {
 public:
