@@ -17,6 +17,8 @@ Gallery::Gallery() : d_pages(new QTabWidget(this)), d_signalled(new QLabel(this)
     d_signalled->setText("Signals of the widgets appear here.");
     addPage("inputs", "Numbers and choices", &makeInputsPage);
     addPage("links", "Links, icons, messages", &makeLinksPage);
+    addPage("buttons", "Buttons", &makeButtonsPage);
+    addPage("strips", "Strips", &makeStripsPage);
     addPage("dialog", "Built dialog", &makeDialogPage);
 }
 

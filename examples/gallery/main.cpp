@@ -7,6 +7,7 @@
 // Without a display, set QT_QPA_PLATFORM=offscreen for pictures.
 
 #include "gallery.h"
+#include "qt_timermanager.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -24,7 +25,7 @@ void addOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription("Shows every widget of the toolkit.");
     parser.addHelpOption();
     parser.addOptions({
-        {"page", "Shows this page first: inputs, links, dialog.", "name"},
+        {"page", "Shows this page first: inputs, links, buttons, strips, dialog.", "name"},
         {"scale", "Draws everything so many times as large.", "factor"},
         {"dark", "Dark colours."},
         {"rtl", "From right to left."},
@@ -70,6 +71,7 @@ int main(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     const QApplication application(argc, argv);
+    const NS_QT::QtTimerManager timers; // for buttons that repeat
     parser.process(arguments);
 
     if (parser.isSet("dark")) {

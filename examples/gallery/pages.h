@@ -14,6 +14,8 @@ using Report = std::function<void(const QString& text)>;
 /// The pages; each widget stands there in every state. The caller owns them.
 QWidget* makeInputsPage(const Report& report);
 QWidget* makeLinksPage(const Report& report);
+QWidget* makeButtonsPage(const Report& report);
+QWidget* makeStripsPage(const Report& report);
 QWidget* makeDialogPage(const Report& report);
 
 } // namespace gallery
