@@ -101,8 +101,13 @@ void writeSignal(const ReportFile& file, const siginfo_t& info) {
     file.write(line << "\n");
 }
 
+template <typename T>
+T* pointerTo(uintptr_t address) {
+    return reinterpret_cast<T*>(address); // NOLINT(performance-no-int-to-ptr)
+}
+
 bool isCode(uintptr_t address, dl_find_object& object) {
-    return _dl_find_object(reinterpret_cast<void*>(address), &object) == 0;
+    return _dl_find_object(pointerTo<void>(address), &object) == 0;
 }
 
 #if defined(__x86_64__)
@@ -122,14 +127,14 @@ void writeRegisters(const ReportFile& file, const ucontext_t& context) {
 }
 
 /// After a jump to nowhere the walk would end where it begins, so it begins at the jump,
-/// before the address that the call has pushed.
-void comeBackFromNowhere(ucontext_t& context) {
+/// before the address that the call has pushed. The stack may be nowhere, too.
+__attribute__((no_sanitize("address", "undefined"))) void comeBackFromNowhere(ucontext_t& context) {
     greg_t& programCounter = context.uc_mcontext.gregs[REG_RIP];
     greg_t& stackPointer = context.uc_mcontext.gregs[REG_RSP];
     dl_find_object object;
     if (isCode(static_cast<uintptr_t>(programCounter), object))
         return;
-    programCounter = *reinterpret_cast<const greg_t*>(stackPointer) - 1;
+    programCounter = *pointerTo<const greg_t>(static_cast<uintptr_t>(stackPointer)) - 1;
     stackPointer += static_cast<greg_t>(sizeof(greg_t));
 }
 
@@ -151,7 +156,7 @@ void writeMemoryMap(const ReportFile& file) {
 
 void writeFrame(const ReportFile& file, unsigned number, uintptr_t address) {
     std::array<char, kNameSize> name{"?"};
-    absl::Symbolize(reinterpret_cast<const void*>(address), name.data(), kNameSize);
+    absl::Symbolize(pointerTo<const void>(address), name.data(), kNameSize);
     Line line;
     addTwoDigits(line << "    #", static_cast<int32_t>(number)) << " ";
     line.addHex(address) << " in " << name.data();
