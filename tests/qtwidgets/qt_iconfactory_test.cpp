@@ -20,19 +20,8 @@ TEST(QT_IconFactory, NamesEveryTypeButTheGaps) {
         else
             EXPECT_EQ(names.valueOf(name), value);
     }
-    std::set<int32_t> expected{0, kHighest + 1};
-    using Run = std::pair<int32_t, int32_t>;
-    for (const auto& [first, last] : {Run{201, 201},
-                                      {208, 208},
-                                      {215, 215},
-                                      {222, 222},
-                                      {288, 296},
-                                      {426, 428},
-                                      {504, 517},
-                                      {545, 548},
-                                      {617, 618},
-                                      {641, 641},
-                                      {650, 651}}) {
+    std::set<int32_t> expected{0, 201, 208, 215, 222, 617, 618, 641, 650, 651, kHighest + 1};
+    for (const auto& [first, last] : {std::pair{288, 296}, {426, 428}, {504, 517}, {545, 548}}) {
         for (int32_t value = first; value <= last; ++value)
             expected.insert(value);
     }
@@ -41,32 +30,25 @@ TEST(QT_IconFactory, NamesEveryTypeButTheGaps) {
     EXPECT_EQ(names.valueOf("Tick"), 0) << "without the class";
 }
 
-// One name of each stretch between gaps.
+// The last one before each gap.
 TEST(QT_IconFactory, NumbersNeverChange) {
     using F = QT_IconFactory;
-    const struct {
-        F::IconType type;
-        int32_t value;
-        std::string_view name;
-    } rows[] = {
-        {F::Tick, 1, "QT_IconFactory::Tick"},
-        {F::CameraError, 200, "QT_IconFactory::CameraError"},
-        {F::CameraNetworkDown, 207, "QT_IconFactory::CameraNetworkDown"},
-        {F::CameraPtzAction, 214, "QT_IconFactory::CameraPtzAction"},
-        {F::CameraPtzNetworkDown, 221, "QT_IconFactory::CameraPtzNetworkDown"},
-        {F::IncidentReportOptions, 287, "QT_IconFactory::IncidentReportOptions"},
-        {F::LayoutRestore, 425, "QT_IconFactory::LayoutRestore"},
-        {F::ArrowWest, 503, "QT_IconFactory::ArrowWest"},
-        {F::AccessRights, 544, "QT_IconFactory::AccessRights"},
-        {F::PingException, 616, "QT_IconFactory::PingException"},
-        {F::Plugin, 640, "QT_IconFactory::Plugin"},
-        {F::UsbButton, 649, "QT_IconFactory::UsbButton"},
-        {F::VmdRecordingActive, 656, "QT_IconFactory::VmdRecordingActive"},
-    };
-    for (const auto& row : rows) {
-        EXPECT_EQ(row.type, row.value) << row.name;
-        EXPECT_EQ(QT_IconFactory::typeNames().nameOf(row.value), row.name);
-    }
+    const std::pair<F::IconType, int32_t> rows[] = {{F::CameraError, 200},
+                                                    {F::CameraNetworkDown, 207},
+                                                    {F::CameraPtzAction, 214},
+                                                    {F::CameraPtzNetworkDown, 221},
+                                                    {F::IncidentReportOptions, 287},
+                                                    {F::LayoutRestore, 425},
+                                                    {F::ArrowWest, 503},
+                                                    {F::AccessRights, 544},
+                                                    {F::PingException, 616},
+                                                    {F::Plugin, 640},
+                                                    {F::UsbButton, 649},
+                                                    {F::VmdRecordingActive, 656}};
+    for (const auto& [type, value] : rows)
+        EXPECT_EQ(type, value);
+    EXPECT_EQ(F::typeNames().nameOf(1), "QT_IconFactory::Tick");
+    EXPECT_EQ(F::typeNames().valueOf("QT_IconFactory::VmdRecordingActive"), kHighest);
 }
 
 } // namespace
