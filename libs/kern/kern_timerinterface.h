@@ -14,7 +14,7 @@ struct TimerHandle {
 
 /// Base class of objects that own timers, scheduled by the TimerManager of the thread:
 ///
-///     class Blinker : public kern::TimerInterface {
+///     class Blinker final : public kern::TimerInterface {
 ///         void start() { restartTimer(d_blink, 500); }
 ///         void timerExpired(int64_t id) override { ... }
 ///         kern::TimerHandle d_blink;

@@ -27,7 +27,8 @@
 ///
 /// Keyboard: the button takes the focus by Tab, not by the mouse; Space and Enter press
 /// it while they are held, Escape takes the press back. So does disabling or hiding the
-/// button, or leaving its window. Screen readers find a button named by its accessible name or its tool tip.
+/// button, or leaving its window. Screen readers find a button named by its accessible
+/// name or its tool tip.
 ///
 /// Slots may delete the button. GUI thread only.
 class QT_Button : public QWidget, public kern::TimerInterface {
