@@ -40,18 +40,21 @@ GuardFrame* chainHead() {
 void setChainHead(GuardFrame* frame) { asm volatile("movl %0, %%fs:0" : : "r"(frame) : "memory"); }
 
 /// Lets the handlers inside of `frame` clean up and takes them off the chain.
-/// RtlUnwind returns here with the stack as it was, but keeps no other register.
+/// RtlUnwind returns here with the stack as it was, but keeps no other register. Clang 14
+/// exchanges two operands in registers where nearly all others are lost, hence one.
 void unwindTo(GuardFrame* frame, EXCEPTION_RECORD* record) {
+    void* arguments[] = {frame, record};
+    void** operand = arguments;
     asm volatile("pushl %%ebp\n\t"
                  "pushl $0\n\t"
-                 "pushl %%edx\n\t"
+                 "pushl 4(%%eax)\n\t"
                  "pushl $1f\n\t"
-                 "pushl %%eax\n\t"
+                 "pushl (%%eax)\n\t"
                  "call _RtlUnwind@16\n"
                  "1:\tpopl %%ebp"
-                 : "+a"(frame), "+d"(record)
+                 : "+a"(operand)
                  :
-                 : "ebx", "ecx", "esi", "edi", "memory", "cc");
+                 : "ebx", "ecx", "edx", "esi", "edi", "memory", "cc");
 }
 
 EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* record, void* establisher,

@@ -36,7 +36,7 @@ public:
     /// Starts the symbol engine. On Windows it looks for symbols in the current folder,
     /// in the executable's folder, in "symbols" below that, and in the system's folders.
     StackTrace();
-    ~StackTrace();
+    ~StackTrace(); // NOLINT(performance-trivially-destructible): it is not, on Windows
     StackTrace(const StackTrace&) = delete;
     StackTrace& operator=(const StackTrace&) = delete;
 

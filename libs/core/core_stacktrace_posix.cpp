@@ -3,8 +3,10 @@
 #include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
 
+#include <absl/debugging/internal/demangle.h>
 #include <absl/debugging/stacktrace.h>
 #include <absl/debugging/symbolize.h>
+#include <elfutils/libdw.h>
 #include <elfutils/libdwfl.h>
 #include <fcntl.h>
 #include <link.h>
@@ -13,9 +15,11 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 #include <iterator>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 namespace core {
@@ -37,8 +41,68 @@ int openModule(Dwfl_Module*, void**, const char* image, Dwarf_Addr, char** path,
     return file;
 }
 
-/// Asks no server for debug information, unlike the library's own default.
-constexpr Dwfl_Callbacks kCallbacks{openModule, dwfl_build_id_find_debuginfo, nullptr, nullptr};
+/// Looks on this machine only: where the user's settings name servers of debug
+/// information, the library's default would ask them.
+int findDebugFile(Dwfl_Module* module, void** data, const char* name, Dwarf_Addr base,
+                  const char* image, const char* link, GElf_Word sum, char** path) {
+    const auto find = std::getenv("DEBUGINFOD_URLS") == nullptr ? dwfl_standard_find_debuginfo
+                                                                : dwfl_build_id_find_debuginfo;
+    return find(module, data, name, base, image, link, sum, path);
+}
+
+/// The demangler ends the names of C++ functions by "()" already, those of C not.
+std::string functionText(std::string_view name) {
+    if (name.ends_with("()"))
+        name.remove_suffix(2);
+    return std::string(name) + "()";
+}
+
+std::string functionAt(const char* address) {
+    char name[kLongestName];
+    const bool found = absl::Symbolize(address, name, sizeof name);
+    return found ? functionText(name) : "";
+}
+
+/// For names in a file apart from the program, in which Abseil does not look.
+std::string symbolAt(Dwfl_Module* module, uintptr_t address) {
+    GElf_Off offset = 0;
+    GElf_Sym symbol{};
+    const char* const name =
+        dwfl_module_addrinfo(module, address, &offset, &symbol, nullptr, nullptr, nullptr);
+    if (name == nullptr || offset >= symbol.st_size)
+        return {};
+    char demangled[kLongestName];
+    const bool isMangled = absl::debugging_internal::Demangle(name, demangled, sizeof demangled);
+    return functionText(isMangled ? demangled : name);
+}
+
+/// The compilation unit that holds the address. It is searched for where the table of
+/// them does not name it: Clang writes none.
+Dwarf_Die* unitAt(Dwfl_Module* module, uintptr_t address, Dwarf_Addr& bias) {
+    Dwarf_Die* unit = dwfl_module_addrdie(module, address, &bias);
+    if (unit != nullptr && dwarf_haspc(unit, address - bias) > 0)
+        return unit;
+    unit = nullptr;
+    while ((unit = dwfl_module_nextcu(module, unit, &bias)) != nullptr) {
+        if (dwarf_haspc(unit, address - bias) > 0)
+            break;
+    }
+    return unit;
+}
+
+void findLine(Dwfl_Module* module, uintptr_t address, StackFrame& frame) {
+    Dwarf_Addr bias = 0;
+    Dwarf_Die* const unit = unitAt(module, address, bias);
+    Dwarf_Line* const line = unit != nullptr ? dwarf_getsrc_die(unit, address - bias) : nullptr;
+    const char* const file = line != nullptr ? dwarf_linesrc(line, nullptr, nullptr) : nullptr;
+    int number = 0;
+    if (file == nullptr || dwarf_lineno(line, &number) != 0)
+        return;
+    frame.sourceFile = file;
+    frame.line = static_cast<uint32_t>(number);
+}
+
+constexpr Dwfl_Callbacks kCallbacks{openModule, findDebugFile, nullptr, nullptr};
 
 /// What libdw knows of this process; made once and kept, since reading debug
 /// information takes far longer than a walk. libdw is not made for several threads,
@@ -67,19 +131,15 @@ public:
         return report(module) && dwfl_report_end(d_dwfl, nullptr, nullptr) == 0;
     }
 
-    /// Fills in all but the function; false when no module holds the address.
+    /// Fills in all but a function that is known; false when no module holds the address.
     bool locate(uintptr_t address, StackFrame& frame) {
         const std::lock_guard lock(d_mutex);
         Dwfl_Module* const module = dwfl_addrmodule(d_dwfl, address);
         if (module == nullptr)
             return false;
-        if (Dwfl_Line* const line = dwfl_module_getsrc(module, address)) {
-            int number = 0;
-            const char* const file =
-                dwfl_lineinfo(line, nullptr, &number, nullptr, nullptr, nullptr);
-            frame.sourceFile = file != nullptr ? file : "";
-            frame.line = static_cast<uint32_t>(number);
-        }
+        if (frame.function.empty())
+            frame.function = symbolAt(module, address);
+        findLine(module, address, frame);
         const char* mainFile = nullptr;
         const char* debugFile = nullptr;
         const char* const name = dwfl_module_info(module, nullptr, nullptr, nullptr, nullptr,
@@ -127,23 +187,15 @@ int addLoadedModule(dl_phdr_info* info, size_t, void* modules) {
     return 0;
 }
 
-std::string functionAt(uintptr_t address) {
-    char name[kLongestName];
-    if (!absl::Symbolize(reinterpret_cast<const void*>(address), name, sizeof name))
-        return {};
-    std::string_view function = name;
-    if (function.ends_with("()"))
-        function.remove_suffix(2);
-    return std::string(function) + "()";
-}
-
-StackFrame frameAt(Symbols& symbols, uintptr_t address) {
+StackFrame frameAt(Symbols& symbols, const char* pointer) {
+    const auto address = reinterpret_cast<uintptr_t>(pointer);
     StackFrame frame;
     errno = 0;
-    frame.function = functionAt(address);
+    frame.function = functionAt(pointer);
+    const bool located = symbols.locate(address, frame);
     if (frame.function.empty())
         detail::logNoSymbol(address, static_cast<uint32_t>(errno));
-    if (!symbols.locate(address, frame))
+    if (!located)
         detail::logNoModuleInfo();
     return frame;
 }
@@ -202,12 +254,12 @@ void StackTrace::loadModules() {
     loadModules();
     std::vector<void*> addresses = returnAddresses(__builtin_return_address(0));
     addresses.insert(addresses.begin(), addressInCaller());
-    for (void* const address : addresses) {
+    for (const void* const address : addresses) {
         if (frames.size() >= maxFrames)
             break;
         // What follows a call may belong to the next line or function.
-        frames.push_back(
-            frameAt(*static_cast<Symbols*>(d_process), reinterpret_cast<uintptr_t>(address) - 1));
+        const char* const call = static_cast<const char*>(address) - 1;
+        frames.push_back(frameAt(*static_cast<Symbols*>(d_process), call));
     }
     return true;
 }
