@@ -246,6 +246,17 @@ class DebugInformation(Trial):
                       folder=folder)
         self.assertRegex(answer, self.line)
 
+    def test_windows_program_finds_its_own_symbols(self):
+        folder = self.unpacked(the_only("*-win_i686.zip"), self.folder)
+        program = (folder / "configure.exe").read_bytes()
+        header, = struct.unpack_from("<I", program, 0x3C)
+        debug_stripped = 0x200  # with it, Windows would look for another kind of file
+        self.assertFalse(struct.unpack_from("<H", program, header + 22)[0] & debug_stripped)
+        record = program.index(b"RSDS") + 4
+        identity, name = program[record:record + 16], program[record + 20:].split(b"\0")[0]
+        self.assertEqual(name, b"configure.pdb")
+        self.assertIn(identity, (folder / "symbols" / "configure.pdb").read_bytes())
+
     def test_linux_program_and_file_belong_together(self):
         subprocess.run(["dpkg-deb", "--extract", the_only("*.deb"), self.folder], check=True)
         subprocess.run(["tar", "-xf", the_only("*-linux_*-debug.tar.xz"), "-C", self.folder],

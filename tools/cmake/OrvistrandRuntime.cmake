@@ -1,6 +1,15 @@
 # What Windows programs need beside them. All of them are built into one folder, run/,
 # in which they run in place; the tool is installed with the same files.
 
+# Debian's Abseil passes on options for GNU's linker that lld does not know.
+get_property(imported DIRECTORY PROPERTY IMPORTED_TARGETS)
+list(FILTER imported INCLUDE REGEX "^absl::")
+foreach(library IN LISTS imported)
+    get_target_property(needed ${library} INTERFACE_LINK_LIBRARIES)
+    list(FILTER needed EXCLUDE REGEX "^-Wl,--(push|pop)-state")
+    set_target_properties(${library} PROPERTIES INTERFACE_LINK_LIBRARIES "${needed}")
+endforeach()
+
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/run")
 set(ORVISTRAND_PLUGIN_FOLDER 3rdparty/qt5/plugins) # below the working directory of the tool
 

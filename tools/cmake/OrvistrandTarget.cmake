@@ -23,6 +23,26 @@ function(orvistrand_target name)
             -fno-sanitize-recover=all)
         target_link_options(${name} PUBLIC -fsanitize=${ORVISTRAND_SANITIZE})
     endif()
+    get_target_property(type ${name} TYPE)
+    if(ORVISTRAND_PDB AND type STREQUAL EXECUTABLE)
+        orvistrand_pdb(${name})
+    endif()
+endfunction()
+
+# What Windows itself reads names and lines from, NAME.pdb beside the program.
+if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
+    set(ORVISTRAND_PDB ON)
+    find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
+elseif(CMAKE_TOOLCHAIN_FILE MATCHES clang)
+    message(WARNING "${CMAKE_BINARY_DIR} stays with the compiler that it was made for, whose "
+        "programs have no PDB. Remove it once.")
+endif()
+function(orvistrand_pdb name)
+    set(pdb "$<TARGET_FILE_DIR:${name}>/${name}.pdb")
+    # The program names the file without a folder.
+    target_link_options(${name} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${name}.pdb)
+    add_custom_command(TARGET ${name} POST_BUILD VERBATIM
+        COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/windows/drop_frame_data.py ${pdb})
 endfunction()
 
 include(GNUInstallDirs)
