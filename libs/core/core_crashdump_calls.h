@@ -45,7 +45,7 @@ private:
     size_t d_size = 0;
 };
 
-using PathText = FixedText<1024>;
+using PathText = FixedText<4096>;
 
 /// Where a dump goes, with '\\' between folders on Linux, too.
 struct DumpPlace {

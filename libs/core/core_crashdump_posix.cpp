@@ -15,12 +15,12 @@
 #include <unwind.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iterator>
 #include <memory>
-#include <span>
 
 namespace core {
 namespace {

@@ -73,12 +73,12 @@ private:
 Arguments splitCommandLine(std::string_view commandLine);
 
 namespace detail {
+struct DumpResult;
 
 /// The platform's guard without the switch that leaves it out.
 int runUnderGuard(StartFunction start, int argc, char** argv);
 
 /// The lines about a dump that has been written, or not: the rest of writeCrashDump.
-struct DumpResult;
 void recordDump(const DumpResult& result);
 
 /// `start`, with kCrashStatus for an exception.

@@ -56,11 +56,17 @@ void limitTime() {
     struct sigaction action {};
     action.sa_handler = endLate;
     sigaction(SIGALRM, &action, nullptr);
-    sigset_t late;
-    sigemptyset(&late);
-    sigaddset(&late, SIGALRM);
-    pthread_sigmask(SIG_UNBLOCK, &late, nullptr);
     alarm(kTimeLimit);
+}
+
+/// Lets further faults in, and the end of the time, whatever the fault's place has blocked.
+void unblockSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGALRM);
+    for (const int fault : kFaults)
+        sigaddset(&signals, fault);
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 void onFault(int signal, siginfo_t* info, void* context) {
@@ -80,7 +86,7 @@ FaultGuard::FaultGuard() : d_outer(std::exchange(current, this)) {
 
     struct sigaction action {};
     action.sa_sigaction = onFault;
-    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER; // also for faults in the handler
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
     for (size_t i = 0; i < kFaults.size(); ++i)
         sigaction(kFaults[i], &action, &d_previousActions[i]);
 }
@@ -95,6 +101,7 @@ FaultGuard::~FaultGuard() {
 void FaultGuard::take(const siginfo_t* info, void* context) {
     if (d_stage == Stage::Recording)
         _exit(kCrashStatus);
+    unblockSignals();
     if (d_stage == Stage::Running) {
         d_stage = Stage::Reporting;
         limitTime();

@@ -20,9 +20,9 @@ namespace {
 
 volatile int zero = 0;
 
-__attribute__((noinline)) void divideByZero() { zero = 100 / zero; }
+__attribute__((noinline, no_sanitize("undefined"))) void divideByZero() { zero = 100 / zero; }
 
-__attribute__((noinline)) void jumpToNowhere() {
+__attribute__((noinline, no_sanitize("undefined"))) void jumpToNowhere() {
     void (*volatile nowhere)() = nullptr;
     nowhere(); // NOLINT(clang-analyzer-core*)
     zero = 0;  // so that it is a call
