@@ -50,17 +50,21 @@ int findDebugFile(Dwfl_Module* module, void** data, const char* name, Dwarf_Addr
     return find(module, data, name, base, image, link, sum, path);
 }
 
-/// The demangler ends the names of C++ functions by "()" already, those of C not.
-std::string functionText(std::string_view name) {
-    if (name.ends_with("()"))
-        name.remove_suffix(2);
-    return std::string(name) + "()";
+/// Demangles a name unless it is already. Abseil does not know the tag that functions
+/// bear which return a std::string; it ends the names of C++ functions by "()".
+std::string functionText(std::string name) {
+    constexpr std::string_view kTag = "B5cxx11";
+    if (const size_t tag = name.find(kTag); tag != std::string::npos)
+        name.erase(tag, kTag.size());
+    char demangled[kLongestName];
+    if (absl::debugging_internal::Demangle(name.c_str(), demangled, sizeof demangled))
+        name = demangled;
+    return name.ends_with("()") ? name : name + "()";
 }
 
 std::string functionAt(const char* address) {
     char name[kLongestName];
-    const bool found = absl::Symbolize(address, name, sizeof name);
-    return found ? functionText(name) : "";
+    return absl::Symbolize(address, name, sizeof name) ? functionText(name) : "";
 }
 
 /// For names in a file apart from the program, in which Abseil does not look.
@@ -69,11 +73,7 @@ std::string symbolAt(Dwfl_Module* module, uintptr_t address) {
     GElf_Sym symbol{};
     const char* const name =
         dwfl_module_addrinfo(module, address, &offset, &symbol, nullptr, nullptr, nullptr);
-    if (name == nullptr || offset >= symbol.st_size)
-        return {};
-    char demangled[kLongestName];
-    const bool isMangled = absl::debugging_internal::Demangle(name, demangled, sizeof demangled);
-    return functionText(isMangled ? demangled : name);
+    return name != nullptr && offset < symbol.st_size ? functionText(name) : "";
 }
 
 /// The compilation unit that holds the address. It is searched for where the table of
@@ -131,9 +131,11 @@ public:
         return report(module) && dwfl_report_end(d_dwfl, nullptr, nullptr) == 0;
     }
 
-    /// Fills in all but a function that is known; false when no module holds the address.
-    bool locate(uintptr_t address, StackFrame& frame) {
+    /// Fills in what is known; false when no module holds the address.
+    bool locate(const char* pointer, StackFrame& frame) {
         const std::lock_guard lock(d_mutex);
+        const auto address = reinterpret_cast<uintptr_t>(pointer);
+        frame.function = functionAt(pointer);
         Dwfl_Module* const module = dwfl_addrmodule(d_dwfl, address);
         if (module == nullptr)
             return false;
@@ -187,14 +189,13 @@ int addLoadedModule(dl_phdr_info* info, size_t, void* modules) {
     return 0;
 }
 
-StackFrame frameAt(Symbols& symbols, const char* pointer) {
-    const auto address = reinterpret_cast<uintptr_t>(pointer);
+StackFrame frameAt(Symbols& symbols, const char* address) {
     StackFrame frame;
     errno = 0;
-    frame.function = functionAt(pointer);
     const bool located = symbols.locate(address, frame);
+    const auto error = static_cast<uint32_t>(errno);
     if (frame.function.empty())
-        detail::logNoSymbol(address, static_cast<uint32_t>(errno));
+        detail::logNoSymbol(reinterpret_cast<uintptr_t>(address), error);
     if (!located)
         detail::logNoModuleInfo();
     return frame;

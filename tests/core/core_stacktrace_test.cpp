@@ -78,12 +78,12 @@ struct Known {
     std::string text;
 };
 
-[[gnu::noinline]] void takeText(Known& known) {
-    known.textLine = __LINE__, known.text = core::StackTrace{}.getStackText(), ++known.calls;
+[[gnu::noinline]] std::string takeText(Known& known) {
+    return known.textLine = __LINE__, core::StackTrace{}.getStackText();
 }
 
 [[gnu::noinline]] void callTakeText(Known& known) {
-    known.callerLine = __LINE__, takeText(known), ++known.calls;
+    known.callerLine = __LINE__, known.text = takeText(known), ++known.calls;
 }
 
 [[gnu::noinline]] void logOwnStack(Known& known, int32_t channel) {
