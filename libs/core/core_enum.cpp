@@ -6,9 +6,7 @@
 #include <absl/container/flat_hash_map.h>
 #include <absl/strings/string_view.h>
 #include <algorithm>
-#include <atomic>
 #include <memory_resource>
-#include <utility>
 
 namespace core {
 namespace {
@@ -51,27 +49,34 @@ EnumNames::EnumNames(std::string typeName, int32_t unknownValue, std::string unk
     : d_typeName(std::move(typeName)),
       d_unknownValue(unknownValue),
       d_unknownName(std::move(unknownName)),
-      d_table(std::make_shared<Table>()) {}
+      d_table(std::make_unique<Table>()) {}
 
-EnumNames::Table& EnumNames::ownTable() {
-    if (d_table.use_count() > 1) {
-        const auto shared = std::exchange(d_table, std::make_shared<Table>());
-        d_table->reserve(shared->byName.size());
-        for (const auto& [name, value] : shared->byName)
-            d_table->insert(name, value);
-    }
-    // Whoever shared it may have read it on another thread until a moment ago.
-    std::atomic_thread_fence(std::memory_order_acquire);
-    return *d_table;
+EnumNames::EnumNames(const EnumNames& other)
+    : EnumNames(other.d_typeName, other.d_unknownValue, other.d_unknownName) {
+    d_table->reserve(other.size());
+    for (const auto& [name, value] : other.d_table->byName)
+        d_table->insert(name, value);
 }
 
-EnumNames& EnumNames::reserve(size_t pairs) {
-    ownTable().reserve(pairs);
+EnumNames::EnumNames(EnumNames&& other) noexcept = default;
+
+EnumNames& EnumNames::operator=(EnumNames other) noexcept {
+    d_typeName.swap(other.d_typeName);
+    std::swap(d_unknownValue, other.d_unknownValue);
+    d_unknownName.swap(other.d_unknownName);
+    d_table.swap(other.d_table);
     return *this;
 }
 
-EnumNames& EnumNames::add(std::string_view name, int32_t value) {
-    CHECKF(ownTable().insert(keyOf(name), value),
+EnumNames::~EnumNames() = default;
+
+EnumNames& EnumNames::reserve(size_t pairs) & {
+    d_table->reserve(pairs);
+    return *this;
+}
+
+EnumNames& EnumNames::add(std::string_view name, int32_t value) & {
+    CHECKF(d_table->insert(keyOf(name), value),
            core::format("(%s) - duplicate entry '%s'", d_typeName, name));
     return *this;
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace core {
 
@@ -15,22 +16,25 @@ namespace core {
 ///     colours.valueOf("Red"); // 1
 ///
 /// What is missing is answered with the unknown pair, which is no entry itself.
-/// A value: copies are independent, and cost little as they share the table until one
-/// of them adds to it. Any number of threads may read at once.
+/// Copies are independent; an object that was moved from can only be assigned to or
+/// destroyed. Any number of threads may read at once.
 class EnumNames {
 public:
     EnumNames(std::string typeName, int32_t unknownValue, std::string unknownName);
-    EnumNames(const EnumNames&) = default; // moving, too, is copying
-    EnumNames& operator=(const EnumNames&) = default;
-    ~EnumNames() = default;
+    EnumNames(const EnumNames& other);
+    EnumNames(EnumNames&& other) noexcept;
+    EnumNames& operator=(EnumNames other) noexcept;
+    ~EnumNames();
 
     /// Makes room for that many pairs; worth it for large tables only. Returns this object.
-    EnumNames& reserve(size_t pairs);
+    EnumNames& reserve(size_t pairs) &;
+    EnumNames&& reserve(size_t pairs) && { return std::move(reserve(pairs)); }
 
     /// Adds a pair and returns this object, so that a whole table is one expression.
     /// A name or a value that is there already: a failed check, and the new pair is
     /// dropped.
-    EnumNames& add(std::string_view name, int32_t value);
+    EnumNames& add(std::string_view name, int32_t value) &;
+    EnumNames&& add(std::string_view name, int32_t value) && { return std::move(add(name, value)); }
 
     const std::string& typeName() const { return d_typeName; }
     size_t size() const;
@@ -46,12 +50,11 @@ public:
 
 private:
     struct Table;
-    Table& ownTable();
 
     std::string d_typeName;
     int32_t d_unknownValue;
     std::string d_unknownName;
-    std::shared_ptr<Table> d_table; // never null; unchanged while shared
+    std::unique_ptr<Table> d_table; // null in what was moved from
 };
 
 } // namespace core
