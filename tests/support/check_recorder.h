@@ -44,6 +44,14 @@ public:
         return std::exchange(s_recorded, {});
     }
 
+    /// The same by condition and file, "CHECKF qt_button.cpp", where lines may move.
+    std::vector<std::string> takeSites() {
+        std::vector<std::string> sites;
+        for (const FailedCheck& check : take())
+            sites.push_back(check.condition + ' ' + check.file);
+        return sites;
+    }
+
 private:
     static bool record(const char* condition, const char* file, int32_t line, int32_t level,
                        const std::string& message) {
