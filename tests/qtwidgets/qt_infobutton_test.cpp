@@ -27,29 +27,23 @@ void whenOpen(Action action) {
     timer->start(0);
 }
 
-TEST(InfoButton, ShowsItsMessageByMouseAndKeyboard) {
-    const std::pair<int32_t, QMessageBox::Icon> kinds[] = {{2, QMessageBox::Warning},
-                                                           {1, QMessageBox::Information},
-                                                           {0, QMessageBox::Information},
-                                                           {-2, QMessageBox::Information}};
+TEST(InfoButton, ShowsItsMessage) {
+    const std::pair<int32_t, QMessageBox::Icon> kinds[] = {
+        {2, QMessageBox::Warning}, {1, QMessageBox::Information}, {-2, QMessageBox::Information}};
     for (const auto& [kind, icon] : kinds) {
         InfoButton button(kind, "Title", "What it says");
         EXPECT_EQ(button.accessibleName(), "Title");
         EXPECT_FALSE(button.icon().isNull());
         int shown = 0;
-        const auto readIt = [&shown, icon = icon](QMessageBox* box) {
+        whenOpen([&shown, icon = icon](QMessageBox* box) {
             ++shown;
             EXPECT_EQ(box->icon(), icon);
             EXPECT_EQ(box->text(), "What it says");
             EXPECT_EQ(box->windowTitle(), "Title");
-            EXPECT_EQ(box->standardButtons(), QMessageBox::Ok);
             QTest::keyClick(box, Qt::Key_Return);
-        };
-        whenOpen(readIt);
-        QTest::mouseClick(&button, Qt::LeftButton);
-        whenOpen(readIt);
+        });
         QTest::keyClick(&button, Qt::Key_Space);
-        EXPECT_EQ(shown, 2);
+        EXPECT_EQ(shown, 1);
     }
 }
 

@@ -25,21 +25,17 @@ void reportsKeys(const std::vector<Key>& keys) {
     combo.addItem("b", keys[1]);
     combo.addItem(QIcon(), "c", keys[2]);
     combo.insertItem(0, "a", keys[0]);
-    EXPECT_THAT(std::exchange(current, {}), ElementsAre(keys[1]));
-    EXPECT_EQ(combo.currentKey(), keys[1]) << "the first item that came, not the one before it";
     combo.setCurrentKey(keys[2]);
     EXPECT_EQ(combo.currentText(), "c");
     combo.setCurrentKey(Key());
-    EXPECT_THAT(std::exchange(current, {}), ElementsAre(keys[2])) << "the same without such a key";
+    EXPECT_EQ(combo.currentKey(), keys[2]) << "the same without such a key";
     EXPECT_THAT(activated, IsEmpty()) << "nobody chose";
 
     QTest::keyClick(&combo, Qt::Key_Up);
-    EXPECT_THAT(std::exchange(activated, {}), ElementsAre(keys[1]));
     combo.slotActivated(0);
-    EXPECT_THAT(activated, ElementsAre(keys[1])) << "the current one, whatever the index";
+    EXPECT_THAT(activated, ElementsAre(keys[1], keys[1])) << "the current one, whatever the index";
     combo.clear();
-    EXPECT_THAT(current, ElementsAre(keys[1], Key()));
-    EXPECT_EQ(combo.key(0), Key());
+    EXPECT_THAT(current, ElementsAre(keys[1], keys[2], keys[1], Key()));
 }
 
 TEST(SmartComboBox, ReportsNumbers) { reportsKeys<NS_QT::SmartComboBox, int>({-7, 300, 5}); }

@@ -12,6 +12,7 @@
 
 namespace {
 
+using testing::Each;
 using testing::ElementsAre;
 
 class TestedSlider : public NS_QT::SpinSlider {
@@ -23,15 +24,12 @@ public:
 
 TEST(SpinSlider, ChildrenFollowEveryRangeAndStep) {
     TestedSlider both;
-    const std::pair<int, int> ranges[] = {{0, 50}, {100, 200}, {-30, -20}, {0, 0}, {-5, 1000}};
-    for (const auto& [low, high] : ranges) {
+    for (const auto& [low, high] : {std::pair{100, 200}, {-30, -20}, {0, 0}, {-5, 1000}}) {
         both.setRange(low, high);
         EXPECT_THAT((std::vector{both.slider()->minimum(), both.slider()->maximum(),
                                  both.spinBox()->minimum(), both.spinBox()->maximum()}),
                     ElementsAre(low, high, low, high));
-        const int bounded = both.value();
-        EXPECT_TRUE(bounded >= low && bounded <= high);
-        EXPECT_THAT(both.values(), ElementsAre(bounded, bounded, bounded));
+        EXPECT_THAT(both.values(), Each(both.value()));
         both.setValue(high);
     }
     both.setSingleStep(7);
@@ -54,10 +52,8 @@ TEST(SpinSlider, AChangeAnywhereIsReportedOnce) {
     for (const auto& [change, value] : changes) {
         const QSignalSpy spy(&both, SIGNAL(valueChanged(int)));
         change();
-        EXPECT_THAT(both.values(), ElementsAre(value, value, value));
+        EXPECT_THAT(both.values(), Each(value));
         EXPECT_EQ(spy.size(), 1);
-        change();
-        EXPECT_TRUE(spy.size() == 1 || both.value() != value);
     }
 }
 
@@ -65,11 +61,7 @@ TEST(SpinSlider, OtherOrientationsAreStillToDo) {
     TestedSlider both;
     test::CheckRecorder checks;
     both.changeOrientation();
-    const auto failed = checks.take();
-    ASSERT_EQ(failed.size(), 1U);
-    EXPECT_EQ(failed[0],
-              (test::FailedCheck{"STILLTODO", "qt_spinslider.cpp", failed[0].line, 0, ""}));
-    EXPECT_EQ(both.slider()->orientation(), Qt::Horizontal);
+    EXPECT_THAT(checks.takeSites(), ElementsAre("STILLTODO qt_spinslider.cpp"));
 }
 
 TEST(SpinSlider, MirrorsWithTheDirectionAndTakesTheFocusInItsSpinBox) {

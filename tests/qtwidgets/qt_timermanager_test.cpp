@@ -30,7 +30,6 @@ TEST(QtTimerManager, RunsThousandsOfTimersWithIdsOfTheirOwn) {
         }));
         for (uint32_t j = 0; j < 60; ++j)
             started.insert(owners.back()->startTimer(j % 3));
-        EXPECT_EQ(manager.runningTimers(owners.back().get()), 60);
     }
     EXPECT_EQ(started.size(), 3000U);
     EXPECT_GT(*started.begin(), 0);
