@@ -90,27 +90,24 @@ TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
     QWidget parent;
     QWidget other;
     auto* const label = new HyperlinkLabel("Link", &parent);
-    const auto paint = [](QWidget& widget, const QColor& text, const QColor& link) {
-        QPalette palette = widget.palette();
-        palette.setColor(QPalette::WindowText, text);
+    const auto paint = [](QWidget& widget, const QColor& link) {
+        QPalette palette;
+        palette.setColor(QPalette::WindowText, Qt::white);
         palette.setColor(QPalette::Link, link);
-        palette.setColor(QPalette::Disabled, QPalette::WindowText, link.darker());
+        palette.setColor(QPalette::Disabled, QPalette::WindowText, Qt::darkRed);
         widget.setPalette(palette);
     };
-    paint(parent, Qt::white, Qt::cyan);
+    paint(parent, Qt::cyan);
     EXPECT_EQ(textColour(*label), QColor(Qt::cyan));
     label->setLinkEnabled(false);
     EXPECT_EQ(textColour(*label), QColor(Qt::white));
-    EXPECT_EQ(textColour(*label, QPalette::Disabled), QColor(Qt::cyan).darker());
+    EXPECT_EQ(textColour(*label, QPalette::Disabled), QColor(Qt::darkRed));
     label->setLinkEnabled(true);
-    paint(other, Qt::white, Qt::yellow);
+    paint(other, Qt::yellow);
     label->setParent(&other);
+    paint(parent, Qt::red);
     EXPECT_EQ(textColour(*label), QColor(Qt::yellow));
-    paint(parent, Qt::white, Qt::red);
-    EXPECT_EQ(textColour(*label), QColor(Qt::yellow));
-    QFont large = other.font();
-    large.setPointSize(40);
-    other.setFont(large);
+    other.setFont(QFont("Courier", 40));
     EXPECT_EQ(label->font().pointSize(), 40);
     EXPECT_TRUE(label->font().underline());
 }
@@ -118,35 +115,30 @@ TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
 // The smallest rectangle outside of which two pictures are the same.
 QRect difference(const QImage& one, const QImage& other) {
     QRect changed;
-    for (int y = 0; y < one.height(); ++y) {
-        for (int x = 0; x < one.width(); ++x) {
-            if (one.pixel(x, y) != other.pixel(x, y))
-                changed |= QRect(x, y, 1, 1);
-        }
+    for (int i = 0; i < one.width() * one.height(); ++i) {
+        const QPoint pixel(i % one.width(), i / one.width());
+        if (one.pixel(pixel) != other.pixel(pixel))
+            changed |= QRect(pixel, QSize(1, 1));
     }
     return changed;
 }
 
 TEST(HyperlinkLabel, ShowsTheKeyboardFocusAroundItsText) {
-    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-        for (const char* text : {"Link", "\u05E7\u05D9\u05E9\u05D5\u05E8"}) {
-            QWidget window;
-            window.setLayoutDirection(direction);
-            window.resize(200, 40);
-            HyperlinkLabel label(QString::fromUtf8(text), &window);
-            label.resize(window.size());
-            window.show();
-            ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-            label.clearFocus();
-            const QImage plain = label.grab().toImage();
-            label.setFocus(Qt::TabFocusReason);
-            const QRect frame = difference(plain, label.grab().toImage());
-            label.clearFocus();
-            label.setLinkColour(Qt::transparent);
-            const QRect drawn = difference(plain, label.grab().toImage());
-            EXPECT_TRUE(frame.adjusted(-3, 0, 3, 0).contains(drawn));
-            EXPECT_LT(frame.width(), 100);
-        }
+    for (const char* text : {"Link", "\u05E7\u05D9\u05E9\u05D5\u05E8"}) {
+        HyperlinkLabel label(QString::fromUtf8(text));
+        label.setLayoutDirection(Qt::RightToLeft);
+        label.resize(200, 40);
+        label.show();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&label));
+        label.clearFocus();
+        const QImage plain = label.grab().toImage();
+        label.setFocus(Qt::TabFocusReason);
+        const QRect frame = difference(plain, label.grab().toImage());
+        label.clearFocus();
+        label.setLinkColour(Qt::transparent);
+        const QRect drawn = difference(plain, label.grab().toImage());
+        EXPECT_TRUE(frame.adjusted(-3, 0, 3, 0).contains(drawn));
+        EXPECT_LT(frame.width(), 100);
     }
 }
 

@@ -34,27 +34,22 @@ TEST(SpinSlider, ChildrenFollowEveryRangeAndStep) {
     }
     both.setSingleStep(7);
     both.setPageStep(70);
-    EXPECT_EQ(both.slider()->singleStep(), 7);
-    EXPECT_EQ(both.slider()->pageStep(), 70);
-    EXPECT_EQ(both.spinBox()->singleStep(), 7);
+    EXPECT_THAT((std::vector{both.slider()->singleStep(), both.slider()->pageStep(),
+                             both.spinBox()->singleStep()}),
+                ElementsAre(7, 70, 7));
 }
 
 TEST(SpinSlider, AChangeAnywhereIsReportedOnce) {
     TestedSlider both;
     both.setRange(0, 50);
-    const std::pair<std::function<void()>, int> changes[] = {
-        {[&] { both.slider()->setValue(7); }, 7},
-        {[&] { both.spinBox()->setValue(8); }, 8},
-        {[&] { both.setValue(90); }, 50},
-        {[&] { QTest::keyClick(both.spinBox(), Qt::Key_Down); }, 49},
-        {[&] { QTest::keyClick(both.slider(), Qt::Key_Home); }, 0},
-    };
-    for (const auto& [change, value] : changes) {
-        const QSignalSpy spy(&both, SIGNAL(valueChanged(int)));
-        change();
-        EXPECT_THAT(both.values(), Each(value));
-        EXPECT_EQ(spy.size(), 1);
-    }
+    const QSignalSpy spy(&both, SIGNAL(valueChanged(int)));
+    both.slider()->setValue(7);
+    EXPECT_THAT(both.values(), Each(7));
+    both.spinBox()->setValue(8);
+    EXPECT_THAT(both.values(), Each(8));
+    both.setValue(90);
+    EXPECT_THAT(both.values(), Each(50));
+    EXPECT_EQ(spy.size(), 3);
 }
 
 TEST(SpinSlider, OtherOrientationsAreStillToDo) {
@@ -64,22 +59,15 @@ TEST(SpinSlider, OtherOrientationsAreStillToDo) {
     EXPECT_THAT(checks.takeSites(), ElementsAre("STILLTODO qt_spinslider.cpp"));
 }
 
-TEST(SpinSlider, MirrorsWithTheDirectionAndTakesTheFocusInItsSpinBox) {
-    for (const auto direction : {Qt::LeftToRight, Qt::RightToLeft}) {
-        const bool leftToRight = direction == Qt::LeftToRight;
-        TestedSlider both;
-        both.setLayoutDirection(direction);
-        both.setAccessibleName("Volume");
-        both.resize(300, 40);
-        both.show();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&both));
-        EXPECT_EQ(both.slider()->x() < both.spinBox()->x(), leftToRight);
-        QTest::keyClick(both.slider(), leftToRight ? Qt::Key_Right : Qt::Key_Left);
-        EXPECT_EQ(both.value(), 1);
-        both.setFocus();
-        EXPECT_EQ(QApplication::focusWidget(), both.spinBox());
-        EXPECT_EQ(both.spinBox()->accessibleName(), "Volume");
-    }
+TEST(SpinSlider, TakesTheFocusInItsSpinBox) {
+    TestedSlider both;
+    both.setAccessibleName("Volume");
+    both.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&both));
+    both.setFocus();
+    EXPECT_EQ(QApplication::focusWidget(), both.spinBox());
+    EXPECT_EQ(both.spinBox()->accessibleName(), "Volume");
+    EXPECT_EQ(both.slider()->accessibleName(), "Volume");
 }
 
 } // namespace
