@@ -9,7 +9,6 @@
 #include <QHelpEvent>
 #include <QMouseEvent>
 #include <QPointer>
-#include <QSignalSpy>
 #include <QTest>
 #include <QToolTip>
 
@@ -35,6 +34,7 @@ protected:
     Strip() {
         window.resize(200, 100);
         strip.resize(20, 10);
+        QObject::connect(&strip, &QT_ButtonStrip::clicked, [&](int i) { clicked.push_back(i); });
     }
     ~Strip() override { EXPECT_THAT(checks.take(), IsEmpty()); }
 
@@ -48,12 +48,6 @@ protected:
     void click(int index) {
         press(index);
         release(index);
-    }
-    std::vector<int> clicked() {
-        std::vector<int> indexes;
-        while (!clicks.isEmpty())
-            indexes.push_back(clicks.takeFirst()[0].toInt());
-        return indexes;
     }
     /// The strip's buttons, 'x' for those checked.
     std::string checked() const {
@@ -71,7 +65,7 @@ protected:
     test::CheckRecorder checks;
     QWidget window;
     QT_ButtonStrip strip{picture(), kRects, &window};
-    QSignalSpy clicks{&strip, &QT_ButtonStrip::clicked};
+    std::vector<int> clicked;
 };
 
 TEST_F(Strip, DrawsItsPicturesInPlace) {
@@ -105,7 +99,7 @@ TEST_F(Strip, ClicksOnTheButtonThatWasPressed) {
     QTest::mouseClick(&strip, Qt::LeftButton, {}, {4, 0}); // right of the first
     QTest::mouseClick(&strip, Qt::LeftButton, {}, {3, 3});
     QTest::mouseClick(&strip, Qt::RightButton, {}, in(0));
-    EXPECT_THAT(clicked(), ElementsAre(2, 0));
+    EXPECT_THAT(clicked, ElementsAre(2, 0));
 }
 
 TEST_F(Strip, TogglesAndExcludes) {
@@ -124,7 +118,7 @@ TEST_F(Strip, TogglesAndExcludes) {
     EXPECT_EQ(checked(), ".x.");
     strip.setChecked(1, false);
     EXPECT_EQ(checked(), "...");
-    EXPECT_THAT(clicked(), ElementsAre(0, 1, 2, 0, 0, 0));
+    EXPECT_THAT(clicked, ElementsAre(0, 1, 2, 0, 0, 0));
 }
 
 TEST_F(Strip, LooksPressedUntilItsSlotReturns) {
@@ -143,8 +137,8 @@ TEST_F(Strip, LooksPressedUntilItsSlotReturns) {
 TEST_F(Strip, KeysGoWhereTheyPointAndPress) {
     QT_ButtonStrip grid(QPixmap(10, 10), {{0, 0, 4, 4}, {6, 0, 4, 4}, {0, 6, 4, 4}, {6, 6, 4, 4}});
     const std::pair<Qt::Key, int> rows[] = {
-        {Qt::Key_Left, 0}, {Qt::Key_Right, 1}, {Qt::Key_Right, 1}, {Qt::Key_Down, 3},
-        {Qt::Key_Left, 2}, {Qt::Key_Up, 0},    {Qt::Key_End, 3},   {Qt::Key_Home, 0}};
+        {Qt::Key_Right, 1}, {Qt::Key_Right, 1}, {Qt::Key_Down, 3}, {Qt::Key_Left, 2},
+        {Qt::Key_Up, 0},    {Qt::Key_End, 3},   {Qt::Key_Home, 0}};
     for (const auto& [key, current] : rows) {
         QTest::keyClick(&grid, key);
         EXPECT_EQ(grid.currentButton(), current);
@@ -154,24 +148,20 @@ TEST_F(Strip, KeysGoWhereTheyPointAndPress) {
     QTest::keyPress(&strip, Qt::Key_Space);
     QTest::keyPress(&strip, Qt::Key_Escape);
     QTest::keyRelease(&strip, Qt::Key_Space);
-    EXPECT_THAT(clicked(), ElementsAre(0, 0, 1));
+    EXPECT_THAT(clicked, ElementsAre(0, 0, 1));
 }
 
 TEST_F(Strip, TellsWhatItsButtonsDo) {
     const auto& modes = QT_ButtonStrips::definition(QT_ButtonStrips::PlayMode);
     EXPECT_STREQ(modes.file, "playmode.but");
-    strip.setButtonToolTips(modes.toolTips());
-    strip.setButtonToolTip(2, "");
+    strip.setButtonToolTips(modes.toolTips().mid(0, 2));
     window.show();
-    const auto help = [&](int index) {
+    for (const int index : {2, 3, 1}) {
         QHelpEvent event(QEvent::ToolTip, in(index), strip.mapToGlobal(in(index)));
         EXPECT_TRUE(QApplication::sendEvent(&strip, &event));
-        EXPECT_EQ(event.isAccepted(), index < 2);
-    };
-    help(1);
+        EXPECT_EQ(event.isAccepted(), index == 1);
+    }
     EXPECT_EQ(QToolTip::text(), "Play once");
-    help(2);
-    help(3);
     QEvent other(QEvent::ToolTip);
     EXPECT_TRUE(QApplication::sendEvent(&strip, &other));
     EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_buttonstrip.cpp"));
@@ -204,17 +194,16 @@ TEST_F(Strip, IsAToolBarForScreenReaders) {
     strip.setButtonToolTips({"Loop", "Once"});
     strip.setCheckable(true);
     window.show();
+    QApplication::setActiveWindow(&window);
     auto* const bar = QAccessible::queryAccessibleInterface(&strip);
     EXPECT_EQ(bar->role(), QAccessible::ToolBar);
     const QRect rect = kRects[1].translated(strip.mapToGlobal({}));
     QAccessibleInterface* const once = bar->childAt(rect.x(), rect.y());
-    ASSERT_EQ(bar->indexOfChild(once), 1);
     EXPECT_EQ(once->text(QAccessible::Name), "Once");
     EXPECT_EQ(once->rect(), rect);
     EXPECT_EQ(once->role(), QAccessible::CheckBox);
     once->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
     EXPECT_TRUE(once->state().checked);
-    QApplication::setActiveWindow(&window);
     once->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
     EXPECT_EQ(bar->focusChild(), once);
 }

@@ -29,25 +29,21 @@ TEST(FractionSpinBox, JudgesWhatIsTyped) {
     constexpr auto kPartial = QValidator::Intermediate;
     constexpr auto kGood = QValidator::Acceptable;
     const struct {
-        int line;
-        const char* suffix;
-        const char* text;
+        const char *suffix, *text;
         QValidator::State state;
     } rows[] = {
-        {__LINE__, "", "-0.5", kGood},      {__LINE__, "", "+.5", kGood},
-        {__LINE__, "", "3.", kPartial},     {__LINE__, "", "+.", kPartial},
-        {__LINE__, "", "", kPartial},       {__LINE__, "", "-", kInvalid},
-        {__LINE__, "", "1.2.3", kInvalid},  {__LINE__, "", " 1", kInvalid},
-        {__LINE__, "", "1 km", kInvalid},   {__LINE__, " km", "2.5 km", kGood},
-        {__LINE__, " km", "2.5", kGood},    {__LINE__, " km", " km", kPartial},
-        {__LINE__, " km", "2 k", kInvalid}, {__LINE__, " km", "2 km km", kInvalid},
+        {"", "-0.5", kGood},      {"", "+.5", kGood},           {"", "3.", kPartial},
+        {"", "+.", kPartial},     {"", "", kPartial},           {"", "-", kInvalid},
+        {"", "1.2.3", kInvalid},  {"", " 1", kInvalid},         {"", "1 km", kInvalid},
+        {" km", "2.5 km", kGood}, {" km", "2.5", kGood},        {" km", " km", kPartial},
+        {" km", "2 k", kInvalid}, {" km", "2 km km", kInvalid},
     };
     for (const auto& row : rows) {
         NS_QT::FractionSpinBox box;
         box.setSuffix(row.suffix);
         QString text = row.text;
         int position = 0;
-        EXPECT_EQ(box.validate(text, position), row.state) << "row at line " << row.line;
+        EXPECT_EQ(box.validate(text, position), row.state) << row.text << " with" << row.suffix;
         EXPECT_EQ(text, row.text);
     }
 }

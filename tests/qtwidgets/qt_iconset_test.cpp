@@ -12,9 +12,9 @@ using testing::IsEmpty;
 
 TEST(IconSet, UnknownSizesAreReportedAndMean24) {
     test::CheckRecorder checks;
-    const int edges[] = {IconSet::edgeLength(0), IconSet::edgeLength(1), IconSet::edgeLength(2),
-                         IconSet::edgeLength(3)};
-    EXPECT_THAT(edges, ElementsAre(16, 24, 32, 48));
+    const std::pair<int32_t, int> known[] = {{0, 16}, {1, 24}, {2, 32}, {3, 48}};
+    for (const auto& [code, edge] : known)
+        EXPECT_EQ(IconSet::edgeLength(code), edge);
     EXPECT_THAT(checks.takeSites(), IsEmpty());
     for (const int32_t unknown : {-1, 4}) {
         EXPECT_EQ(IconSet::edgeLength(unknown), 24);

@@ -1,53 +1,44 @@
 #include "qt_iconwidget.h"
 
-#include <QIconEngine>
-#include <QPainter>
+#include "picture_art.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-constexpr QRgb kBack = 0xffffffff;
-constexpr QRgb kNormal = 0xff008000;
-constexpr QRgb kDisabled = 0xff808080;
-
-QIcon icon(int edge) {
-    QIcon made;
-    QPixmap picture(edge, edge);
-    picture.fill(kNormal);
-    made.addPixmap(picture);
-    picture.fill(kDisabled);
-    made.addPixmap(picture, QIcon::Disabled);
-    return made;
+QImage square(int edge, Qt::GlobalColor colour) {
+    QImage picture(edge, edge, QImage::Format_ARGB32);
+    picture.fill(colour);
+    return picture;
 }
 
 TEST(IconWidget, CentresItsPicture) {
     const struct {
-        int line;
         QSize widget;
-        int sizeCode, available; // edge of the icon's picture
-        QRect drawn;
+        int sizeCode, available, drawn; // edges of the icon's picture and of what is drawn
+        QPoint at;
     } rows[] = {
-        {__LINE__, {61, 60}, 2, 48, {15, 14, 32, 32}},
-        {__LINE__, {31, 30}, 1, 9, {12, 11, 9, 9}},
-        {__LINE__, {16, 16}, 1, 24, {-4, -4, 24, 24}},
+        {{61, 60}, 2, 48, 32, {15, 14}},
+        {{31, 30}, 1, 9, 9, {12, 11}},
+        {{16, 16}, 1, 24, 24, {-4, -4}},
     };
     for (const auto& row : rows) {
-        for (const bool enabled : {true, false}) {
-            NS_QT::IconWidget widget(icon(row.available), row.sizeCode);
-            widget.setPalette(QColor(kBack));
-            widget.setEnabled(enabled);
-            EXPECT_EQ(widget.sizeHint().width(), NS_QT::IconSet::edgeLength(row.sizeCode));
-            widget.resize(row.widget);
-            QImage drawn(row.widget, QImage::Format_RGB32);
-            drawn.fill(kBack);
-            widget.render(&drawn, {}, {}, QWidget::DrawChildren);
-            QImage expected(row.widget, QImage::Format_RGB32);
-            expected.fill(kBack);
-            QPainter(&expected).fillRect(row.drawn, enabled ? kNormal : kDisabled);
-            EXPECT_EQ(drawn, expected) << "row at line " << row.line;
-        }
+        QIcon icon(QPixmap::fromImage(square(row.available, Qt::green)));
+        icon.addPixmap(QPixmap::fromImage(square(row.available, Qt::gray)), QIcon::Disabled);
+        NS_QT::IconWidget widget(icon, row.sizeCode);
+        widget.resize(row.widget);
+        EXPECT_EQ(art::drawn(widget),
+                  art::placed(square(row.drawn, Qt::green), row.at, row.widget));
+        widget.setEnabled(false);
+        EXPECT_EQ(art::drawn(widget), art::placed(square(row.drawn, Qt::gray), row.at, row.widget));
     }
+}
+
+TEST(IconWidget, AsksForTheRoomOfItsSize) {
+    NS_QT::IconWidget widget;
+    EXPECT_EQ(widget.sizeHint(), QSize(24, 24));
+    widget.setSizeCode(3);
+    EXPECT_EQ(widget.minimumSizeHint(), QSize(48, 48));
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "qt_smartcombobox.h"
 
-#include <QSignalSpy>
 #include <QTest>
 
 #include <gmock/gmock.h>
@@ -44,11 +43,9 @@ TEST(StringComboBox, ReportsTexts) {
     reportsKeys<NS_QT::StringComboBox, std::string>({"one", "\xFF with NUL \0 inside"s, "three"});
 }
 
-TEST(StringComboBox, ConnectsByNameAndThroughTheQueue) {
+TEST(StringComboBox, ConnectsThroughTheQueue) {
     NS_QT::StringComboBox combo;
     combo.addItem("a", "key");
-    const QSignalSpy byName(&combo, SIGNAL(sigKeyActivated(std::string)));
-    EXPECT_TRUE(byName.isValid());
     std::string queued;
     QObject::connect(
         &combo, &NS_QT::StringComboBox::sigKeyActivated, &combo,
@@ -56,7 +53,6 @@ TEST(StringComboBox, ConnectsByNameAndThroughTheQueue) {
     combo.slotActivated(0);
     QCoreApplication::processEvents();
     EXPECT_EQ(queued, "key");
-    EXPECT_EQ(byName.size(), 1);
 }
 
 } // namespace

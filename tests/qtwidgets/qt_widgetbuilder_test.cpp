@@ -249,13 +249,4 @@ TEST_F(WidgetBuilderTest, OkAndCancelAreATrailingRowThatEndsTheDialog) {
     EXPECT_EQ(dialog.result(), QDialog::Rejected);
 }
 
-TEST_F(WidgetBuilderTest, OkAndCancelCallGivenSlotsOfGivenReceivers) {
-    QLineEdit first("first"), second("second");
-    builder.push(WidgetBuilder::VBox);
-    builder.addOkCancel(&first, SLOT(clear()), &second, SLOT(selectAll()))->click();
-    dialog.findChildren<QPushButton*>().last()->click();
-    EXPECT_EQ(first.text(), "");
-    EXPECT_EQ(second.selectedText(), "second");
-}
-
 } // namespace
