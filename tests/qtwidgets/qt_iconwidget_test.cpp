@@ -34,11 +34,4 @@ TEST(IconWidget, CentresItsPicture) {
     }
 }
 
-TEST(IconWidget, AsksForTheRoomOfItsSize) {
-    NS_QT::IconWidget widget;
-    EXPECT_EQ(widget.sizeHint(), QSize(24, 24));
-    widget.setSizeCode(3);
-    EXPECT_EQ(widget.minimumSizeHint(), QSize(48, 48));
-}
-
 } // namespace
