@@ -5,23 +5,11 @@
 #include "utl_fileutils.h"
 
 #include <fcntl.h>
-#include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
 
 namespace {
-
-using std::filesystem::perms;
-
-TEST(FilePosix, StoredFileIsItsOwnersOnly) {
-    const test::TempFolder folder;
-    const std::string path = folder / "Settings";
-    test::writeFile(path, "old");
-    std::filesystem::permissions(path, perms::all);
-    ASSERT_TRUE(utl::File::createFromMemSafe(path, "new", 3));
-    EXPECT_EQ(std::filesystem::status(path).permissions(), perms::owner_read | perms::owner_write);
-}
 
 TEST(FilePosix, ChildProcessesInheritNoFile) {
     const test::TempFolder folder;

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -34,7 +35,11 @@ public:
     ScriptedCalls() {
         reads = writes = flushes = {};
         sizeToTell = -1;
-        utl::detail::fileCalls = &kScripted;
+        d_calls.size = size;
+        d_calls.read = read;
+        d_calls.write = write;
+        d_calls.flush = flush;
+        utl::detail::fileCalls = &d_calls;
     }
     ~ScriptedCalls() { utl::detail::fileCalls = &utl::detail::kSystemFileCalls; }
     ScriptedCalls(const ScriptedCalls&) = delete;
@@ -49,39 +54,31 @@ public:
 private:
     static constexpr const utl::detail::FileCalls& kSystem = utl::detail::kSystemFileCalls;
 
-    /// The step's limit on bytes to move, or -1 with errno.
-    static int64_t step(Script& script, int64_t count) {
+    /// Takes a step, which lowers `count` or fails.
+    static bool allows(Script& script, size_t& count) {
         if (script.empty())
-            return count;
-        const int64_t result = script.front();
+            return true;
+        const int64_t step = script.front();
         script.pop_front();
-        if (result >= 0)
-            return std::min(result, count);
-        errno = static_cast<int>(-result);
-        return -1;
+        if (step < 0)
+            errno = static_cast<int>(-step);
+        else
+            count = std::min(count, static_cast<size_t>(step));
+        return step >= 0;
     }
-    static int64_t size(int handle) { return sizeToTell >= 0 ? sizeToTell : kSystem.size(handle); }
-    static int64_t read(int handle, void* buffer, size_t count) {
-        const int64_t limit = step(reads, static_cast<int64_t>(count));
-        return limit <= 0 ? limit : kSystem.read(handle, buffer, static_cast<size_t>(limit));
+    static int64_t size(int file) { return sizeToTell >= 0 ? sizeToTell : kSystem.size(file); }
+    static int64_t read(int file, void* buffer, size_t count) {
+        return allows(reads, count) ? kSystem.read(file, buffer, count) : -1;
     }
-    static int64_t write(int handle, const void* data, size_t count) {
-        const int64_t limit = step(writes, static_cast<int64_t>(count));
-        return limit <= 0 ? limit : kSystem.write(handle, data, static_cast<size_t>(limit));
+    static int64_t write(int file, const void* data, size_t count) {
+        return allows(writes, count) ? kSystem.write(file, data, count) : -1;
     }
-    static int flush(int handle) { return step(flushes, 0) < 0 ? -1 : kSystem.flush(handle); }
+    static int flush(int file) {
+        size_t nothing = 0;
+        return allows(flushes, nothing) ? kSystem.flush(file) : -1;
+    }
 
-    static const utl::detail::FileCalls kScripted;
-};
-
-const utl::detail::FileCalls ScriptedCalls::kScripted{
-    .open = kSystem.open,
-    .size = &size,
-    .seek = kSystem.seek,
-    .read = &read,
-    .write = &write,
-    .flush = &flush,
-    .close = kSystem.close,
+    utl::detail::FileCalls d_calls = kSystem;
 };
 
 /// A folder to work in, the path of a file in it, and what is reported meanwhile.
@@ -95,6 +92,10 @@ protected:
         std::sort(names.begin(), names.end());
         return names;
     }
+    std::string failed(const std::string& call, int code) const {
+        return "WARN File(" + d_path + "):" + call + " with error " + std::to_string(code) + ":" +
+               reason(code);
+    }
     std::string failedOpening(const std::string& path, int flags, int code) const {
         return "WARN File:openFile(" + path + "," + std::to_string(flags) +
                ",384) - failed opening : " + reason(code);
@@ -106,58 +107,44 @@ protected:
     test::LogRecorder d_log;
 };
 
-struct OpenRow {
-    int line;
-    const char* name;
-    int32_t flags;
-    const char* before; // null when there is no file
-    const char* after;  // writing "+", if the flags allow it
-    int error = 0;      // of opening
-};
-
-constexpr const char* kNoFile = nullptr;
-
-const OpenRow kOpenRows[] = {
-    {__LINE__, "Read", 1, "old", "old"},
-    {__LINE__, "ReadMissing", 1, kNoFile, "", ENOENT},
-    {__LINE__, "Write", 2, "old", "+ld"},
-    {__LINE__, "WriteMissing", 2, kNoFile, "", ENOENT},
-    {__LINE__, "ReadWrite", 1 + 2, "old", "+ld"},
-    {__LINE__, "Create", 2 + 4, kNoFile, "+"},
-    {__LINE__, "CreateExisting", 2 + 4, "old", "+ld"},
-    {__LINE__, "Truncate", 2 + 8, "old", "+"},
-    {__LINE__, "Exclusive", 2 + 4 + 16, kNoFile, "+"},
-    {__LINE__, "ExclusiveExisting", 2 + 4 + 16, "old", "old", EEXIST},
-    {__LINE__, "ExclusiveWithoutCreate", 2 + 16, "old", "+ld"},
-    {__LINE__, "Append", 2 + 128, "old", "old+"},
-    {__LINE__, "Flush", 2 + 32, "old", "+ld"},
-};
-
-class FileOpen : public FileTest, public testing::WithParamInterface<OpenRow> {};
-
-TEST_P(FileOpen, HonoursFlags) {
-    const OpenRow& row = GetParam();
-    SCOPED_TRACE("row at line " + std::to_string(row.line));
-    if (row.before != nullptr)
-        test::writeFile(d_path, row.before);
-    File file;
-    EXPECT_EQ(file.openFile(d_path, row.flags), row.error == 0);
-    EXPECT_EQ(file.isOpen(), row.error == 0);
-    if (row.error != 0) {
-        EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(d_path, row.flags, row.error)));
-    } else {
-        EXPECT_EQ(file.name(), d_path);
-        EXPECT_EQ(file.flags(), row.flags);
-        EXPECT_EQ(file.mode(), File::kOwnerOnly);
-        EXPECT_TRUE((row.flags & File::kWrite) == 0 || file.write("+", 1));
+TEST_F(FileTest, HonoursFlags) {
+    constexpr const char* kNoFile = nullptr;
+    const struct {
+        const char* name;
+        int32_t flags;
+        const char* before;
+        const char* after; // writing "+", if the flags allow it
+        int error = 0;     // of opening
+    } rows[] = {
+        {"read", 1, "old", "old"},
+        {"read a missing one", 1, kNoFile, "", ENOENT},
+        {"write", 2, "old", "+ld"},
+        {"write a missing one", 2, kNoFile, "", ENOENT},
+        {"create", 2 + 4, kNoFile, "+"},
+        {"create an existing one", 2 + 4, "old", "+ld"},
+        {"truncate", 2 + 8, "old", "+"},
+        {"exclusive", 2 + 4 + 16, kNoFile, "+"},
+        {"exclusive, existing", 2 + 4 + 16, "old", "old", EEXIST},
+        {"exclusive without create", 2 + 16, "old", "+ld"},
+        {"append", 2 + 128, "old", "old+"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        std::filesystem::remove(d_path);
+        if (row.before != kNoFile)
+            test::writeFile(d_path, row.before);
+        File file;
+        EXPECT_EQ(file.openFile(d_path, row.flags), row.error == 0);
+        EXPECT_EQ(file.isOpen(), row.error == 0);
+        if (row.error != 0)
+            EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(d_path, row.flags, row.error)));
+        else
+            EXPECT_TRUE((row.flags & File::kWrite) == 0 || file.write("+", 1));
+        EXPECT_TRUE(file.close());
+        EXPECT_EQ(content(), row.after);
     }
-    EXPECT_TRUE(file.close());
-    EXPECT_EQ(content(), row.after);
     EXPECT_THAT(d_log.take(), IsEmpty());
 }
-
-INSTANTIATE_TEST_SUITE_P(Flags, FileOpen, testing::ValuesIn(kOpenRows),
-                         [](const auto& row) { return row.param.name; });
 
 TEST_F(FileTest, ChecksHowItIsOpened) {
     const auto check = [](int line, const std::string& message) {
@@ -179,14 +166,6 @@ TEST_F(FileTest, ChecksHowItIsOpened) {
     EXPECT_EQ(buffer, "rst");
     EXPECT_TRUE(file.close());
     EXPECT_TRUE(file.close()) << "nothing left to close";
-    EXPECT_TRUE(file.openFile(d_path, File::kRead));
-    EXPECT_EQ(file.position(), 0U);
-}
-
-TEST_F(FileTest, PathMustBeUtf8) {
-    EXPECT_FALSE(File().openFile("\xC0\x80", File::kRead));
-    EXPECT_THAT(d_log.take(), ElementsAre("WARN fromUtf8 conversion failed",
-                                          failedOpening("\xC0\x80", File::kRead, EILSEQ)));
 }
 
 TEST_F(FileTest, ReadsAndWritesWhereItStands) {
@@ -203,9 +182,6 @@ TEST_F(FileTest, ReadsAndWritesWhereItStands) {
     EXPECT_EQ(file.position(), kBytes.size());
     EXPECT_TRUE(file.readInto(buffer, 1)) << "the end is no failure";
     EXPECT_EQ(buffer, "");
-    uint64_t size = 0;
-    EXPECT_TRUE(file.size(size));
-    EXPECT_EQ(size, kBytes.size());
 }
 
 TEST_F(FileTest, FailedTransferNamesTheReason) {
@@ -215,7 +191,6 @@ TEST_F(FileTest, FailedTransferNamesTheReason) {
     std::string buffer;
     ASSERT_TRUE(file.readInto(buffer, 2));
     EXPECT_FALSE(file.write("xyz", 3));
-    EXPECT_FALSE(file.write(1, "x", 1));
     ASSERT_TRUE(file.close());
     ASSERT_TRUE(file.openFile(d_path, File::kWrite));
     EXPECT_FALSE(file.readInto(buffer, 7));
@@ -224,16 +199,10 @@ TEST_F(FileTest, FailedTransferNamesTheReason) {
     ASSERT_TRUE(file.close());
     uint64_t size = 0;
     EXPECT_FALSE(file.size(size));
-
-    const std::string file_ = "WARN File(" + d_path + "):";
-    const std::string failed = " failed with error 9:" + reason(EBADF);
-    EXPECT_THAT(
-        d_log.take(),
-        ElementsAre(file_ + "write(2,3,2) -" + failed, file_ + "write(1,1,1) -" + failed,
-                    file_ + "readInto - failed reading 7 bytes with error 9:" + reason(EBADF),
-                    file_ +
-                        "write(9223372036854775808,1,0) - failed with error 22:" + reason(EINVAL),
-                    file_ + "size -" + failed));
+    EXPECT_THAT(d_log.take(), ElementsAre(failed("write(2,3,2) - failed", EBADF),
+                                          failed("readInto - failed reading 7 bytes", EBADF),
+                                          failed("write(9223372036854775808,1,0) - failed", EINVAL),
+                                          failed("size - failed", EBADF)));
     EXPECT_EQ(content(), "abc");
 }
 
@@ -258,20 +227,20 @@ TEST_F(FileTest, ShortWriteTellsHowMuchIsThere) {
     EXPECT_THAT(d_log.take(), ElementsAre(shortWrite));
     ScriptedCalls::writes = {3, -ENOSPC};
     EXPECT_FALSE(File::createFromMem(d_path, "12345", 5, 0, File::kOwnerOnly));
-    EXPECT_THAT(d_log.take(),
-                ElementsAre("WARN File(" + d_path +
-                                "):write(0,5,3) - failed with error 28:" + reason(ENOSPC),
-                            shortWrite));
+    EXPECT_THAT(d_log.take(), ElementsAre(failed("write(0,5,3) - failed", ENOSPC), shortWrite));
     EXPECT_EQ(content(), "123");
 }
 
-TEST_F(FileTest, FlushesOnRequestOnly) {
+TEST_F(FileTest, CreatesTruncatesAndFlushesOnRequest) {
     const ScriptedCalls scripted;
     ScriptedCalls::flushes = {-EIO};
-    EXPECT_TRUE(File::createFromMem(d_path, "1", 1, 0, File::kOwnerOnly));
+    EXPECT_TRUE(File::createFromMem(d_path, "longer", 6, File::kRead, File::kOwnerOnly));
     EXPECT_FALSE(File::createFromMem(d_path, "2", 1, File::kFlush, File::kOwnerOnly));
-    EXPECT_THAT(d_log.take(), ElementsAre("WARN File(" + d_path +
-                                          "):close - failed with error 5:" + reason(EIO)));
+    EXPECT_EQ(content(), "2");
+    const std::string missing = d_folder / "missing/Settings";
+    EXPECT_FALSE(File::createFromMem(missing, "1", 1, File::kFlush, File::kOwnerOnly));
+    EXPECT_THAT(d_log.take(), ElementsAre(failed("close - failed", EIO),
+                                          failedOpening(missing, 2 + 4 + 8 + 32, ENOENT)));
 }
 
 TEST_F(FileTest, LoadsUpToALimit) {
@@ -300,25 +269,13 @@ TEST_F(FileTest, FailedLoadLeavesNothing) {
     ScriptedCalls::reads = {2, -EIO};
     EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
     EXPECT_EQ(buffer, "");
-    EXPECT_THAT(d_log.take(),
-                ElementsAre("WARN File(" + d_path +
-                            "):readInto - failed reading 5 bytes with error 5:" + reason(EIO)));
+    EXPECT_THAT(d_log.take(), ElementsAre(failed("readInto - failed reading 5 bytes", EIO)));
     ScriptedCalls::sizeToTell = -1;
-    EXPECT_FALSE(File::loadIntoMem(d_folder / "missing", buffer));
     EXPECT_FALSE(File::loadIntoMem(d_folder.path(), buffer)) << "a folder";
-    EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(d_folder / "missing", 1, ENOENT),
-                                          testing::HasSubstr(d_folder.path())));
-}
-
-TEST_F(FileTest, CreatesOrTruncates) {
-    test::writeFile(d_path, "longer than that");
-    EXPECT_TRUE(File::createFromMem(d_path, kBytes.data(), kBytes.size(), 0, File::kOwnerOnly));
-    EXPECT_EQ(content(), kBytes);
-    EXPECT_TRUE(File::createFromMem(d_path, nullptr, 0, File::kRead, File::kOwnerOnly));
-    EXPECT_EQ(content(), "");
-    const std::string missing = d_folder / "missing/Settings";
-    EXPECT_FALSE(File::createFromMem(missing, "1", 1, File::kFlush, File::kOwnerOnly));
-    EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(missing, 2 + 4 + 8 + 32, ENOENT)));
+    EXPECT_FALSE(File::loadIntoMem("\xC0\x80", buffer)) << "not UTF-8";
+    EXPECT_THAT(d_log.take(),
+                ElementsAre(testing::HasSubstr(d_folder.path()), "WARN fromUtf8 conversion failed",
+                            failedOpening("\xC0\x80", File::kRead, EILSEQ)));
 }
 
 /// The safe store of "new" over a file that holds "old".
@@ -327,10 +284,6 @@ protected:
     SafeStore() { test::writeFile(d_path, "old"); }
     bool store(const std::string& path) { return File::createFromMemSafe(path, "new", 3); }
 
-    static std::string failedTemporary(const std::string& folder, const std::string& prefix) {
-        return "WARN File::createFromMemSafe - failed creating temp file (path=" + folder +
-               ", prefix=" + prefix + ")";
-    }
     static std::string warning(const std::string& path) {
         return "WARN utl::File::createFromMemSafe(" + path + ",3B,flags=0,mode=384) - failed ";
     }
@@ -350,12 +303,9 @@ TEST_F(SafeStore, ReplacesTheWholeFile) {
 }
 
 TEST_F(SafeStore, BareNameIsInTheWorkingFolder) {
-    const std::filesystem::path before = std::filesystem::current_path();
-    std::filesystem::current_path(d_folder.path());
+    const test::WorkingFolder folder;
     EXPECT_TRUE(store("Settings"));
-    std::filesystem::current_path(before);
-    EXPECT_EQ(content(), "new");
-    EXPECT_THAT(names(), ElementsAre("Settings"));
+    EXPECT_EQ(test::readFile(folder / "Settings"), "new");
 }
 
 TEST_F(SafeStore, NeedsAFileName) {
@@ -367,18 +317,15 @@ TEST_F(SafeStore, NeedsAFileName) {
     EXPECT_THAT(names(), ElementsAre("Settings"));
 }
 
-TEST_F(SafeStore, MissingFolderIsTwoLines) {
-    const std::string folder = d_folder / "missing";
-    EXPECT_FALSE(store(folder + "\\Settings"));
-    EXPECT_THAT(d_log.take(), ElementsAre(StartsWith("WARN FileUtils::createTempFile - failed "),
-                                          failedTemporary(folder, "Settings")));
-    EXPECT_THAT(names(), ElementsAre("Settings"));
-}
-
-TEST_F(SafeStore, RootsKeepTheirSeparator) {
-    for (const std::string root : {"\\", "/", "C:\\"}) {
-        EXPECT_FALSE(store(root + "\xff")); // no file system is asked about such a name
-        EXPECT_THAT(d_log.take(), testing::Contains(failedTemporary(root, "\xff")));
+TEST_F(SafeStore, FailedTemporaryIsTwoLines) {
+    const std::pair<std::string, std::string> rows[] = {
+        {d_folder / "missing", "\\"}, {"\\", ""}, {"/", ""}, {"C:\\", ""}};
+    for (const auto& [folder, separator] : rows) { // roots keep theirs
+        EXPECT_FALSE(store(folder + separator + "\xff")) << "no file system is asked";
+        EXPECT_THAT(d_log.take(),
+                    testing::Contains("WARN File::createFromMemSafe - failed creating temp file "
+                                      "(path=" +
+                                      folder + ", prefix=\xff)"));
     }
 }
 

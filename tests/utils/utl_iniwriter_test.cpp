@@ -21,48 +21,39 @@ std::string textOf(const utl::IniWriter& writer) {
     return {reinterpret_cast<const char*>(buffer.data()), buffer.size()};
 }
 
-struct Case {
-    int line;
-    const char* name;
-    std::string value;
-    std::string written;
-    std::string readBack;
-};
-
-const std::string kNothing = "(none)"; // no such key
-
-const Case kCases[] = {
-    {__LINE__, "OneWord", "10.0.0.2", "10.0.0.2", "10.0.0.2"},
-    {__LINE__, "SeveralWords", "My Camera", "\"My Camera\"", "My Camera"},
-    {__LINE__, "OneWordWithBlanks", " x  ", " x  ", "x"},
-    {__LINE__, "SeveralWordsWithBlanks", " a  b ", "\" a  b \"", " a  b "},
-    {__LINE__, "BlanksOnly", "  ", "  ", kNothing},
-    {__LINE__, "Empty", "", "", kNothing},
-    {__LINE__, "TabIsNoBlank", "a\tb", "a\tb", "a\tb"},
-    {__LINE__, "CommentMarkIsNotEscaped", "a#b", "a#b", "a"},
-    {__LINE__, "CommentMarkAmongWords", "a # b", "\"a # b\"", "a # b"},
-    {__LINE__, "EqualsIsNotEscaped", "a=b", "a=b", "a"},
-    {__LINE__, "QuotesAreNotEscaped", "a \"b", "\"a \"b\"", "a \"b"},
-    {__LINE__, "LineEndIsNotEscaped", "a\nb", "a\nb", "a"},
-};
-
-class IniWriterValue : public testing::TestWithParam<Case> {};
-
-TEST_P(IniWriterValue, IsWrittenAndReadBack) {
-    SCOPED_TRACE("row at line " + std::to_string(GetParam().line));
-    utl::IniWriter writer;
-    writer.add("k", GetParam().value);
-    const std::string text = textOf(writer);
-    EXPECT_EQ(text, "k " + GetParam().written + "\n");
-    utl::IniReader reader;
-    reader.parse(text.data(), text.size());
-    std::string value = kNothing;
-    reader.get("root", "k", value);
-    EXPECT_EQ(value, GetParam().readBack);
+TEST(IniWriter, WritesWhatIsReadBackUnlessItCannotBe) {
+    const std::string nothing = "(none)"; // no such key
+    const struct {
+        std::string value;
+        std::string written;
+        std::string readBack;
+    } rows[] = {
+        {"10.0.0.2", "10.0.0.2", "10.0.0.2"},
+        {"My Camera", "\"My Camera\"", "My Camera"},
+        {" x  ", " x  ", "x"},
+        {" a  b ", "\" a  b \"", " a  b "},
+        {"  ", "  ", nothing},
+        {"", "", nothing},
+        {"a\tb", "a\tb", "a\tb"},
+        {"a # b", "\"a # b\"", "a # b"},
+        {"a#b", "a#b", "a"}, // nothing is escaped
+        {"a=b", "a=b", "a"},
+        {"a \"b", "\"a \"b\"", "a \"b"},
+        {"a\nb", "a\nb", "a"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.written);
+        utl::IniWriter writer;
+        writer.add("k", row.value);
+        const std::string text = textOf(writer);
+        EXPECT_EQ(text, "k " + row.written + "\n");
+        utl::IniReader reader;
+        reader.parse(text.data(), text.size());
+        std::string value = nothing;
+        reader.get("root", "k", value);
+        EXPECT_EQ(value, row.readBack);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, IniWriterValue, testing::ValuesIn(kCases),
-                         [](const auto& row) { return row.param.name; });
 
 TEST(IniWriter, KeepsOrderAndRepetition) {
     utl::IniWriter writer;
