@@ -2,9 +2,11 @@
 
 #include "check_recorder.h"
 #include "core_guniquebuf.h"
+#include "core_wrapper.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
 #include "utl_file_calls.h"
+#include "utl_fileutils.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -23,6 +25,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 using utl::File;
+using utl::FileUtils;
 
 const std::string kBytes = std::string("a\r\nb\n\0\x1a\xff", 8); // all that text modes change
 
@@ -306,6 +309,40 @@ TEST_F(SafeStore, BareNameIsInTheWorkingFolder) {
     const test::WorkingFolder folder;
     EXPECT_TRUE(store("Settings"));
     EXPECT_EQ(test::readFile(folder / "Settings"), "new");
+}
+
+TEST_F(SafeStore, FilesOfAnyNameAreMadeReadReplacedAndRemoved) {
+    const std::pair<std::string, std::string> rows[] = {
+        {" two  words", "a settings file"},
+        {"Straße", "дверь"},
+        {"摄像", "🔒🎥🔒"}, // beyond sixteen bits
+        {"v1.2.3", "e=f,g;h'i`j%k#l@m!"},
+        {std::string(60, 'd'), std::string(100, 'f')},
+    };
+    for (const auto& [name, file] : rows) {
+        SCOPED_TRACE(name);
+        const std::string folder = d_folder.path() + "\\" + name + "\\sub";
+        const std::string path = folder + "\\" + file;
+        ASSERT_TRUE(FileUtils::createPath(folder));
+        std::string content;
+        for (const std::string text : {"first", "second one"}) {
+            EXPECT_TRUE(File::createFromMemSafe(path, text.data(), text.size()));
+            EXPECT_TRUE(File::loadIntoMem(path, content));
+            EXPECT_EQ(content, text);
+        }
+        const auto there = test::systemPath(d_folder / name) / "sub";
+        EXPECT_TRUE(std::filesystem::exists(there / test::systemPath(file)));
+        EXPECT_EQ(core::Wrapper::unlink(path), 0);
+        EXPECT_FALSE(FileUtils::exists(path));
+        EXPECT_TRUE(std::filesystem::is_empty(there)) << "a temporary file remains";
+    }
+    EXPECT_THAT(d_log.take(), IsEmpty());
+    const std::string tooLong = d_folder / std::string(300, 'd');
+    EXPECT_FALSE(FileUtils::exists(tooLong));
+    EXPECT_FALSE(FileUtils::createPath(tooLong));
+    EXPECT_FALSE(store(tooLong + "\\Settings"));
+    EXPECT_THAT(d_log.take(), testing::SizeIs(3)) << "one of the folder, two of the file";
+    EXPECT_THAT(d_checks.take(), IsEmpty());
 }
 
 TEST_F(SafeStore, NeedsAFileName) {
