@@ -4,8 +4,7 @@
 #include "core_log.h"
 
 #include <QApplication>
-#include <QTimerEvent>
-#include <cstring>
+#include <QTimer>
 #include <map>
 #include <stdexcept>
 #include <string>
@@ -13,7 +12,7 @@
 #include <thread>
 
 // The tool with a process entry of its own, for what the real one offers nobody:
-//     configure_e2e [--stop-on-check] [--crash KIND] [--show WARN|INFO|NORM]... [ARGUMENT]...
+//     configure_e2e [--stop-on-check] [--crash KIND] [--show WARN|NORM]... [ARGUMENT]...
 // All else is as in the real entry, which gets the arguments that follow.
 
 namespace {
@@ -54,29 +53,21 @@ void closeAndCrashAtExit() {
 
 const std::map<std::string_view, void (*)()> kCrashes = {
     {"division", divideByZero},
-    {"badJump", jumpToNowhere},
-    {"stackOverflow", [] { overflowStack(0); }},
+    {"bad_jump", jumpToNowhere},
+    {"stack_overflow", [] { overflowStack(0); }},
     {"exception", throwException},
     {"thread", crashOnAnotherThread},
     {"exit", closeAndCrashAtExit},
 };
 void (*crash)() = nullptr;
 
-class Crasher : public QObject {
-    void timerEvent(QTimerEvent* event) override {
-        killTimer(event->timerId());
-        crash();
-    }
-};
-
 /// As soon as the dialog is open; an exception at once, since it would not get through the
 /// system's part of the event loop.
 void crashIfAsked() {
-    static Crasher crasher;
     if (crash == throwException)
         crash();
     else if (crash != nullptr)
-        crasher.startTimer(0);
+        QTimer::singleShot(0, crash);
 }
 Q_COREAPP_STARTUP_FUNCTION(crashIfAsked)
 
@@ -87,25 +78,22 @@ bool stopOnCheck(const char* condition, const char* file, int32_t line, int32_t 
     return true;
 }
 
-/// The predefined channel of that name; CRIT, which is shown anyway, for any other.
-int32_t channelNamed(std::string_view name) {
-    if (name == "WARN")
-        return core::kChannelWarn;
-    if (name == "INFO")
-        return core::kChannelInfo;
-    return name == "NORM" ? core::kChannelNorm : core::kChannelCrit;
-}
+const std::map<std::string_view, int32_t> kChannels = {
+    {"WARN", core::kChannelWarn},
+    {"NORM", core::kChannelNorm},
+};
 
 /// Obeys the leading options; how many arguments they were.
 int takeOptions(int argc, char** argv) {
     int next = 1;
     for (; next < argc; ++next) {
-        if (std::strcmp(argv[next], "--stop-on-check") == 0) {
+        const std::string_view option = argv[next];
+        if (option == "--stop-on-check") {
             core::Assert::setFailureHandler(stopOnCheck);
-        } else if (std::strcmp(argv[next], "--crash") == 0 && next + 1 < argc) {
+        } else if (option == "--crash") {
             crash = kCrashes.at(argv[++next]);
-        } else if (std::strcmp(argv[next], "--show") == 0 && next + 1 < argc) {
-            const int32_t channel = channelNamed(argv[++next]);
+        } else if (option == "--show") {
+            const int32_t channel = kChannels.at(argv[++next]);
             core::MasterLogger::setChannelEnabled(channel, true);
             core::MasterLogger::setChannelEcho(channel, true);
         } else {

@@ -38,8 +38,7 @@ def wait_until(condition, what):
 class Desktop:
     """A context: the screen is there inside it."""
 
-    def __init__(self, width=640, height=480):
-        self._size = f"{width}x{height}x24"
+    def __init__(self):
         self._stack = contextlib.ExitStack()
         self._environment = None
 
@@ -93,24 +92,23 @@ class Desktop:
     def take_picture(self, window, path):
         """Saves the window with its frame as a PNG, once two looks at it show the same."""
         path = Path(path)
-        previous = None
-        deadline = time.monotonic() + PATIENCE
-        while time.monotonic() < deadline:
-            self._run("import", "-window", window, "-frame", "-define", "png:exclude-chunks=date,time",
-                      str(path))
-            current = path.read_bytes()
-            if current == previous:
-                return
-            previous = current
+        path.unlink(missing_ok=True)
+
+        def is_at_rest():
             time.sleep(0.1)
-        raise DesktopError("the window does not come to rest")
+            previous = path.read_bytes() if path.exists() else None
+            self._run("import", "-window", window, "-frame",
+                      "-define", "png:exclude-chunks=date,time", str(path))
+            return path.read_bytes() == previous
+
+        wait_until(is_at_rest, "the window to come to rest")
 
     def _start_server(self, stack):
         read_end, write_end = os.pipe()
         with os.fdopen(read_end, "rb") as answer:
             try:
                 self._start(stack, "Xvfb", "-displayfd", str(write_end), "-screen", "0",
-                            self._size, "-dpi", "96", "-nolisten", "tcp", "-noreset",
+                            "640x480x24", "-dpi", "96", "-nolisten", "tcp", "-noreset",
                             pass_fds=(write_end,))
             finally:
                 os.close(write_end)
@@ -158,7 +156,6 @@ def end(process):
         process.wait(PATIENCE)
     except subprocess.TimeoutExpired:
         process.kill()
-        process.wait()
 
 
 def main():

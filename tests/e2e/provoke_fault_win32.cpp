@@ -12,33 +12,21 @@
 
 namespace {
 
-DWORD processNamed(std::string_view name) {
-    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS, 0);
-    PROCESSENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
-    DWORD found = 0;
-    for (BOOL more = Process32First(snapshot, &entry); more != 0 && found == 0;
-         more = Process32Next(snapshot, &entry)) {
-        if (name == entry.szExeFile)
-            found = entry.th32ProcessID;
-    }
-    CloseHandle(snapshot);
-    return found;
-}
-
 /// The system lists a process's threads in the order of their creation.
-DWORD mainThreadOf(DWORD process) {
-    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
-    THREADENTRY32 entry{};
-    entry.dwSize = sizeof(entry);
-    DWORD found = 0;
-    for (BOOL more = Thread32First(snapshot, &entry); more != 0 && found == 0;
-         more = Thread32Next(snapshot, &entry)) {
-        if (entry.th32OwnerProcessID == process)
-            found = entry.th32ThreadID;
-    }
+DWORD mainThreadOf(std::string_view program) {
+    HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS | TH32CS_SNAPTHREAD, 0);
+    PROCESSENTRY32 process{};
+    process.dwSize = sizeof(process);
+    BOOL found = Process32First(snapshot, &process);
+    while (found != 0 && program != process.szExeFile)
+        found = Process32Next(snapshot, &process);
+    THREADENTRY32 thread{};
+    thread.dwSize = sizeof(thread);
+    found = found != 0 ? Thread32First(snapshot, &thread) : FALSE;
+    while (found != 0 && thread.th32OwnerProcessID != process.th32ProcessID)
+        found = Thread32Next(snapshot, &thread);
     CloseHandle(snapshot);
-    return found;
+    return found != 0 ? thread.th32ThreadID : 0;
 }
 
 bool jump(HANDLE thread, DWORD address) {
@@ -55,8 +43,7 @@ bool jump(HANDLE thread, DWORD address) {
 } // namespace
 
 int main(int argc, char** argv) {
-    const DWORD process = argc == 3 ? processNamed(argv[1]) : 0;
-    const DWORD threadId = process != 0 ? mainThreadOf(process) : 0;
+    const DWORD threadId = argc == 3 ? mainThreadOf(argv[1]) : 0;
     HANDLE thread = threadId != 0 ? OpenThread(THREAD_ALL_ACCESS, FALSE, threadId) : nullptr;
     if (thread == nullptr || !jump(thread, std::strtoul(argv[2], nullptr, 0))) {
         std::fprintf(stderr, "provoke_fault: error %lu\n", GetLastError());

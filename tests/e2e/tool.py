@@ -42,15 +42,11 @@ class Stored(NamedTuple):
         return cls(path.read_bytes(), status.st_mode & 0o777, status.st_ino, status.st_mtime_ns)
 
 
-class Linux:
-    """The tool as it runs on Linux, from a build folder."""
+class Platform:
+    """What the tool is like everywhere."""
 
     window_class = "^configure"
-    stored_mode = 0o600
     crash_status = 129  # -127 in the eight bits of a status
-    fault_status = -signal.SIGSEGV
-    causes = {"null write": "Signal 11", "division": "Signal 8", "bad jump": "Signal 11",
-              "stack overflow": "Signal 11", "exception": ""}
 
     def __init__(self, tool, helper, common_data):
         self.tool = tool
@@ -61,28 +57,33 @@ class Linux:
     def settings_folder(base):
         return Path(base) / "Quorvane" / "Orvistrand"
 
-    @staticmethod
-    def folder_text(base):
-        """The settings folder below `base` as messages spell it."""
-        return rf"{base}\Quorvane\Orvistrand"
-
-    @staticmethod
-    def temp_file_refused(folder):
-        """The lines, as a pattern, about a folder that takes no new file."""
-        return (r"^\[WARN\] FileUtils::createTempFile - failed getting temp filename "
-                rf"\(path='{folder}', prefix='Settings', err='.+'\)\n"
-                r"\[WARN\] File::createFromMemSafe - failed creating temp file "
-                rf"\(path={folder}, prefix=Settings\)\n$")
-
     def start(self, desktop, folder, arguments=(), program=None, helper=None, confined=False):
         """Starts the tool with `folder` as its working directory, or the copy of it named
         `program`, or, with a list of `helper` options, the build of it that offers them.
         A confined one obeys file permissions even when root runs it."""
         program = [program or self.tool] if helper is None else [self.helper, *helper]
-        command = ending_with_parent([*(confinement() if confined else []), *program, *arguments])
-        return subprocess.Popen(command, cwd=folder, env=self._environment(desktop),
+        return self.launch([*self._starter(confined), *program, *arguments], folder,
+                           self._environment(desktop))
+
+    @staticmethod
+    def launch(command, folder, environment):
+        return subprocess.Popen(ending_with_parent(command), cwd=folder, env=environment,
                                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
                                 stderr=subprocess.PIPE, text=True)
+
+
+class Linux(Platform):
+    """The tool as it runs on Linux, from a build folder."""
+
+    stored_mode = 0o600
+    fault_status = -signal.SIGSEGV
+    causes = {"null_write": "Signal 11", "division": "Signal 8", "bad_jump": "Signal 11",
+              "stack_overflow": "Signal 11", "exception": ""}
+
+    @property
+    def folder_text(self):
+        """The settings folder as messages spell it."""
+        return rf"{self.common_data}\Quorvane\Orvistrand"
 
     @staticmethod
     def open_dump(dump, _program):
@@ -91,6 +92,10 @@ class Linux:
     @staticmethod
     def provoke_fault(process):
         process.send_signal(signal.SIGSEGV)
+
+    @staticmethod
+    def _starter(confined):
+        return confinement() if confined else []
 
     @staticmethod
     def _environment(desktop):

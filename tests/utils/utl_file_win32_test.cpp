@@ -109,6 +109,8 @@ TEST_F(WindowsFile, PathsMayBeginWithADriveOrAPrefix) {
         EXPECT_TRUE(FileUtils::createPath(folder));
         EXPECT_TRUE(File::createFromMemSafe(folder + "\\Settings", "new", 3));
         EXPECT_TRUE(File::loadIntoMem(folder + "\\Settings", content));
+        EXPECT_EQ(content, "new");
+        EXPECT_EQ(std::filesystem::remove_all(d_folder / "made"), 2U) << folder;
     }
     const std::string path = "C:\\orvistrand-test-settings";
     EXPECT_TRUE(File::createFromMemSafe(path, "new", 3)) << "in a drive's root";
@@ -117,19 +119,16 @@ TEST_F(WindowsFile, PathsMayBeginWithADriveOrAPrefix) {
     EXPECT_THAT(d_log.take(), IsEmpty());
 }
 
-TEST_F(WindowsFile, ADriveIsNoFolder) {
+TEST_F(WindowsFile, DrivesAndSharesAreNotMade) {
     EXPECT_FALSE(FileUtils::exists("C:\\")) << "looked for without its separator";
     EXPECT_TRUE(FileUtils::createPath("C:\\"));
     EXPECT_FALSE(FileUtils::createPath("Q:\\missing drive\\folder"));
-    EXPECT_THAT(d_log.take(),
-                ElementsAre(StartsWith("WARN failed to create 'Q:\\missing drive' : ")));
-}
-
-TEST_F(WindowsFile, ASharesFirstFolderIsTheFirstThatIsMade) {
     EXPECT_TRUE(FileUtils::createPath("\\\\no-such-server\\share"));
     EXPECT_FALSE(FileUtils::createPath("\\\\no-such-server\\share\\folder\\sub"));
-    EXPECT_THAT(d_log.take(), ElementsAre(StartsWith(
-                                  "WARN failed to create '\\\\no-such-server\\share\\folder' : ")));
+    const std::string failed = "WARN failed to create '";
+    EXPECT_THAT(d_log.take(),
+                ElementsAre(StartsWith(failed + "Q:\\missing drive' : "),
+                            StartsWith(failed + "\\\\no-such-server\\share\\folder' : ")));
 }
 
 } // namespace
