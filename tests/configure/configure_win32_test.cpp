@@ -26,16 +26,16 @@ protected:
 
     void SetUp() override { ASSERT_NE(d_module, nullptr) << d_path; }
 
-    std::string versionText(const char* name) const {
+    /// A text of the version resource, which ends with a zero.
+    std::string versionText(const std::string& name) const {
         DWORD ignored = 0;
         std::string block(GetFileVersionInfoSizeA(d_path.c_str(), &ignored), '\0');
-        const std::string key = std::string("\\StringFileInfo\\040904b0\\") + name;
+        GetFileVersionInfoA(d_path.c_str(), 0, static_cast<DWORD>(block.size()), block.data());
         void* text = nullptr;
         UINT length = 0;
-        const bool found = GetFileVersionInfoA(d_path.c_str(), 0, static_cast<DWORD>(block.size()),
-                                               block.data()) != 0 &&
-                           VerQueryValueA(block.data(), key.c_str(), &text, &length) != 0;
-        return found ? static_cast<const char*>(text) : "";
+        VerQueryValueA(block.data(), ("\\StringFileInfo\\040904b0\\" + name).c_str(), &text,
+                       &length);
+        return text != nullptr ? static_cast<const char*>(text) : "";
     }
 
     std::string d_path;
@@ -44,29 +44,25 @@ protected:
 
 TEST_F(ProgramFile, SaysWhatBuildItIs) {
     const std::string version(core::version());
-    const std::string stamp(core::buildStamp());
     EXPECT_EQ(versionText("ProductName"), "Orvistrand Configure");
     EXPECT_EQ(versionText("CompanyName"), "Quorvane");
     EXPECT_EQ(versionText("ProductVersion"), version);
-    EXPECT_EQ(versionText("FileVersion"), version + " " + stamp);
+    EXPECT_EQ(versionText("FileVersion"), version + " " + std::string(core::buildStamp()));
 }
 
-TEST_F(ProgramFile, AsksForNoRightsAndKnowsEveryResolution) {
+TEST_F(ProgramFile, AsksForNoRightsKnowsEveryResolutionAndHasAnIcon) {
     HRSRC resource =
         FindResourceA(d_module, MAKEINTRESOURCEA(1), MAKEINTRESOURCEA(24)); // the manifest
     ASSERT_NE(resource, nullptr);
     const std::string manifest(
         static_cast<const char*>(LockResource(LoadResource(d_module, resource))),
         SizeofResource(d_module, resource));
+    EXPECT_NE(FindResourceA(d_module, "IDI_ICON1", MAKEINTRESOURCEA(14)), nullptr);
     EXPECT_THAT(manifest, HasSubstr(R"(level="asInvoker")"));
     EXPECT_THAT(manifest, HasSubstr(">PerMonitorV2, PerMonitor<"));
     EXPECT_THAT(manifest, HasSubstr("Microsoft.Windows.Common-Controls"));
     EXPECT_THAT(manifest, Not(HasSubstr("activeCodePage")));
     EXPECT_THAT(manifest, Not(HasSubstr("@"))) << "a text of the build is missing";
-}
-
-TEST_F(ProgramFile, HasAnIconForItsWindows) {
-    EXPECT_NE(FindResourceA(d_module, "IDI_ICON1", MAKEINTRESOURCEA(14)), nullptr);
 }
 
 } // namespace

@@ -109,10 +109,9 @@ TEST_F(Strip, TogglesAndExcludes) {
     strip.setExclusive(true);
     strip.setChecked(2, true); // it is: nothing changes
     EXPECT_EQ(checked(), ".xx");
-    for (int i = 0; i < 2; ++i) {
-        click(0);
-        EXPECT_EQ(checked(), "x..");
-    }
+    click(0);
+    click(0);
+    EXPECT_EQ(checked(), "x..");
     for (const int index : {3, -1, 1})
         strip.setChecked(index, true);
     EXPECT_EQ(checked(), ".x.");
@@ -146,7 +145,7 @@ TEST_F(Strip, KeysGoWhereTheyPointAndPress) {
     for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Right, Qt::Key_Enter})
         QTest::keyClick(&strip, key);
     QTest::keyPress(&strip, Qt::Key_Space);
-    QTest::keyPress(&strip, Qt::Key_Escape);
+    QTest::keyClick(&strip, Qt::Key_Escape);
     QTest::keyRelease(&strip, Qt::Key_Space);
     EXPECT_THAT(clicked, ElementsAre(0, 0, 1));
 }

@@ -15,21 +15,22 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-class TestedSlider : public NS_QT::SpinSlider {
-public:
+struct TestedSlider : NS_QT::SpinSlider {
     void changeOrientation() { sliderChange(SliderOrientationChange); }
-
-    std::vector<int> values() const { return {value(), slider()->value(), spinBox()->value()}; }
 };
 
+std::vector<int> valuesOf(const NS_QT::SpinSlider& both) {
+    return {both.value(), both.slider()->value(), both.spinBox()->value()};
+}
+
 TEST(SpinSlider, ChildrenFollowEveryRangeAndStep) {
-    TestedSlider both;
+    NS_QT::SpinSlider both;
     for (const auto& [low, high] : {std::pair{100, 200}, {-30, -20}, {0, 0}, {-5, 1000}}) {
         both.setRange(low, high);
         EXPECT_THAT((std::vector{both.slider()->minimum(), both.slider()->maximum(),
                                  both.spinBox()->minimum(), both.spinBox()->maximum()}),
                     ElementsAre(low, high, low, high));
-        EXPECT_THAT(both.values(), Each(both.value()));
+        EXPECT_THAT(valuesOf(both), Each(both.value()));
         both.setValue(high);
     }
     both.setSingleStep(7);
@@ -40,15 +41,15 @@ TEST(SpinSlider, ChildrenFollowEveryRangeAndStep) {
 }
 
 TEST(SpinSlider, AChangeAnywhereIsReportedOnce) {
-    TestedSlider both;
+    NS_QT::SpinSlider both;
     both.setRange(0, 50);
     const QSignalSpy spy(&both, SIGNAL(valueChanged(int)));
     both.slider()->setValue(7);
-    EXPECT_THAT(both.values(), Each(7));
+    EXPECT_THAT(valuesOf(both), Each(7));
     both.spinBox()->setValue(8);
-    EXPECT_THAT(both.values(), Each(8));
+    EXPECT_THAT(valuesOf(both), Each(8));
     both.setValue(90);
-    EXPECT_THAT(both.values(), Each(50));
+    EXPECT_THAT(valuesOf(both), Each(50));
     EXPECT_EQ(spy.size(), 3);
 }
 
@@ -60,7 +61,7 @@ TEST(SpinSlider, OtherOrientationsAreStillToDo) {
 }
 
 TEST(SpinSlider, TakesTheFocusInItsSpinBox) {
-    TestedSlider both;
+    NS_QT::SpinSlider both;
     both.setAccessibleName("Volume");
     both.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&both));

@@ -188,11 +188,8 @@ TEST_F(WidgetBuilderTest, ScopesOpenAndCloseUpToTheRoot) {
 TEST_F(WidgetBuilderTest, WithoutALayoutNothingIsPlaced) {
     auto* const edit = builder.add(new QLineEdit(&dialog));
     EXPECT_EQ(edit->parentWidget(), &dialog);
-    const QLabel* const label = builder.addLabel("Port", Qt::AlignRight | Qt::AlignBottom);
-    EXPECT_EQ(label->text(), "Port");
-    EXPECT_EQ(label->alignment(), Qt::AlignRight | Qt::AlignBottom);
+    EXPECT_EQ(builder.addLabel("Port", Qt::AlignRight)->alignment(), Qt::AlignRight);
     EXPECT_THAT(checks.takeSites(), ElementsAre(kFailed, kFailed));
-
     builder.addStretch(1);
     builder.addSpacing(1);
     builder.setColumnMinimumWidth(1);
