@@ -1,10 +1,12 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <random>
 #include <string>
+#include <vector>
 
 namespace test {
 
@@ -38,6 +40,15 @@ public:
     /// The path of a file or folder in here.
     std::string operator/(const std::string& name) const {
         return path() + static_cast<char>(std::filesystem::path::preferred_separator) + name;
+    }
+
+    /// What is in here, sorted.
+    std::vector<std::string> names() const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(d_path))
+            names.push_back(utf8Path(entry.path().filename()));
+        std::sort(names.begin(), names.end());
+        return names;
     }
 
 private:

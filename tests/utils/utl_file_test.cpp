@@ -17,7 +17,6 @@
 #include <string>
 #include <system_error>
 #include <utility>
-#include <vector>
 
 namespace {
 
@@ -88,13 +87,6 @@ private:
 class FileTest : public testing::Test {
 protected:
     std::string content() const { return test::readFile(d_path); }
-    std::vector<std::string> names() const {
-        std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(d_folder.path()))
-            names.push_back(entry.path().filename().string());
-        std::sort(names.begin(), names.end());
-        return names;
-    }
     std::string failed(const std::string& call, int code) const {
         return "WARN File(" + d_path + "):" + call + " with error " + std::to_string(code) + ":" +
                reason(code);
@@ -156,7 +148,7 @@ TEST_F(FileTest, ChecksHowItIsOpened) {
     File file;
     EXPECT_FALSE(file.openFile(d_path, File::kCreate | File::kFlush));
     EXPECT_THAT(d_checks.take(), ElementsAre(check(93, "READ/WRITE not set (" + d_path + ")")));
-    EXPECT_THAT(names(), IsEmpty());
+    EXPECT_THAT(d_folder.names(), IsEmpty());
 
     test::writeFile(d_path, "first");
     ASSERT_TRUE(file.openFile(d_path, File::kRead));
@@ -301,7 +293,7 @@ TEST_F(SafeStore, ReplacesTheWholeFile) {
     EXPECT_EQ(content(), "");
     EXPECT_TRUE(store(d_folder.path() + "\\other"));
     EXPECT_EQ(test::readFile(d_folder / "other"), "new");
-    EXPECT_THAT(names(), ElementsAre("Settings", "other"));
+    EXPECT_THAT(d_folder.names(), ElementsAre("Settings", "other"));
     EXPECT_THAT(d_log.take(), IsEmpty());
 }
 
@@ -351,7 +343,7 @@ TEST_F(SafeStore, NeedsAFileName) {
         EXPECT_THAT(d_checks.take(),
                     ElementsAre(test::FailedCheck{"CHECKF", "utl_file.cpp", 890, 0, ""}));
     }
-    EXPECT_THAT(names(), ElementsAre("Settings"));
+    EXPECT_THAT(d_folder.names(), ElementsAre("Settings"));
 }
 
 TEST_F(SafeStore, FailedTemporaryIsTwoLines) {
@@ -376,7 +368,7 @@ TEST_F(SafeStore, FailedRenameDeletesTheTemporary) {
     EXPECT_THAT(lines[0], StartsWith("WARN '" + temporary));
     EXPECT_THAT(lines[1],
                 StartsWith(warning(target) + "renaming file from temporary '" + temporary));
-    EXPECT_THAT(names(), ElementsAre("Settings", "folder"));
+    EXPECT_THAT(d_folder.names(), ElementsAre("Settings", "folder"));
 }
 
 TEST_F(SafeStore, FailedWriteLeavesTheTemporaryAndTheOldFile) {
@@ -390,7 +382,8 @@ TEST_F(SafeStore, FailedWriteLeavesTheTemporaryAndTheOldFile) {
                                           testing::HasSubstr("(only wrote 1 bytes)"), failed,
                                           testing::HasSubstr(":close - "), failed));
     EXPECT_EQ(content(), "old");
-    EXPECT_EQ(names().size(), 3U) << "both temporary files are left for inspection";
+    EXPECT_THAT(d_folder.names(), testing::SizeIs(3))
+        << "both temporary files are left for inspection";
 }
 
 } // namespace
