@@ -90,6 +90,21 @@ TEST_F(Strip, DrawsItsPicturesInPlace) {
     EXPECT_EQ(art::drawn(sharp, 2), art::image(kSecondDown).scaled(28, 8));
 }
 
+// Every picture that Qt makes has a number of its own, in sequence.
+TEST_F(Strip, MakesNoPictureToDraw) {
+    QT_ButtonStrip wide(QPixmap(1000, 40), {{0, 0, 40, 40}, {960, 0, 40, 40}});
+    wide.resize(1000, 40);
+    wide.setChecked(1, true);
+    QImage target(1000, 40, QImage::Format_ARGB32_Premultiplied);
+    for (const bool enabled : {true, false}) {
+        wide.setEnabled(enabled);
+        wide.render(&target, {}, {}, {});
+        const qint64 before = QImage(1, 1, QImage::Format_RGB32).cacheKey() >> 32;
+        wide.render(&target, {}, {}, {});
+        EXPECT_EQ(QImage(1, 1, QImage::Format_RGB32).cacheKey() >> 32, before + 1);
+    }
+}
+
 TEST_F(Strip, ClicksOnTheButtonThatWasPressed) {
     click(2);
     press(0);
