@@ -42,39 +42,36 @@ protected:
 
 TEST_F(MasterLog, LinesOfEnabledChannelsReachTheImplementation) {
     MasterLogger::setImplementation(new ScriptedImpl(note()));
-    for (int32_t channel = 2; channel <= 4; ++channel)
-        core::logf(channel, "predefined");
+    const auto logEach = [](const char* text) {
+        for (int32_t channel = 2; channel <= 4; ++channel)
+            core::logf(channel, "%s", text);
+    };
+    logEach("at start");
     MasterLogger::setChannelEnabled(core::kChannelWarn, false);
     MasterLogger::setChannelEnabled(core::kChannelNorm, true);
-    core::logf(core::kChannelWarn, "off");
-    core::logf(core::kChannelNorm, "on");
     {
         test::LogRecorder observer({core::kChannelNorm}); // recomputes the channel
     }
-    core::logf(core::kChannelNorm, "still on");
+    logEach("switched");
     MasterLogger::setChannelEnabled(core::kChannelWarn, true);
     MasterLogger::setChannelEnabled(core::kChannelNorm, false);
-    core::logf(core::kChannelNorm, "off");
-    core::logf(core::kChannelWarn, "on");
-    EXPECT_THAT(take(), ElementsAre("0 WARN predefined", "0 INFO predefined", "0 NORM on",
-                                    "0 NORM still on", "0 WARN on"));
+    logEach("back");
+    EXPECT_THAT(take(), ElementsAre("0 WARN at start", "0 INFO at start", "0 INFO switched",
+                                    "0 NORM switched", "0 WARN back", "0 INFO back"));
 }
 
 TEST_F(MasterLog, EchoShowsChannelIdAndText) {
     core::Logger logger(42);
     const int32_t channel = MasterLogger::defineChannel("ABCDEFGHIJKLMNOPQ", "1;34;56");
-    ASSERT_GE(channel, 5);
-    EXPECT_FALSE(core::channelEnabled(channel));
     MasterLogger::setChannelEcho(channel, true);
     const test::Output output = captureOutput([&] {
-        core::logText(core::kChannelCrit, "plain");
         core::logText(logger, core::kChannelCrit, "with id");
         core::logText(core::kChannelWarn, "elsewhere");
         core::logf(channel, "cut");
     });
     MasterLogger::setChannelEcho(channel, false);
     EXPECT_FALSE(core::channelEnabled(channel));
-    EXPECT_EQ(output.out, "[CRIT] plain\n[CRIT] {42} with id\n[ABCDEFGHIJKLMNO] cut\n");
+    EXPECT_EQ(output.out, "[CRIT] {42} with id\n[ABCDEFGHIJKLMNO] cut\n");
 }
 
 TEST_F(MasterLog, ChannelNumbersOutOfRangeAreFaults) {
@@ -82,11 +79,10 @@ TEST_F(MasterLog, ChannelNumbersOutOfRangeAreFaults) {
         MasterLogger::setChannelEnabled(0, true);
         MasterLogger::setChannelEnabled(1024, true);
         core::logText(1000, "100% text");
-        core::logText(1024, "t");
         core::logText(-3, "t");
     });
     EXPECT_EQ(output.out, faultText(638) + faultText(638) + faultText(387) + "[1000??] 100% text" +
-                              faultText(387) + "[1024??] t" + faultText(387) + "[-3??] t");
+                              faultText(387) + "[-3??] t");
 }
 
 TEST_F(MasterLog, LoggingFromInsideIsRefusedOnceAndOnlyOnceLong) {
@@ -174,8 +170,7 @@ TEST_F(MasterLog, HistoryKeepsTheLastFourHundredLines) {
     const std::vector<core::HistoryEntry> history = MasterLogger::history();
     ASSERT_EQ(history.size(), 400U);
     EXPECT_EQ(history.front().text, "2");
-    EXPECT_EQ(history.back().text, "401");
-    EXPECT_EQ(history.back().channel, "INFO");
+    EXPECT_EQ(history.back().channel + history.back().text, "INFO401");
     EXPECT_GE(history.back().time, history.front().time);
     MasterLogger::enableHistory(false);
     EXPECT_TRUE(MasterLogger::history().empty());
@@ -212,34 +207,29 @@ TEST_F(MasterLog, SurvivesReplacementUnderLoad) {
     MasterLogger::setHistory(core::kChannelWarn, false);
 }
 
-CHILD_CASE(definesAllChannels) {
+// After shutdown nothing is lost but lines: each entry says so and does nothing.
+CHILD_CASE(meetsLimits) {
     int32_t last = 0;
     for (int32_t channel = 0; channel >= 0; channel = MasterLogger::defineChannel("N"))
         last = channel;
-    std::printf("%d %d\n", static_cast<int>(last), core::channelEnabled(last) ? 1 : 0);
-}
+    std::printf("%d %d", static_cast<int>(last), core::channelEnabled(last) ? 1 : 0);
 
-// After shutdown nothing is lost but lines: each entry says so and does nothing.
-CHILD_CASE(logsAfterShutdown) {
-    std::optional<ScriptedObserver> observer;
-    observer.emplace({core::kChannelCrit}, [](const std::string&) {});
+    ScriptedObserver observer({core::kChannelCrit}, [](const std::string&) {});
     MasterLogger::shutdown();
     MasterLogger::shutdown();
     core::logf(core::kChannelCrit, "silently dropped");
     core::logText(core::kChannelCrit, "direct");
     MasterLogger::setChannelEnabled(core::kChannelNorm, true);
-    MasterLogger::registerObserver(&*observer);
-    MasterLogger::unregisterObserver(&*observer);
+    MasterLogger::registerObserver(&observer);
+    MasterLogger::unregisterObserver(&observer);
     MasterLogger::setImplementation(
         new ScriptedImpl([](const std::string&) {}, [] { std::printf("\ndestroyed"); }));
     core::logRepeated("rule", core::kChannelCrit, "key", [] { return std::string(); });
-    observer.reset();
 }
 
 TEST(MasterLogProcess, HasItsLimits) {
-    EXPECT_THAT(test::runChild("definesAllChannels").out, testing::EndsWith("1023 0\n"));
-    EXPECT_THAT(test::runChild("logsAfterShutdown").out,
-                testing::EndsWith(faultText(387) + "[1??] direct" + faultText(632) +
+    EXPECT_THAT(test::runChild("meetsLimits").out,
+                testing::EndsWith("1023 0" + faultText(387) + "[1??] direct" + faultText(632) +
                                   faultText(687) + faultText(687) + "\ndestroyed" +
                                   faultText(687)));
 }

@@ -41,64 +41,49 @@ struct Case {
 // clang-format off
 const Case kCases[] = {
     // Integers
-    {"Plain", [] { return format("%d|%i|%u|%o|%x|%X", -5, 6, 7U, 8, 255, 255); }, "-5|6|7|10|ff|FF"},
-    {"LetterDecidesTheSign", [] { return format("%d %u %x", 4294967295U, -1, -1); }, "-1 4294967295 ffffffff"},
+    {"LetterDecidesTheSign", [] { return format("%d %i %u %x %X %o", 4294967295U, 6, -1, -1, -1, 8); }, "-1 6 4294967295 ffffffff FFFFFFFF 10"},
     {"EightBitsAreSignExtended", [] { return format("%d %u %x %d", uint8_t{200}, uint8_t{200}, uint8_t{200}, int8_t{-1}); }, "-56 4294967240 ffffffc8 -1"},
     {"SixteenBitsStaySo", [] { return format("%u %x %d", int16_t{-1}, int16_t{-1}, uint16_t{65535}); }, "65535 ffff -1"},
     {"SixtyFourBits", [] { return format("%d %u %o", INT64_MIN, INT64_MAX, UINT64_MAX); }, "-9223372036854775808 9223372036854775807 1777777777777777777777"},
     {"BoolsAndEnums", [] { return format("%d %d", true, Colour::Red); }, "1 7"},
     {"ModifiersMeanNothing", [] { return format("%hhd %hd %ld %lld %zd %jd %td %Ld", 1, 2, 3, INT64_C(4), 5, 6, 7, 8); }, "1 2 3 4 5 6 7 8"},
     {"Width", [] { return format("%4d|%-4d|%04d|%1d", 7, 7, -5, 123); }, "   7|7   |-005|123"},
-    {"ZeroFillWinsOverLeft", [] { return format("%-04d", 7); }, "0007"},
-    {"SpaceWinsOverPlus", [] { return format("% +d|%+d|% d|%+d", 3, 3, -3, -3); }, " 3|+3|-3|-3"},
+    {"SpaceWinsOverPlusAndZeroOverLeft", [] { return format("% +d|%+d|% d|%+d|%-04d", 3, 3, -3, -3, 7); }, " 3|+3|-3|-3|0007"},
     {"UnsignedHasNoSign", [] { return format("%+u|% x|%#x|%#o", 3, 3, 3, 8); }, "3|3|3|10"},
     {"PrecisionIsZeroFilledWidth", [] { return format("%.3d|%8.3d|%.3d|%.0d|%5.0d|%-.3x", 7, 7, -5, 0, 1, 10); }, "007|007|-05|0|    1|00a"},
-    {"AsCharacter", [] { return format("%c%c", 65, INT64_C(66)); }, "AB"},
     // Characters
-    {"Padded", [] { return format("%c|%3c|%-3c|", 'a', 'b', 'c'); }, "a|  b|c  |"},
+    {"Padded", [] { return format("%c|%3c|%-3c|%c%c", 'a', 'b', 'c', 65, INT64_C(66)); }, "a|  b|c  |AB"},
     {"NulPrintsNothing", [] { return format("[%c%3c]", '\0', '\0'); }, "[]"},
     // Strings
-    {"EveryKind", [] { char chars[] = "a"; return format("%s%s%s%s", chars, "b", std::string("c"), std::string_view("d")); }, "abcd"},
+    {"EveryKind", [] { char chars[] = "a"; return format("%s%s%s%s", chars, "b", std::string("\0", 1), std::string_view("d")); }, std::string("ab\0d", 4)},
     {"NullText", [] { return format("%s|%8s|%S", static_cast<const char*>(nullptr), static_cast<char*>(nullptr), static_cast<char*>(nullptr)); }, "(null)|  (null)|(null)"},
-    {"EmbeddedNul", [] { return format("%s", std::string("a\0b", 3)); }, std::string("a\0b", 3)},
     {"WidthAndPrecision", [] { return format("%5s|%-5s|%.2s|%4.1s|%.0s", "abc", "abc", "abc", "abc", "abc"); }, "  abc|abc  |ab|   a|abc"},
     {"Truncating", [] { return format("%6S|%6S|%6S|%S|%4S", "abcdefghij", "abc", "abcdef", "abcdefghij", "abcde"); }, "abc...|abc|abcdef|abcdefghij|a..."},
     {"TruncationTestsTheFullLength", [] { return format("%6.2S|%6.2S", "abcdefghij", "abcd"); }, "abc...|ab"},
     {"ShortTruncationIsChecked", [] { return format("%2S", "abcdef"); }, "ab", {kShortTruncation}},
     {"LongerThanTheEstimateLooks", [] { const std::string x(20000, 'x'); return format("%s", x.c_str()); }, std::string(20000, 'x')},
     // Pointers
-    {"NullPointer", [] { return format("%p|%10p|%-7p|", nullptr, nullptr, static_cast<int*>(nullptr)); }, "(nil)|     (nil)|(nil)  |"},
-    {"Hexadecimal", [] { return format("%p", reinterpret_cast<void*>(0xabc)); }, "0xabc"},
-    {"PaddedAfterThePrefix", [] { return format("%6p|%06p|%1p", reinterpret_cast<void*>(1), reinterpret_cast<void*>(1), reinterpret_cast<void*>(1)); }, "0x   1|0x0001|0x1"},
-    {"OfAString", [] { return format("%p", static_cast<const char*>(nullptr)); }, "(nil)"},
+    {"NullPointer", [] { return format("%p|%10p|%-7p|", static_cast<const char*>(nullptr), nullptr, static_cast<int*>(nullptr)); }, "(nil)|     (nil)|(nil)  |"},
+    {"PaddedAfterThePrefix", [] { return format("%6p|%06p|%1p", reinterpret_cast<void*>(1), reinterpret_cast<void*>(1), reinterpret_cast<void*>(0xabc)); }, "0x   1|0x0001|0xabc"},
     // Floats
     {"EveryLetter", [] { return format("%f %F %g %G %e %E %a %A", 1.5, 1.5, 1e-10, 1e-10, 1.5, 1.5, 1.0, 0.1F); }, "1.500000 1.500000 1e-10 1E-10 1.500000e+00 1.500000E+00 0x1p+0 0X1.99999AP-4"},
     {"SpacesOnly", [] { return format("%5.1f|%05.1f|%-6.1f|%+f|% f", 2.25, 2.25, 2.25, 1.0, 1.0); }, "  2.2|  2.2|2.2   |1.000000|1.000000"},
     {"CutAtTwentyThree", [] { return format("%f|%.30f|%.2000000000f|%.2000000000a", 1e300, 0.5, 0.25, 1.0); }, "10000000000000000525047|0.500000000000000000000|0.250000000000000000000|0x1.0000000000000000000"},
     {"NotNumbers", [] { const double inf = std::numeric_limits<double>::infinity(); return format("%f %F %g", inf, -inf, std::numeric_limits<double>::quiet_NaN()); }, "inf -INF nan"},
     // Literals
-    {"Percent", [] { return format("100%% of %d%%", 5); }, "100% of 5%"},
-    {"LonePercentAtEnd", [] { return format("%d%", 5); }, "5"},
-    {"NoDirective", [] { return format("text"); }, "text"},
-    {"FoldedWidth", [] { return format("%.99999999999999999999s", "abc"); }, "abc"},
+    {"Percent", [] { return format("100%% of %d%", 5); }, "100% of 5"},
     {"PaddingIsBounded", [] { return std::to_string(format("%2000000000d", 1).size()); }, "1000001"},
     // Mismatches
     {"TextAsNumber", [] { return format("%d", "x"); }, "0", {mismatch(249, "d", "%d")}},
-    {"TextAsPointer", [] { return format("%p", std::string("x")); }, "(nil)", {mismatch(249, "p", "%p")}},
     {"TextAsFloat", [] { return format("%8.1f|", "x"); }, "     0.0|", {mismatch(249, "f", "%8.1f|")}},
     {"PointerAsNumber", [] { return format("%x", nullptr); }, "0", {mismatch(311, "x", "%x")}},
     {"NumberAsText", [] { return format("[%5s]", 5); }, "[]", {mismatch(336, "s", "[%5s]")}},
-    {"ShortAndLongAsPointer", [] { return format("%p%p", int16_t{1}, INT64_C(1)); }, "(nil)(nil)", {mismatch(336, "p", "%p%p"), mismatch(336, "p", "%p%p")}},
     {"CharacterAsText", [] { return format("%s", 'c'); }, "", {mismatch(349, "s", "%s")}},
     {"FloatAsNumber", [] { return format("%+05.9d|%-3d|", 1.5, 1.5); }, "+0000|0  |", {mismatch(504, "d", "%+05.9d|%-3d|"), mismatch(504, "d", "%+05.9d|%-3d|")}},
     {"FloatAsCharacter", [] { return format("%5c", 1.5); }, "?", {mismatch(504, "c", "%5c")}},
-    {"NumberAsFloat", [] { return format("%f", 1); }, "0.000000", {mismatch(336, "f", "%f")}},
-    {"UnknownLetter", [] { return format("%y", 1); }, "", {mismatch(336, "y", "%y"), noPlaceholder("y")}},
-    {"TruncatingNumber", [] { return format("%5S", 1); }, "", {mismatch(336, "S", "%5S"), noPlaceholder("S")}},
     {"StarIsALetter", [] { return format("%*d", 1); }, "d", {mismatch(336, "*", "%*d"), noPlaceholder("*")}},
     {"ForeignPrefixIsALetter", [] { return format("%I64d", 1); }, "64d", {mismatch(336, "I", "%I64d"), noPlaceholder("I")}},
     {"CutOffByTheEnd", [] { return format("%5", 1); }, "", {mismatch(336, "", "%5"), noPlaceholder("")}},
-    {"CutOffModifier", [] { return format("%l", "x"); }, "", {mismatch(249, "", "%l"), noPlaceholder("")}},
     {"MissingArgument", [] { return format("%d %d", 5); }, "5 0", {mismatch(480, "d", "%d %d"), counts("%d %d", 2, 1)}},
     {"NoArguments", [] { return format("%s|%f"); }, "|0.000000", {mismatch(480, "s", "%s|%f"), mismatch(480, "f", "%s|%f"), counts("%s|%f", 2, 0)}},
     {"SurplusArgument", [] { return format("%d", 1, 2, 3); }, "1", {counts("%d", 1, 3)}},
@@ -121,16 +106,15 @@ TEST(Format, PrintsEachKindByEachConversion) {
 }
 
 std::string byRuntime(const char* directive, double value) {
-    char text[1600];
+    char text[24];
     std::snprintf(text, sizeof text, directive, value); // NOLINT
-    return std::string(text).substr(0, 23);
+    return text;
 }
 
 // Doubles print as the runtime library prints them, whatever their bits.
 TEST(FormatFloats, AgreeWithTheRuntimeLibrary) {
     std::mt19937_64 random(20220329);
-    const char* const directives[] = {"%f",   "%.0f", "%.3F",  "%e", "%.17E", "%g",
-                                      "%.1g", "%.0G", "%.40g", "%a", "%.2A"};
+    const char* const directives[] = {"%f", "%.0f", "%e", "%.17E", "%.1g", "%.40G", "%a", "%.2A"};
     for (int round = 0; round < 4000; ++round) {
         const uint64_t bits = random();
         auto value = std::bit_cast<double>(bits);
