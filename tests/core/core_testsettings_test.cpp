@@ -42,12 +42,10 @@ TEST(TestSettings, FlagsAreSetAndClearedByTheirKeys) {
         {"[assert]\nsend true\nbacktrace enable", 0, 0b000110},
         {"[alert]\nsend true\nbacktrace enable", 0, 0b110000},
         {"[assert]\nsend false\nbacktrace disable\ndefault true", 0b111111, 0b111001},
-        {"[alert]\nabort false", 0b111111, 0b110111},
         // Whatever is switched on, both abort bits go.
         {"[assert]\nabort true", 0b111111, 0b110110},
         {"[alert]\nsend enable", 0b101101, 0b110100},
         {"[assert]\nsend True\nsend 1\nsend", 0b001001, 0b001001},
-        {"[alerts]\nsend true", 0, 0},
     };
     for (const auto& [text, before, after] : rows)
         EXPECT_EQ(settingsOf(text, before).flags, after) << text;
@@ -55,11 +53,10 @@ TEST(TestSettings, FlagsAreSetAndClearedByTheirKeys) {
 
 TEST(TestSettings, ReportsWhatItDoesNotKnow) {
     test::LogRecorder log;
-    settingsOf(
-        "[50%s]\nsend x\n[]\n[50%s]\n[assert]\nabort yes\nunknown yes\ndefault yes\n[alert\n");
+    settingsOf("[50%s]\nsend x\n[]\n[assert]\nabort yes\nunknown yes\ndefault yes\n[alert\n");
     const std::string section = "WARN core::TestInterface::loadIni - unhandled section '";
     EXPECT_THAT(log.take(),
-                testing::ElementsAre(section + "50%s'", section + "'", section + "50%s'",
+                testing::ElementsAre(section + "50%s'", section + "'",
                                      testing::StartsWith("WARN Log at core_testinterface.cpp:")));
 }
 

