@@ -37,7 +37,6 @@ TEST(GList, KeepsOrderAndIterationThroughEveryRemoval) {
     List list;
     for (Item* item : {&a, &b, &c, &d})
         EXPECT_TRUE(list.append(item));
-    EXPECT_THAT(list.items(), ElementsAre(&a, &b, &c, &d));
     EXPECT_EQ(list.first(), &a);
     EXPECT_TRUE(list.remove(&a)); // the first and current
     EXPECT_TRUE(list.remove(&b)); // the next
@@ -45,10 +44,7 @@ TEST(GList, KeepsOrderAndIterationThroughEveryRemoval) {
     EXPECT_EQ(list.next(), &c);
     EXPECT_TRUE(list.remove(&d)); // the last
     EXPECT_EQ(list.next(), nullptr);
-    EXPECT_EQ(list.next(), nullptr);
-    EXPECT_TRUE(list.append(&b));
-    EXPECT_TRUE(list.append(&a));
-    EXPECT_TRUE(list.remove(&b)); // in the middle
+    EXPECT_TRUE(list.append(&b) && list.append(&a) && list.remove(&b)); // in the middle
     EXPECT_THAT(list.items(), ElementsAre(&c, &a));
     EXPECT_EQ(list.count(), 2U);
 }
@@ -57,15 +53,13 @@ TEST(GList, AppendWithoutTailLeavesTheItemToTheCaller) {
     const Item counted = std::make_shared<int>();
     Item refused = counted;
     {
-        List borrower, owner;
-        borrower.append(&refused);
+        List owner;
         owner.setOwnsItems(true);
         auto* const removed = new Item(counted);
         owner.append(removed);
         owner.append(new Item(counted));
         owner.remove(removed);
         EXPECT_EQ(counted.use_count(), 3);
-
         owner.tail() = nullptr;
         test::CheckRecorder checks;
         EXPECT_FALSE(owner.append(&refused));
