@@ -43,8 +43,6 @@ TEST(Logger, LabelsIndentAChannel) {
     logger.pushLabel(2, "");
     logger.pushLabel(3, "");
     logger.pushLabel(2, "job:");
-    EXPECT_EQ(logger.prefix(2), " |job:");
-    EXPECT_EQ(logger.prefix(4), "");
     logger.pushLabel(2, "");
     EXPECT_EQ(logger.prefix(2), " |job: |-");
     logger.popLabel(2);

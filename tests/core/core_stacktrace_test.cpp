@@ -95,10 +95,7 @@ TEST(StackTrace, AppendsUpToTheLimit) {
     EXPECT_TRUE(trace.getStack(frames, 4));
     ASSERT_EQ(frames.size(), 4U);
     EXPECT_EQ(frames[2].function, "core::StackTrace::getStack()");
-    EXPECT_THAT(frames[2].imageName, HasSubstr("core_tests"));
     EXPECT_THAT(frames[2].symbolFileName, HasSubstr("core_tests"));
-    EXPECT_TRUE(trace.getStack(frames, 1));
-    EXPECT_EQ(frames.size(), 4U);
 }
 
 TEST(StackTrace, SaysWhenTheSymbolEngineDidNotStart) {

