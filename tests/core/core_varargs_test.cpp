@@ -58,8 +58,7 @@ const Case kCases[] = {
     {"EveryKind", [] { char chars[] = "a"; return format("%s%s%s%s", chars, "b", std::string("\0", 1), std::string_view("d")); }, std::string("ab\0d", 4)},
     {"NullText", [] { return format("%s|%8s|%S", static_cast<const char*>(nullptr), static_cast<char*>(nullptr), static_cast<char*>(nullptr)); }, "(null)|  (null)|(null)"},
     {"WidthAndPrecision", [] { return format("%5s|%-5s|%.2s|%4.1s|%.0s", "abc", "abc", "abc", "abc", "abc"); }, "  abc|abc  |ab|   a|abc"},
-    {"Truncating", [] { return format("%6S|%6S|%6S|%S|%4S", "abcdefghij", "abc", "abcdef", "abcdefghij", "abcde"); }, "abc...|abc|abcdef|abcdefghij|a..."},
-    {"TruncationTestsTheFullLength", [] { return format("%6.2S|%6.2S", "abcdefghij", "abcd"); }, "abc...|ab"},
+    {"Truncating", [] { return format("%6S|%6S|%6S|%S|%6.2S", "abcdefghij", "abc", "abcdef", "abcdefghij", "abcd"); }, "abc...|abc|abcdef|abcdefghij|ab"},
     {"ShortTruncationIsChecked", [] { return format("%2S", "abcdef"); }, "ab", {kShortTruncation}},
     {"LongerThanTheEstimateLooks", [] { const std::string x(20000, 'x'); return format("%s", x.c_str()); }, std::string(20000, 'x')},
     // Pointers
@@ -82,10 +81,8 @@ const Case kCases[] = {
     {"FloatAsNumber", [] { return format("%+05.9d|%-3d|", 1.5, 1.5); }, "+0000|0  |", {mismatch(504, "d", "%+05.9d|%-3d|"), mismatch(504, "d", "%+05.9d|%-3d|")}},
     {"FloatAsCharacter", [] { return format("%5c", 1.5); }, "?", {mismatch(504, "c", "%5c")}},
     {"StarIsALetter", [] { return format("%*d", 1); }, "d", {mismatch(336, "*", "%*d"), noPlaceholder("*")}},
-    {"ForeignPrefixIsALetter", [] { return format("%I64d", 1); }, "64d", {mismatch(336, "I", "%I64d"), noPlaceholder("I")}},
     {"CutOffByTheEnd", [] { return format("%5", 1); }, "", {mismatch(336, "", "%5"), noPlaceholder("")}},
     {"MissingArgument", [] { return format("%d %d", 5); }, "5 0", {mismatch(480, "d", "%d %d"), counts("%d %d", 2, 1)}},
-    {"NoArguments", [] { return format("%s|%f"); }, "|0.000000", {mismatch(480, "s", "%s|%f"), mismatch(480, "f", "%s|%f"), counts("%s|%f", 2, 0)}},
     {"SurplusArgument", [] { return format("%d", 1, 2, 3); }, "1", {counts("%d", 1, 3)}},
     {"LonePercentIsNotCounted", [] { return format("%", 1); }, "", {counts("%", 0, 1)}},
 };

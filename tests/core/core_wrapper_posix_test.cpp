@@ -10,12 +10,10 @@ namespace {
 
 TEST(Wrapper, OpensNothingForChildProcesses) {
     const test::TempFolder folder;
-    for (const char* mode : {"w", "rb", "a+"}) {
-        FILE* file = core::Wrapper::fopen(folder / "file", mode);
-        ASSERT_NE(file, nullptr) << mode;
-        EXPECT_NE(fcntl(fileno(file), F_GETFD) & FD_CLOEXEC, 0) << mode;
-        std::fclose(file);
-    }
+    FILE* file = core::Wrapper::fopen(folder / "file", "w");
+    ASSERT_NE(file, nullptr);
+    EXPECT_NE(fcntl(fileno(file), F_GETFD) & FD_CLOEXEC, 0);
+    std::fclose(file);
 }
 
 } // namespace

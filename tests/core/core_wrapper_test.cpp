@@ -68,7 +68,6 @@ TEST(Unlink, ConvertsItsPathInWideModeOnly) {
     core::Wrapper::setWideFileNames(false);
     EXPECT_EQ(core::Wrapper::unlink(kNotUtf8), -1);
     EXPECT_EQ(errno, ENOENT);
-    EXPECT_TRUE(log.take().empty());
     std::thread([] { EXPECT_TRUE(core::Wrapper::wideFileNames()); }).join();
     core::Wrapper::setWideFileNames(true);
 }

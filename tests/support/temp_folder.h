@@ -10,13 +10,9 @@
 
 namespace test {
 
-/// Between paths as tests write them, which are UTF-8, and those of the standard library.
+/// A path as tests write it, which is UTF-8, for the standard library.
 inline std::filesystem::path systemPath(const std::string& utf8) {
     return std::u8string(utf8.begin(), utf8.end());
-}
-inline std::string utf8Path(const std::filesystem::path& path) {
-    const std::u8string utf8 = path.u8string();
-    return {utf8.begin(), utf8.end()};
 }
 
 /// A new, empty folder that is removed with everything in it.
@@ -36,7 +32,10 @@ public:
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
-    std::string path() const { return utf8Path(d_path); }
+    std::string path() const {
+        const std::u8string utf8 = d_path.u8string();
+        return {utf8.begin(), utf8.end()};
+    }
     /// The path of a file or folder in here.
     std::string operator/(const std::string& name) const {
         return path() + static_cast<char>(std::filesystem::path::preferred_separator) + name;
@@ -60,8 +59,6 @@ class WorkingFolder : public TempFolder {
 public:
     WorkingFolder() { std::filesystem::current_path(systemPath(path())); }
     ~WorkingFolder() { std::filesystem::current_path(d_previous); }
-    WorkingFolder(const WorkingFolder&) = delete;
-    WorkingFolder& operator=(const WorkingFolder&) = delete;
 
 private:
     std::filesystem::path d_previous = std::filesystem::current_path();
