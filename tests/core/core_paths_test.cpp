@@ -25,12 +25,12 @@ TEST(Paths, NamesAndDefaultsDiffer) {
 
 TEST(Paths, UnknownIndexIsRefused) {
     constexpr auto kUnknown = static_cast<Paths::PathIndex>(6);
+    const test::FailedCheck refused{"CHECKF", "core_paths.cpp", 121, 0, ""};
     test::CheckRecorder checks;
     EXPECT_STREQ(Paths::pathName(kUnknown), "?");
     EXPECT_THROW(Paths::setPath(kUnknown, "x"), std::out_of_range);
     EXPECT_THROW(Paths::path(kUnknown), std::out_of_range);
-    EXPECT_THAT(checks.take(),
-                ElementsAre(test::FailedCheck{"CHECKF", "core_paths.cpp", 121, 0, ""}));
+    EXPECT_THAT(checks.take(), ElementsAre(refused));
 }
 
 // The table cannot be reset, so what it is before its first use shows in a process of its own.
