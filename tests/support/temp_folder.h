@@ -10,9 +10,13 @@
 
 namespace test {
 
-/// A path as tests write it, which is UTF-8, for the standard library.
+/// Between paths as tests write them, which are UTF-8, and those of the standard library.
 inline std::filesystem::path systemPath(const std::string& utf8) {
     return std::u8string(utf8.begin(), utf8.end());
+}
+inline std::string utf8Path(const std::filesystem::path& path) {
+    const std::u8string utf8 = path.u8string();
+    return {utf8.begin(), utf8.end()};
 }
 
 /// A new, empty folder that is removed with everything in it.
@@ -32,10 +36,7 @@ public:
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;
 
-    std::string path() const {
-        const std::u8string utf8 = d_path.u8string();
-        return {utf8.begin(), utf8.end()};
-    }
+    std::string path() const { return utf8Path(d_path); }
     /// The path of a file or folder in here.
     std::string operator/(const std::string& name) const {
         return path() + static_cast<char>(std::filesystem::path::preferred_separator) + name;
