@@ -1,6 +1,7 @@
 #include "core_guard.h"
 
 #include "child_process.h"
+#include "core_check.h"
 #include "core_paths.h"
 #include "core_rcsname.h"
 #include "log_recorder.h"
@@ -18,15 +19,14 @@ namespace {
 using testing::ContainsRegex;
 using testing::HasSubstr;
 
-constexpr int kCrashed = 129;
-
-/// Raises the signal, if it is one; a guard inside this one has come and gone.
 int crash(int, char** argv) {
     core::Paths::setDefaultPaths();
-    core::runGuardedWith([](int, char**) { return 0; }, 0, nullptr);
-    if (argv[1] == std::string("lostStack"))
+    const std::string kind = argv[1];
+    if (kind == "abort")
+        std::abort();
+    if (kind == "lostStack")
         asm volatile("xorl %esp, %esp\n\tjmp *%rsp");
-    return std::raise(std::stoi(argv[1]));
+    return std::raise(std::stoi(kind));
 }
 
 CHILD_CASE(guardedSignal) {
@@ -36,13 +36,10 @@ CHILD_CASE(guardedSignal) {
 
 TEST(GuardSignals, TakesAbortsAndFaults) {
     const test::WorkingFolder folder;
-    for (const int signal : {SIGABRT, SIGBUS, SIGFPE, SIGTRAP})
-        EXPECT_EQ(test::runChild("guardedSignal", std::to_string(signal)).status, kCrashed);
+    EXPECT_EQ(test::runChild("guardedSignal", "abort").status, 129);
+    for (const int signal : {SIGBUS, SIGFPE, SIGTRAP})
+        EXPECT_EQ(test::runChild("guardedSignal", std::to_string(signal)).status, 129) << signal;
     EXPECT_EQ(test::runChild("guardedSignal", std::to_string(SIGTERM)).signal, SIGTERM);
-    // The report ends where it meets a fault itself.
-    const test::ChildResult child = test::runChild("guardedSignal", "lostStack");
-    EXPECT_EQ(child.status, kCrashed);
-    EXPECT_THAT(child.out, HasSubstr("[CRIT] Wrote minidump"));
 }
 
 int alternateStackInUse(int, char**) {
@@ -67,21 +64,54 @@ TEST(Guard, PutsHandlersAndAlternateStackBack) {
     EXPECT_EQ(stack.ss_sp, buffer);
 }
 
+int faultAfterNestedRun(int, char**) {
+    core::Paths::setDefaultPaths();
+    const int status = core::runGuardedWith([](int, char**) { return 0; }, 0, nullptr);
+    if (status == 0)
+        core::deliberateFault();
+    return status;
+}
+
+CHILD_CASE(nestedGuard) { std::exit(core::runGuardedWith(faultAfterNestedRun, 0, nullptr)); }
+
+TEST(GuardSignals, OutliveANestedGuard) {
+    const test::WorkingFolder folder;
+    EXPECT_EQ(test::runChild("nestedGuard").status, 129);
+}
+
 std::string reportOf(const std::string& kind) {
     const test::WorkingFolder folder;
-    EXPECT_EQ(test::runChild("guardedCrash", kind).status, kCrashed);
+    EXPECT_EQ(test::runChild("guardedCrash", kind).status, 129);
     return test::readFile("dumps/core_tests-" + std::string(core::dumpVersionTag()) + ".dmp");
 }
 
 TEST(CrashReport, TellsTheFaultAndWhere) {
-    const std::string report = reportOf("nullWrite");
-    EXPECT_THAT(report, HasSubstr("\nSignal 11 (SIGSEGV), code 1, address 0x0\n"));
-    EXPECT_THAT(report, ContainsRegex("\nMemory map\n[0-9a-f]+-[0-9a-f]+ "));
-    EXPECT_THAT(report,
-                ContainsRegex("\nStack\n    #00 0x[0-9a-f]+ in core::deliberateFault\\(.*\\) "
-                              "\\(the program"));
+    const struct {
+        const char* kind;
+        const char* cause;
+        const char* stack;
+    } rows[] = {
+        {"nullWrite", "\nSignal 11 \\(SIGSEGV\\), code 1, address 0x0\n", "core::deliberateFault"},
+        {"division", "\nSignal 8 \\(SIGFPE\\), code 1, address 0x[0-9a-f]+\n", ".*divide"},
+        {"badJump", "\n    rip 0x0\n", ".*jumpToNowhere"},
+        {"stackOverflow", "\nSignal 11 .*\n", ".*overflowStack"},
+    };
+    for (const auto& row : rows) {
+        const std::string report = reportOf(row.kind);
+        EXPECT_THAT(report, ContainsRegex(row.cause));
+        EXPECT_THAT(report, ContainsRegex("\nMemory map\n[0-9a-f]+-[0-9a-f]+ "));
+        EXPECT_THAT(report, ContainsRegex("\nStack\n    #00 0x[0-9a-f]+ in " +
+                                          std::string(row.stack) + "\\(.*\\) \\(the program"));
+    }
     EXPECT_THAT(reportOf("exception"),
                 HasSubstr("\nC++ exception std::runtime_error: out of paper\n"));
+}
+
+TEST(CrashReport, EndsWhereItMeetsAFaultItself) {
+    const test::WorkingFolder folder;
+    const test::ChildResult child = test::runChild("guardedSignal", "lostStack");
+    EXPECT_EQ(child.status, 129);
+    EXPECT_THAT(child.out, HasSubstr("[CRIT] Wrote minidump"));
 }
 
 // Wine takes a file that is not open for a dump that is written.
@@ -89,7 +119,7 @@ TEST(CrashReport, ThatCannotBeWrittenIsReported) {
     const test::WorkingFolder folder;
     test::writeFile("dumps", "in the way");
     const test::ChildResult child = test::runChild("guardedCrash", "nullWrite");
-    EXPECT_EQ(child.status, kCrashed);
+    EXPECT_EQ(child.status, 129);
     EXPECT_THAT(child.out, ContainsRegex("\\[CRIT\\] Failed to write minidump for 'core_tests' to "
                                          "'.*', version '.*' \\(Not a directory\\)\n"));
 }
@@ -98,13 +128,13 @@ CHILD_CASE(hangsOverItsCrash) {
     const test::ScriptedObserver observer({core::kChannelCrit}, [](const std::string&) {
         std::raise(alarm(0) > 0 ? SIGALRM : SIGKILL); // as if the time were over
     });
-    core::Arguments arguments({"tool", std::to_string(SIGABRT)});
+    core::Arguments arguments({"tool", "abort"});
     core::runGuardedWith(crash, arguments.count(), arguments.values());
 }
 
 TEST(GuardSignals, LimitTheTimeOfACrash) {
     const test::WorkingFolder folder;
-    EXPECT_EQ(test::runChild("hangsOverItsCrash").status, kCrashed);
+    EXPECT_EQ(test::runChild("hangsOverItsCrash").status, 129);
 }
 
 } // namespace

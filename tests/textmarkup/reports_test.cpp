@@ -24,51 +24,63 @@ using testing::StartsWith;
 constexpr core::CheckSite kSite{"some_module.cpp", 7};
 constexpr core::CheckSite kOther{"some_module.cpp", 8};
 
-CHILD_CASE(failsOften) {
-    core::Udp4Socket server;
-    if (!server.open() || !server.bind("127.0.0.1", 0))
-        std::exit(1);
-    const auto port = static_cast<uint32_t>(server.localPort());
-    std::filesystem::current_path(test::systemPath(argument));
-    const bool standard = std::filesystem::exists("settings/testing.ini");
-    const char* settings = standard ? "settings/testing.ini" : "settings/testing.alt.ini";
-    const char* general = "[general]\nsend_address 127.0.0.1\nsend_port %u\n";
-    test::writeFile(settings, test::readFile(settings) + core::format(general, port));
+/// Stands for a collecting server, in a child whose working folder is the argument.
+class Server {
+public:
+    /// Appends to the settings that this process is to report here.
+    explicit Server(const std::string& folder, const std::string& settings) {
+        if (!d_socket.open() || !d_socket.bind("127.0.0.1", 0))
+            std::exit(1);
+        std::filesystem::current_path(test::systemPath(folder));
+        test::writeFile(settings,
+                        test::readFile("asked") + core::format("[general]\nsend_address 127.0.0.1\n"
+                                                               "send_port %d\n",
+                                                               d_socket.localPort()));
+    }
+    /// Files what has come since the last time; a datagram of its own marks the end.
+    void file() {
+        d_socket.send("127.0.0.1", static_cast<uint32_t>(d_socket.localPort()), "end");
+        for (std::string data; (data = d_socket.receive()->data) != "end";)
+            test::writeFile(std::to_string(++d_count), data);
+    }
 
+private:
+    core::Udp4Socket d_socket;
+    int d_count = 0;
+};
+
+/// The documents that the case leaves when it is run with these settings, behind them
+/// what it wrote to standard error.
+std::vector<std::string> documentsOf(const char* childCase, const std::string& asked) {
+    const test::TempFolder folder;
+    std::filesystem::create_directory(test::systemPath(folder / "settings"));
+    test::writeFile(folder / "asked", asked);
+    const test::ChildResult child = test::runChild(childCase, folder.path());
+    EXPECT_EQ(child.status, 0);
+    std::vector<std::string> documents;
+    for (int i = 1; std::filesystem::exists(folder / std::to_string(i)); ++i)
+        documents.push_back(test::readFile(folder / std::to_string(i)));
+    documents.push_back(child.err);
+    return documents;
+}
+
+CHILD_CASE(failsOften) {
+    Server server(argument, "settings/testing.alt.ini");
     CHECKF_AT(kSite, false, "first");
     CHECKF_AT(kSite, false, "second");
     GALERT_AT(kSite, 1 > 2);
     GASSERT_AT(kOther, 2 > 3);
     core::TestInterface::instance().sendAsserts(); // nothing is left to send
     core::TestInterface::instance().requestSendLogs(kOther);
-    server.send("127.0.0.1", port, "end");
-    int count = 0;
-    for (std::string data; (data = server.receive()->data) != "end";)
-        test::writeFile(std::to_string(++count), data);
-}
-
-/// The documents that the child sends by these settings, behind them what it wrote to
-/// standard error.
-std::vector<std::string> documents(const char* file, const std::string& settings) {
-    const test::TempFolder folder;
-    std::filesystem::create_directory(test::systemPath(folder / "settings"));
-    test::writeFile(folder / "settings/" + file, settings);
-    const test::ChildResult child = test::runChild("failsOften", folder.path());
-    EXPECT_EQ(child.status, 0);
-    std::vector<std::string> all;
-    for (int i = 1; std::filesystem::exists(folder / std::to_string(i)); ++i)
-        all.push_back(test::readFile(folder / std::to_string(i)));
-    all.push_back(child.err);
-    return all;
+    server.file();
 }
 
 TEST(Reports, GoOutOnlyWhenAskedFor) {
-    EXPECT_THAT(documents("testing.ini", ""),
+    EXPECT_THAT(documentsOf("failsOften", ""),
                 ElementsAre("TestInterface:requestSendLogs - d_socket is null\n"));
 
-    const auto sent = documents("testing.alt.ini", "[assert]\nsend true\nbacktrace true\n");
     std::vector<std::string> got;
-    for (const std::string& text : sent) {
+    for (const std::string& text : documentsOf("failsOften", "[assert]\nsend true\n")) {
         const test::XmlDocument document = test::parseXml(text);
         got.push_back(document.root);
         for (const char* name : {"line", "message", "condition", "count", "total"})
@@ -76,17 +88,14 @@ TEST(Reports, GoOutOnlyWhenAskedFor) {
     }
     EXPECT_THAT(got, ElementsAre("assert 7 first CHECKF 1 1", "assert 7 second CHECKF 1 2",
                                  "assert 8  2 > 3 1 1", "sendlogs 8    ", "     "));
-    const std::string dashes(44, '-'), backtrace = test::parseXml(sent[0])["backtrace"];
-    EXPECT_THAT(backtrace, StartsWith("Backtrace START " + dashes + "\n\n#01 in "));
-    EXPECT_THAT(backtrace, EndsWith("\nBacktrace END --" + dashes));
 }
 
 TEST(Reports, HoldTheirElementsInOrder) {
-    const auto sent = documents("testing.ini", "[alert]\nsend true\n");
-    ASSERT_EQ(sent.size(), 3);
-    const std::string utc = test::parseXml(sent[0])["utc"];
+    const auto documents = documentsOf("failsOften", "[alert]\nsend true\n");
+    ASSERT_EQ(documents.size(), 3);
+    const std::string utc = test::parseXml(documents[0])["utc"];
     EXPECT_THAT(utc, MatchesRegex("....-..-.. ..:..:.."));
-    EXPECT_EQ(sent[0],
+    EXPECT_EQ(documents[0],
               core::format("<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<assert>\n"
                            "<type>ALERT</type>\n<file>some_module.cpp</file>\n<line>7</line>\n"
                            "<condition>1 &gt; 2</condition>\n<message></message>\n"
@@ -99,9 +108,45 @@ TEST(Reports, HoldTheirElementsInOrder) {
                            utc, core::version(), core::hostName(), core::platformName(),
                            core::rcsName(), core::buildStamp()));
     EXPECT_FALSE(core::hostName().empty());
-    EXPECT_EQ(sent[1], "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<sendlogs>\n"
-                       "<file>some_module.cpp</file>\n<line>8</line>\n"
-                       "<server>127.0.0.1</server>\n</sendlogs>\n");
+    EXPECT_EQ(documents[1], "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<sendlogs>\n"
+                            "<file>some_module.cpp</file>\n<line>8</line>\n"
+                            "<server>127.0.0.1</server>\n</sendlogs>\n");
+}
+
+CHILD_CASE(failsWithHostileTexts) {
+    Server server(argument, "settings/testing.ini");
+    for (const char* piece : {"</message>", "]]>&", "\x01\x1B", "\xC3\x28\xED\xA0\x80", "é'\""}) {
+        std::string text;
+        while (text.size() < 100'000)
+            text += piece;
+        core::alertDefault(text.c_str(), "<&>.cpp", 1, 0, text);
+        server.file();
+    }
+    core::failDefault("</", "a.cpp", 1, 0, std::string(100'000, '&'));
+    server.file();
+}
+
+TEST(Reports, AreWellFormedAndFitWhateverTheTextsHold) {
+    auto documents = documentsOf("failsWithHostileTexts",
+                                 "[assert]\nsend true\nbacktrace true\n[alert]\nsend true\n");
+    ASSERT_EQ(documents.size(), 7);
+    documents.pop_back();
+    for (const std::string& text : documents) {
+        EXPECT_LE(text.size(), core::Udp4Socket::kMaxLength);
+        const test::XmlDocument document = test::parseXml(text);
+        EXPECT_EQ(document.error, "");
+        EXPECT_EQ(document.elements.size(), 19);
+        EXPECT_THAT(document["message"], EndsWith("..."));
+    }
+    const test::XmlDocument alert = test::parseXml(documents[0]);
+    EXPECT_EQ(alert["file"], "<&>.cpp");
+    EXPECT_THAT(alert["condition"], StartsWith("</message></message>"));
+
+    const std::string backtrace = test::parseXml(documents[5])["backtrace"];
+    EXPECT_THAT(backtrace, StartsWith("Backtrace START ----------------------------------------"
+                                      "----\n\n#01 in "));
+    EXPECT_THAT(backtrace, EndsWith("\nBacktrace END -------------------------------------------"
+                                    "---"));
 }
 
 } // namespace
