@@ -2,6 +2,7 @@
 
 #include "check_recorder.h"
 #include "core_guniquebuf.h"
+#include "core_varargs.h"
 #include "core_wrapper.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
@@ -313,8 +314,8 @@ TEST_F(SafeStore, FilesOfAnyNameAreMadeReadReplacedAndRemoved) {
     };
     for (const auto& [name, file] : rows) {
         SCOPED_TRACE(name);
-        const std::string folder = d_folder.path() + "\\" + name + "\\sub";
-        const std::string path = folder + "\\" + file;
+        const std::string folder = core::format("%s\\%s\\sub", d_folder.path(), name);
+        const std::string path = core::format("%s\\%s", folder, file);
         ASSERT_TRUE(FileUtils::createPath(folder));
         std::string content;
         for (const std::string text : {"first", "second one"}) {
