@@ -1,0 +1,57 @@
+#include "child_process.h"
+#include "core_check.h"
+#include "core_testinterface.h"
+#include "core_udp4socket.h"
+#include "core_varargs.h"
+#include "log_recorder.h"
+#include "temp_folder.h"
+#include "xml_document.h"
+
+#include <sys/resource.h>
+
+#include <filesystem>
+#include <gmock/gmock.h>
+
+namespace {
+
+constexpr core::CheckSite kSite{"some_module.cpp", 7};
+
+/// Whether the process may have more files and sockets than it has.
+void allowFiles(bool allow) {
+    rlimit limit{};
+    getrlimit(RLIMIT_NOFILE, &limit);
+    limit.rlim_cur = allow ? limit.rlim_max : 0;
+    setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+CHILD_CASE(failsWithoutASocket) {
+    core::Udp4Socket server;
+    if (!server.open() || !server.bind("127.0.0.1", 0))
+        std::exit(1);
+    std::filesystem::create_directory("settings");
+    test::writeFile("settings/testing.ini",
+                    core::format("[general]\nsend_address 127.0.0.1\nsend_port %d\n"
+                                 "[assert]\nsend true\n",
+                                 server.localPort()));
+    core::TestInterface::instance().loadIni();
+    test::LogRecorder log;
+    allowFiles(false);
+    CHECKF_AT(kSite, false);
+    allowFiles(true);
+    CHECKF_AT(kSite, false);
+    for (const std::string& line : log.take())
+        std::puts(line.c_str());
+    const test::XmlDocument report = test::parseXml(server.receive()->data);
+    std::printf("%s of %s\n", report["count"].c_str(), report["total"].c_str());
+}
+
+TEST(Reports, ThatCannotBeSentAreKeptForTheNextTime) {
+    const test::WorkingFolder folder;
+    EXPECT_THAT(test::runChild("failsWithoutASocket").out,
+                testing::EndsWith("WARN core::SmartSocket::create(2,2,0) - failed to open socket\n"
+                                  "WARN Log at core_socket.cpp:54\n"
+                                  "WARN TestInterface:sendAsserts - failed creating socket\n"
+                                  "2 of 2\n"));
+}
+
+} // namespace
