@@ -24,8 +24,11 @@ void FocusMark::focusIn(Qt::FocusReason reason) {
 }
 
 void FocusMark::draw(const QWidget& widget, QPainter& painter, const QRect& rect) const {
-    if (!d_shown || !widget.hasFocus())
-        return;
+    if (d_shown && widget.hasFocus())
+        drawFocusFrame(widget, painter, rect);
+}
+
+void drawFocusFrame(const QWidget& widget, QPainter& painter, const QRect& rect) {
     QStyleOptionFocusRect option;
     option.initFrom(&widget);
     option.rect = rect;

@@ -26,6 +26,9 @@ private:
     bool d_shown = false;
 };
 
+/// Draws the style's focus frame of the widget.
+void drawFocusFrame(const QWidget& widget, QPainter& painter, const QRect& rect);
+
 /// Space, Enter and Return, and what remote controls have in their place.
 bool isPressKey(int key);
 

@@ -1,10 +1,13 @@
 #include "qt_fractionspinbox.h"
 
 #include "core_log.h"
+#include "core_tokenizer.h"
 
 #include <QRegExp>
 
 #include <iterator>
+#include <optional>
+#include <string>
 #include <utility>
 
 namespace NS_QT {
@@ -12,6 +15,12 @@ namespace {
 
 bool matches(const char* pattern, const QString& text) {
     return QRegExp(pattern, Qt::CaseSensitive).indexIn(text) >= 0;
+}
+
+// The core's numbers have no plus sign.
+std::optional<int32_t> integerOf(const std::string& text) {
+    const bool hasPlus = text.starts_with('+') && !text.starts_with("+-");
+    return core::decimalNumber(hasPlus ? text.substr(1) : text);
 }
 
 // Of a set that is not empty; of two values equally near, the lower.
@@ -62,14 +71,13 @@ QValidator::State FractionSpinBox::validate(QString& text, int&) const {
 }
 
 int FractionSpinBox::valueFromText(const QString& text) const {
-    const QString number = withoutSuffix(text);
-    bool isInteger = false;
-    const int value = number.toInt(&isInteger);
-    if (isInteger && !d_allowed.empty() && !d_allowed.contains(value)) {
+    const std::string number = withoutSuffix(text).toStdString();
+    const std::optional<int32_t> value = integerOf(number);
+    if (value && !d_allowed.empty() && !d_allowed.contains(*value)) {
         core::logFrom(core::kChannelInfo, "QT::FractionSpinBox::valueFromText", "(%s): not in set",
-                      number.toStdString());
+                      number);
     }
-    return value;
+    return value.value_or(0);
 }
 
 QString FractionSpinBox::textFromValue(int value) const { return QString::number(value); }

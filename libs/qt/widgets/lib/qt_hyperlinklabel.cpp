@@ -1,5 +1,7 @@
 #include "qt_hyperlinklabel.h"
 
+#include "qt_focusmark.h"
+
 #include <QAccessible>
 #include <QAccessibleWidget>
 #include <QEvent>
@@ -7,7 +9,6 @@
 #include <QPainter>
 #include <QScopedValueRollback>
 #include <QStyle>
-#include <QStyleOptionFocusRect>
 #include <QTextDocument>
 
 namespace NS_QT {
@@ -114,9 +115,7 @@ bool HyperlinkLabel::eventFilter(QObject* object, QEvent* event) {
 }
 
 void HyperlinkLabel::keyPressEvent(QKeyEvent* event) {
-    const bool isPress = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
-                         event->key() == Qt::Key_Space;
-    if (!d_linkEnabled || !isPress)
+    if (!d_linkEnabled || !isPressKey(event->key()))
         QLabel::keyPressEvent(event);
     else if (!event->isAutoRepeat())
         click();
@@ -138,15 +137,10 @@ QRect HyperlinkLabel::focusRect() const {
 
 void HyperlinkLabel::paintEvent(QPaintEvent* event) {
     QLabel::paintEvent(event);
-    if (!hasFocus())
+    if (!hasFocus()) // to which only keys lead
         return;
     QPainter painter(this);
-    QStyleOptionFocusRect option;
-    option.initFrom(this);
-    option.rect = focusRect();
-    option.state |= QStyle::State_KeyboardFocusChange; // nothing else leads the focus here
-    option.backgroundColor = palette().color(QPalette::Window);
-    style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, this);
+    drawFocusFrame(*this, painter, focusRect());
 }
 
 } // namespace NS_QT
