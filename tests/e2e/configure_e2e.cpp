@@ -2,10 +2,12 @@
 #include "core_assert.h"
 #include "core_guard.h"
 #include "core_log.h"
+#include "cutl_environment.h"
 
 #include <QApplication>
 #include <QTimer>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -33,7 +35,7 @@ int overflowStack(int depth) {
     return deeper(depth + 1) + frame[depth % 4096];
 }
 
-void throwException() { throw std::runtime_error("out of paper"); }
+[[noreturn]] void throwException() { throw std::runtime_error("out of paper"); }
 
 void crashOnAnotherThread() { std::thread(core::deliberateFault).join(); }
 
@@ -61,11 +63,13 @@ const std::map<std::string_view, void (*)()> kCrashes = {
 };
 void (*crash)() = nullptr;
 
-/// As soon as the dialog is open; an exception at once, since it would not get through the
-/// system's part of the event loop.
+std::optional<std::string> lookUpNothing() { throwException(); }
+
+/// As soon as the dialog is open; an exception before that, in the tool's own code, since
+/// it would not get through the system's part of the event loop.
 void crashIfAsked() {
     if (crash == throwException)
-        crash();
+        cutl::setCommonDataLookup(lookUpNothing);
     else if (crash != nullptr)
         QTimer::singleShot(0, crash);
 }
