@@ -2,6 +2,7 @@
 
 #include "core_check.h"
 #include "core_globals.h"
+#include "core_guard.h"
 #include "core_log.h"
 #include "core_paths.h"
 #include "cutl_environment.h"
@@ -109,6 +110,8 @@ void logChange(const Connection& before, const Connection& after) {
 }
 
 } // namespace
+
+int runGuarded(int argc, char** argv) { return core::runGuardedWith(runApplication, argc, argv); }
 
 int runApplication(int argc, char** argv) {
     core::Paths::setDefaultPaths();

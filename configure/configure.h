@@ -4,8 +4,12 @@
 /// in a dialog and stores what the operator confirms.
 namespace configure {
 
+/// Runs `runApplication` under the crash guard of core_guard.h and returns its result, or
+/// core::kCrashStatus after a crash: the process entry then ends the process at once.
+int runGuarded(int argc, char** argv);
+
 /// Runs `main` with what the process needs around it: the default folders and a log
-/// implementation. Returns main's result. This is what the crash guard starts.
+/// implementation. Returns main's result.
 int runApplication(int argc, char** argv);
 
 /// The tool itself: reads the settings file, runs the dialog and, on OK with a

@@ -2,7 +2,7 @@
 #include "core_guard.h"
 
 int main(int argc, char** argv) {
-    const int status = core::runGuardedWith(configure::runApplication, argc, argv);
+    const int status = configure::runGuarded(argc, argv);
     if (status == core::kCrashStatus)
         core::endProcess(status);
     return status;

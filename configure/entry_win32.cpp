@@ -5,8 +5,7 @@
 
 int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR commandLine, int) {
     core::Arguments arguments = core::splitCommandLine(commandLine);
-    const int status =
-        core::runGuardedWith(configure::runApplication, arguments.count(), arguments.values());
+    const int status = configure::runGuarded(arguments.count(), arguments.values());
     if (status == core::kCrashStatus)
         core::endProcess(status);
     return status;

@@ -112,7 +112,7 @@ int takeOptions(int argc, char** argv) {
 int main(int argc, char** argv) {
     const int taken = takeOptions(argc, argv);
     argv[taken] = argv[0];
-    const int status = core::runGuardedWith(configure::runApplication, argc - taken, argv + taken);
+    const int status = configure::runGuarded(argc - taken, argv + taken);
     if (status == core::kCrashStatus)
         core::endProcess(status);
     return status;
