@@ -110,6 +110,7 @@ int takeOptions(int argc, char** argv) {
 } // namespace
 
 int main(int argc, char** argv) {
+    qputenv("QT_XCB_GL_INTEGRATION", "none");
     const int taken = takeOptions(argc, argv);
     argv[taken] = argv[0];
     const int status = configure::runGuarded(argc - taken, argv + taken);

@@ -212,6 +212,12 @@ class Starting(Scenario):
     def test_with_jitd(self):
         self.check_one_edit(arguments=["jitd"])
 
+    def test_without_opengl(self):
+        if not (loads_opengl := self.platform.loads_opengl):
+            self.skipTest("Qt asks the system for it on X11 only")
+        process, _ = self.open()
+        self.assertFalse(loads_opengl(process), "two fields need no graphics driver")
+
     def test_with_its_files_in_the_working_directory_only(self):
         alone = shutil.copy(self.platform.tool, self.work)
         self.check_one_edit(folder=self.platform.tool.parent, program=alone)

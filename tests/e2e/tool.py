@@ -47,6 +47,7 @@ class Platform:
 
     window_class = "^configure"
     crash_status = 129  # -127 in the eight bits of a status
+    loads_opengl = None
 
     def __init__(self, tool, helper, common_data):
         self.tool = tool
@@ -88,6 +89,10 @@ class Linux(Platform):
     @staticmethod
     def open_dump(dump, _program):
         return open_report(dump)
+
+    @staticmethod
+    def loads_opengl(process):
+        return "/xcbglintegrations/" in Path(f"/proc/{process.pid}/maps").read_text("utf-8")
 
     @staticmethod
     def provoke_fault(process):

@@ -5,6 +5,7 @@
 void test::preferOffscreen() {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_XCB_GL_INTEGRATION", "none");
 }
 
 // Called by the sanitizers' runtimes. The offscreen platform never frees its screen, nor
