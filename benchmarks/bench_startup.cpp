@@ -87,8 +87,8 @@ private:
     }
 
     pid_t processOf(xcb_window_t window) {
-        const auto request = xcb_get_property(d_connection, 0, window, d_processAtom,
-                                              XCB_ATOM_CARDINAL, 0, 1);
+        const auto request =
+            xcb_get_property(d_connection, 0, window, d_processAtom, XCB_ATOM_CARDINAL, 0, 1);
         xcb_get_property_reply_t* const reply =
             xcb_get_property_reply(d_connection, request, nullptr);
         if (reply == nullptr)
@@ -138,8 +138,8 @@ void startOnce(benchmark::State& state, const std::vector<std::string>& command)
 }
 
 void measure(const char* name, std::vector<std::string> command) {
-    benchmark::RegisterBenchmark(
-        name, [command](benchmark::State& state) { startOnce(state, command); })
+    benchmark::RegisterBenchmark(name,
+                                 [command](benchmark::State& state) { startOnce(state, command); })
         ->UseManualTime()
         ->Iterations(1)
         ->Repetitions(kRuns)
@@ -155,6 +155,9 @@ int main(int argc, char** argv) {
     measure("Start_core", {folder.parent_path() / "configure" / "configure"});
     measure("Start_QDialog", {bare});
     measure("Start_QDialogWithoutOpenGL", {"env", "QT_XCB_GL_INTEGRATION=none", bare});
+    const std::string nobody = "BUS_ADDRESS=unix:path=/nonexistent";
+    measure("StartWithDeadBuses_core", {"env", "DBUS_SESSION_" + nobody, "AT_SPI_" + nobody,
+                                        folder.parent_path() / "configure" / "configure"});
     measure("Start_yad", {"yad", "--form", "--field=NVR IP", "--field=Port"});
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

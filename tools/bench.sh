@@ -5,25 +5,78 @@ cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
 source tools/lib.sh
 
+usage() {
+    cat <<'END'
+./bench [--compare COMMIT] [ARGUMENT...]
+
+Prints what was measured beside its peers and its aims, and leaves a picture of that.
+  --compare COMMIT  runs the benchmarks of this working tree also with the libraries and the
+                    tool of that commit, in turns, and prints both figures and their ratio
+Arguments go to every benchmark, such as --benchmark_filter=Parse.
+END
+}
+
+before=
+case ${1:-} in
+    --compare)
+        before=$(git rev-parse --verify "${2:?--compare needs a commit}^{commit}")
+        shift 2
+        ;;
+    -h | --help)
+        usage
+        exit 0
+        ;;
+esac
+
 purposes=(build bench)
 screen=()
-if ! has_display; then
+if [[ -z ${DISPLAY:-} ]]; then
     purposes+=(screen)
     screen=(python3 -B tests/e2e/desktop.py)
 fi
 install_packages "${purposes[@]}" || exit 1
 build_preset linux-bench
 
-programs=()
+# The other commit, with the benchmarks of this one, in a working tree of its own.
+tree=$PWD/build/compare
+build_before() {
+    git worktree prune
+    if [[ -d $tree ]]; then
+        git -C "$tree" checkout --quiet --force --detach "$before"
+    else
+        git worktree add --quiet --detach "$tree" "$before"
+    fi
+    rm -rf "$tree/benchmarks"
+    cp -r benchmarks "$tree/"
+    (cd "$tree" && build_preset linux-bench)
+}
+
+# run TREE REPORTS REPETITIONS PROGRAM ROUND ARGUMENT...: one program's report.
+run() {
+    local folder=$1 reports=$2 repetitions=$3 program=$4 round=$5
+    shift 5
+    "${screen[@]}" "$folder/build/linux-bench/bench/$program" \
+        --benchmark_enable_random_interleaving=true --benchmark_repetitions="$repetitions" \
+        --benchmark_display_aggregates_only=true --benchmark_min_time=0.1 \
+        --benchmark_out="$reports/$program.$round.json" "$@"
+}
+
+now=build/linux-bench/reports/now
+old=build/linux-bench/reports/before
+rm -rf "$now" "$old"
+mkdir -p "$now" "$old"
+[[ -z $before ]] || build_before
 for file in build/linux-bench/bench/bench_*; do
-    [[ -f $file && -x $file ]] && programs+=("$file")
+    [[ -f $file && -x $file ]] || continue
+    program=${file##*/}
+    say "$program"
+    if [[ -z $before ]]; then
+        run . "$now" 9 "$program" 1 "$@"
+    else # in turns, so that both meet the same machine
+        for round in 1 2 3; do
+            run . "$now" 3 "$program" "$round" "$@"
+            run "$tree" "$old" 3 "$program" "$round" "$@"
+        done
+    fi
 done
-[[ ${#programs[@]} -gt 0 ]] || die "no benchmarks were built"
-reports=build/linux-bench/reports
-rm -rf "$reports"
-mkdir -p "$reports"
-for program in "${programs[@]}"; do
-    say "${program##*/}"
-    "${screen[@]}" "$program" --benchmark_out="$reports/${program##*/}.json" "$@"
-done
-tools/ratios.py "$reports"
+tools/ratios.py "$now" ${before:+--before "$old"}
