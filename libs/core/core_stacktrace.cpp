@@ -3,11 +3,16 @@
 #include "core_log.h"
 #include "core_stacktrace_calls.h"
 
+#include <string_view>
 #include <utility>
 
 namespace core {
 namespace {
 
+constexpr std::string_view kGetStack = "core::StackTrace::getStack";
+
+// Both separators on both platforms: the debug information of a cross-built program names
+// its sources with '/', beside images with '\\'.
 std::string baseName(const std::string& path) { return path.substr(path.find_last_of("\\/") + 1); }
 
 std::string frameLine(size_t number, const StackFrame& frame) {
@@ -49,10 +54,10 @@ void detail::logNoModule(const std::string& image, const std::string& module, ui
 }
 
 void detail::logNoSymbol(uint64_t address, uint32_t error) {
-    logf(kChannelNorm, "failed to get symbol from addr %d : %d", address, error);
+    logFrom(kChannelNorm, kGetStack, "failed to get symbol from addr %d : %d", address, error);
 }
 
-void detail::logNoModuleInfo() { logf(kChannelNorm, "failed to get module info"); }
+void detail::logNoModuleInfo() { logFrom(kChannelNorm, kGetStack, "failed to get module info"); }
 
 // The discarded frames are counted, so neither of these may be inlined into its caller
 // or call by a jump.

@@ -53,7 +53,8 @@ public:
     std::string getStackText();
 
     /// Offers a module to the symbol engine of `process`, with its path, name, address
-    /// and size in bytes. True also when the engine knew it.
+    /// and size in bytes. True also when the engine knew it; false after a line on NORM.
+    /// On Linux there is one engine, for this process, whatever `process` is.
     bool loadModule(void* process, const std::string& image, const std::string& module,
                     uint64_t base, uint32_t size);
 

@@ -3,9 +3,9 @@
 #include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
 
-#include <absl/debugging/internal/demangle.h>
 #include <absl/debugging/stacktrace.h>
 #include <absl/debugging/symbolize.h>
+#include <cxxabi.h>
 #include <elfutils/libdw.h>
 #include <elfutils/libdwfl.h>
 #include <fcntl.h>
@@ -18,6 +18,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <memory>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -50,16 +51,26 @@ int findDebugFile(Dwfl_Module* module, void** data, const char* name, Dwarf_Addr
     return find(module, data, name, base, image, link, sum, path);
 }
 
-/// Demangles a name unless it is already. Abseil does not know the tag that functions
-/// bear which return a std::string; it ends the names of C++ functions by "()".
-std::string functionText(std::string name) {
-    constexpr std::string_view kTag = "B5cxx11";
-    if (const size_t tag = name.find(kTag); tag != std::string::npos)
-        name.erase(tag, kTag.size());
-    char demangled[kLongestName];
-    if (absl::debugging_internal::Demangle(name.c_str(), demangled, sizeof demangled))
-        name = demangled;
-    return name.ends_with("()") ? name : name + "()";
+/// Without the parameters at its end, if it has any. Those of its template may hold
+/// parentheses as well.
+std::string withoutParameters(std::string function) {
+    size_t start = function.rfind(')');
+    for (int depth = start != std::string::npos ? 1 : 0; depth > 0 && start > 0;) {
+        --start;
+        depth += function[start] == ')' ? 1 : function[start] == '(' ? -1 : 0;
+    }
+    return start != std::string::npos ? function.substr(0, start) : function;
+}
+
+/// The text of a symbol. Those that Abseil has demangled end by "()" already, but for
+/// functions that return a std::string, whose tag it does not know.
+std::string functionText(const std::string& symbol) {
+    if (symbol.ends_with("()"))
+        return symbol;
+    int status = 0;
+    const std::unique_ptr<char, decltype(&std::free)> demangled(
+        abi::__cxa_demangle(symbol.c_str(), nullptr, nullptr, &status), &std::free);
+    return (demangled != nullptr ? withoutParameters(demangled.get()) : symbol) + "()";
 }
 
 std::string functionAt(const char* address) {
@@ -229,17 +240,19 @@ StackTrace::StackTrace() {
 
 StackTrace::~StackTrace() = default;
 
-bool StackTrace::loadModule(void* process, const std::string& image, const std::string& module,
+// There is only this process to ask, so the handle is not looked at.
+bool StackTrace::loadModule(void*, const std::string& image, const std::string& module,
                             uint64_t base, uint32_t size) {
-    if (static_cast<Symbols*>(process)->addModule({image, base, size}))
+    Symbols* const symbols = Symbols::instance();
+    if (symbols != nullptr && symbols->addModule({image, base, size}))
         return true;
     detail::logNoModule(image, module, base, size);
     return false;
 }
 
 void StackTrace::loadModules() {
-    if (std::exchange(d_modulesLoaded, true))
-        return;
+    if (std::exchange(d_modulesLoaded, true) || d_process == nullptr)
+        return; // that it cannot be done was said when the engine did not start
     // The loader is locked while it lists its modules, so they are only noted there.
     std::vector<Module> modules;
     dl_iterate_phdr(addLoadedModule, &modules);

@@ -104,12 +104,13 @@ private:
 
 /// Whether the walk may use the frame it has come to.
 bool usable(const STACKFRAME64& frame) {
+    constexpr const char* kGetStack = "core::StackTrace::getStack";
     if (frame.AddrPC.Offset == frame.AddrReturn.Offset) {
-        logFrom(kChannelWarn, "core::StackTrace::getStack", "endless callstack");
+        logFrom(kChannelWarn, kGetStack, "endless callstack");
         return false;
     }
     if (frame.AddrPC.Offset == 0)
-        logf(kChannelWarn, "offset==0");
+        logFrom(kChannelWarn, kGetStack, "offset==0");
     return frame.AddrPC.Offset != 0;
 }
 

@@ -101,8 +101,26 @@ TEST(StackTrace, AppendsUpToTheLimit) {
 TEST(StackTrace, SaysWhenTheSymbolEngineDidNotStart) {
     test::LogRecorder log;
     core::StackTraceWithoutSymbols failed;
+    failed.trace.loadModules();
     EXPECT_EQ(failed.trace.getStackText(), "Failed to get stack");
     EXPECT_THAT(log.take(), ElementsAre("WARN Log at core_stacktrace_win32.cpp:186"));
+}
+
+TEST(StackTrace, TakesTheModulesOfAnyProcess) {
+    core::StackTrace trace;
+    trace.loadModule(nullptr, "no such file", "x", 0x1000, 16); // a failure on Windows only
+    std::vector<core::StackFrame> frames;
+    EXPECT_TRUE(trace.getStack(frames, 4));
+}
+
+TEST(StackTrace, SaysWhatItCouldNotFind) {
+    test::LogRecorder log({core::kChannelNorm});
+    core::detail::logNoSymbol(16, 487);
+    core::detail::logNoModuleInfo();
+    EXPECT_THAT(
+        log.take(),
+        ElementsAre("NORM core::StackTrace::getStack - failed to get symbol from addr 16 : 487",
+                    "NORM core::StackTrace::getStack - failed to get module info"));
 }
 
 } // namespace
