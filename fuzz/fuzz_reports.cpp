@@ -4,7 +4,7 @@
 #include "core_failurereport.h"
 #include "core_udp4socket.h"
 #include "fuzz_input.h"
-#include "textmarkup_writer.h"
+#include "textmarkup_xmlwriter.h"
 #include "xml_document.h"
 
 #include <algorithm>

@@ -4,7 +4,7 @@
 #include "core_timespec.h"
 #include "core_udp4socket.h"
 #include "core_varargs.h"
-#include "textmarkup_writer.h"
+#include "textmarkup_xmlwriter.h"
 
 namespace core {
 namespace {
@@ -27,15 +27,15 @@ std::string utcText(int64_t time) {
 }
 
 /// An element whose text is short unless something is wrong.
-void field(textmarkup::Writer& writer, const char* name, std::string_view text) {
+void field(textmarkup::XmlWriter& writer, const char* name, std::string_view text) {
     writer.element(name, text, kFieldLimit);
 }
 
-void field(textmarkup::Writer& writer, const char* name, int64_t number) {
+void field(textmarkup::XmlWriter& writer, const char* name, int64_t number) {
     field(writer, name, std::to_string(number));
 }
 
-void writeWhatFailed(textmarkup::Writer& writer, const FailureReport& report) {
+void writeWhatFailed(textmarkup::XmlWriter& writer, const FailureReport& report) {
     field(writer, "type", report.site.type == FailureType::Assertion ? "ASSERT" : "ALERT");
     field(writer, "file", report.site.file);
     field(writer, "line", report.site.line);
@@ -43,7 +43,7 @@ void writeWhatFailed(textmarkup::Writer& writer, const FailureReport& report) {
     writer.element("message", report.message, kMessageLimit);
 }
 
-void writeWhereItFailed(textmarkup::Writer& writer, const FailureReport& report,
+void writeWhereItFailed(textmarkup::XmlWriter& writer, const FailureReport& report,
                         const ReportContext& context) {
     field(writer, "level", report.level);
     field(writer, "count", report.count);
@@ -60,44 +60,45 @@ void writeWhereItFailed(textmarkup::Writer& writer, const FailureReport& report,
     field(writer, "log_url", "");
 }
 
-/// The element with the backtrace, in at most `room` bytes.
-std::string backtraceElement(const std::string& backtrace, size_t room) {
-    constexpr size_t kAround = std::string_view("<backtrace></backtrace>\n").size() +
-                               kBacktraceStart.size() + kBacktraceEnd.size();
-    std::string framed;
-    if (!backtrace.empty())
-        framed.append(kBacktraceStart)
-            .append(textmarkup::escaped(backtrace, room - kAround))
-            .append(kBacktraceEnd);
-    textmarkup::Writer writer;
-    writer.elementOfMarkup("backtrace", framed);
-    return writer.text();
+/// With at most `room` bytes of the backtrace between the lines around it.
+void writeBacktrace(textmarkup::XmlWriter& writer, const std::string& backtrace, size_t room) {
+    if (backtrace.empty())
+        return field(writer, "backtrace", "");
+    writer.open("backtrace");
+    writer.text(kBacktraceStart);
+    writer.text(backtrace, room);
+    writer.text(kBacktraceEnd);
+    writer.close();
+}
+
+std::string document(const FailureReport& report, const ReportContext& context,
+                     const std::string& backtrace, size_t room) {
+    textmarkup::XmlWriter writer;
+    writer.declaration();
+    writer.open("assert");
+    writeWhatFailed(writer, report);
+    writeBacktrace(writer, backtrace, room);
+    writeWhereItFailed(writer, report, context);
+    return writer.finish();
 }
 
 } // namespace
 
 std::string assertDocument(const FailureReport& report, const ReportContext& context) {
-    textmarkup::Writer head;
-    head.declaration();
-    head.open("assert");
-    writeWhatFailed(head, report);
-    textmarkup::Writer tail;
-    writeWhereItFailed(tail, report, context);
-    tail.close("assert");
-    const size_t used = head.text().size() + tail.text().size();
-    return head.text() + backtraceElement(report.backtrace, Udp4Socket::kMaxLength - used) +
-           tail.text();
+    const size_t used = document(report, context, "", 0).size();
+    const size_t room =
+        Udp4Socket::kMaxLength - used - kBacktraceStart.size() - kBacktraceEnd.size();
+    return document(report, context, report.backtrace, room);
 }
 
 std::string sendLogsDocument(const CheckSite& site, const std::string& server) {
-    textmarkup::Writer writer;
+    textmarkup::XmlWriter writer;
     writer.declaration();
     writer.open("sendlogs");
     field(writer, "file", site.file);
     field(writer, "line", site.line);
     field(writer, "server", server);
-    writer.close("sendlogs");
-    return writer.text();
+    return writer.finish();
 }
 
 } // namespace core

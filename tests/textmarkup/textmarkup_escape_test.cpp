@@ -1,4 +1,4 @@
-#include "textmarkup_writer.h"
+#include "textmarkup_escape.h"
 
 #include <gtest/gtest.h>
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <algorithm>
+#include <initializer_list>
+#include <optional>
+#include <span>
+#include <string_view>
+
+namespace textmarkup {
+
+struct Attribute {
+    std::string_view name;
+    std::string_view value;
+
+    bool operator==(const Attribute&) const = default;
+};
+
+/// The attributes of one tag, in order: a view, of a list in braces too.
+///
+///     writer.open("a", {{"href", address}, {"title", text}});
+class Attributes {
+public:
+    Attributes() = default;
+    Attributes(std::initializer_list<Attribute> list)
+        : Attributes(std::span(list.begin(), list.size())) {}
+    explicit Attributes(std::span<const Attribute> list) : d_list(list) {}
+
+    auto begin() const { return d_list.begin(); }
+    auto end() const { return d_list.end(); }
+    size_t size() const { return d_list.size(); }
+    const Attribute& operator[](size_t index) const { return d_list[index]; }
+
+    /// The value of the first attribute of that name.
+    std::optional<std::string_view> find(std::string_view name) const {
+        const auto found = std::ranges::find(d_list, name, &Attribute::name);
+        return found == d_list.end() ? std::nullopt : std::optional(found->value);
+    }
+
+private:
+    std::span<const Attribute> d_list;
+};
+
+} // namespace textmarkup

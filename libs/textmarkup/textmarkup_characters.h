@@ -1,0 +1,51 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// What the readers and writers know about single characters.
+namespace textmarkup {
+
+inline constexpr std::string_view kReplacement = "\xEF\xBF\xBD"; // U+FFFD
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+inline constexpr uint32_t kLastCharacter = 0x10FFFF;
+
+/// One character of a text, or one byte of it that belongs to none.
+struct Character {
+    uint32_t code;
+    size_t length; ///< bytes
+    bool wellFormed;
+};
+
+/// The first of a text that is not empty.
+Character characterAt(std::string_view text);
+
+/// Appends U+FFFD for what is no character: surrogates, and what lies behind the last.
+void appendCharacter(std::string& out, uint32_t code);
+
+constexpr bool isSurrogate(uint32_t code) { return code >= 0xD800 && code <= 0xDFFF; }
+
+/// Whether XML allows it in documents, and whether it allows it in names.
+bool isXmlCharacter(uint32_t code);
+bool isXmlNameStart(uint32_t code);
+bool isXmlNameCharacter(uint32_t code);
+
+constexpr bool isDigit(char ch) { return ch >= '0' && ch <= '9'; }
+constexpr bool isUpper(char ch) { return ch >= 'A' && ch <= 'Z'; }
+constexpr bool isLetter(char ch) { return isUpper(ch) || (ch >= 'a' && ch <= 'z'); }
+constexpr char toLower(char ch) { return isUpper(ch) ? static_cast<char>(ch + 'a' - 'A') : ch; }
+
+/// The value of a hexadecimal digit; -1 for another character.
+constexpr int hexValue(char ch) {
+    if (isDigit(ch))
+        return ch - '0';
+    const char lower = toLower(ch);
+    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
+}
+
+/// Whether they are the same but for the case of ASCII letters.
+bool equalIgnoringCase(std::string_view one, std::string_view other);
+
+} // namespace textmarkup

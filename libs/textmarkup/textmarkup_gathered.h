@@ -1,0 +1,38 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <string_view>
+
+namespace textmarkup {
+
+/// For each ASCII byte, whether it stands for itself.
+using PlainBytes = std::array<bool, 128>;
+
+/// A text that a reader puts together piece by piece: a slice of the input as long as
+/// the pieces adjoin there, a copy from the first that was decoded on.
+class Gathered {
+public:
+    void clear();
+
+    /// A piece of the input.
+    void add(std::string_view piece);
+
+    /// What stands for a piece of the input.
+    void addDecoded(std::string_view piece);
+    void addCharacter(uint32_t code);
+
+    /// Valid until it changes.
+    std::string_view view() const { return d_copied ? std::string_view(d_copy) : d_slice; }
+    size_t size() const { return view().size(); }
+    bool empty() const { return view().empty(); }
+
+private:
+    void copy();
+
+    std::string_view d_slice;
+    std::string d_copy;
+    bool d_copied = false;
+};
+
+} // namespace textmarkup

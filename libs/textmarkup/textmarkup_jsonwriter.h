@@ -1,0 +1,80 @@
+#pragma once
+
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace textmarkup {
+
+/// A JSON value without parts, made of what it is given; a view of a text.
+class JsonScalar {
+public:
+    using Variant = std::variant<std::nullptr_t, bool, int64_t, uint64_t, double, std::string_view>;
+
+    JsonScalar(std::nullptr_t value) : d_value(value) {}
+    template <std::same_as<bool> T>
+    JsonScalar(T value) : d_value(value) {}
+    template <std::signed_integral T>
+    JsonScalar(T value) : d_value(int64_t{value}) {}
+    template <std::unsigned_integral T>
+    requires(!std::same_as<T, bool>) JsonScalar(T value) : d_value(uint64_t{value}) {}
+    JsonScalar(double value) : d_value(value) {}
+    JsonScalar(std::string_view value) : d_value(value) {}
+    JsonScalar(const std::string& value) : d_value(std::string_view(value)) {}
+    JsonScalar(const char* value) : d_value(std::string_view(value)) {}
+
+    const Variant& variant() const { return d_value; }
+
+private:
+    Variant d_value;
+};
+
+/// Writes one JSON value that every parser takes, whatever texts it is given and in
+/// whatever order it is called; without blanks and on one line.
+///
+///     JsonWriter writer;
+///     writer.openObject();
+///     writer.member("message", message);
+///     writer.openArray("lines");
+///     writer.value(7);
+///     file.write(writer.finish());
+///
+/// Strings are escaped, with U+FFFD for each byte that is not part of well-formed UTF-8;
+/// '<' is escaped, too, so that the text may stand in a script of a page. Numbers are
+/// the shortest that read back the same; NaN and infinities become null.
+/// In an object a value without a name gets the empty one; elsewhere a name is left out.
+/// Whatever follows the one value is left out.
+class JsonWriter {
+public:
+    void openObject();
+    void openObject(std::string_view name);
+    void openArray();
+    void openArray(std::string_view name);
+
+    /// Closes the innermost object or array.
+    void close();
+
+    /// In an array.
+    void value(const JsonScalar& value);
+
+    /// In an object. Names may repeat.
+    void member(std::string_view name, const JsonScalar& value);
+
+    /// Closes what is open and hands over the text, "null" if nothing was written; the
+    /// writer is as new.
+    std::string finish();
+
+private:
+    bool begin(std::string_view name);
+    void open(std::string_view name, char opening, char closing);
+
+    std::string d_text;
+    std::string d_closing; ///< what is to close, innermost last
+    bool d_isFirst = true; ///< nothing stands in the innermost object or array
+};
+
+} // namespace textmarkup

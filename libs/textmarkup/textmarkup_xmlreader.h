@@ -1,0 +1,100 @@
+#pragma once
+
+#include "textmarkup_attributes.h"
+#include "textmarkup_gathered.h"
+#include "textmarkup_reader.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace textmarkup {
+
+/// Reads XML 1.0 documents (fifth edition) in UTF-8, with or without a byte-order mark.
+/// Whatever is not well-formed is an error. So are other encodings, and a document type:
+/// without it there are no entities but the five of XML, and no text can grow. Prefixes
+/// of namespaces are taken as part of names.
+///
+/// Lines end in LF, whatever they end in within the document. Texts and CDATA sections
+/// that adjoin come as one Text, also those of blanks only; an empty one does not come.
+/// The XML declaration and white space outside the root do not come either.
+///
+/// What the accessors return is valid until the next call of `next`, and as long as the
+/// document; most are slices of it.
+class XmlReader {
+public:
+    explicit XmlReader(std::string_view document, const Limits& limits = {});
+    XmlReader(const XmlReader&) = delete;
+    XmlReader& operator=(const XmlReader&) = delete;
+
+    Event next();
+
+    /// At StartElement: moves to its EndElement, gathering its texts without those of
+    /// elements in it. False after an error.
+    [[nodiscard]] bool readText(std::string& out);
+
+    /// Of the element; of an instruction its target.
+    std::string_view name() const { return d_name; }
+
+    /// Of Text and Comment; of an instruction what follows its target.
+    std::string_view text() const { return d_content.view(); }
+
+    /// Of StartElement, their values as the document means them.
+    Attributes attributes() const { return Attributes(d_attributes); }
+
+    /// How many elements are open, one that starts or ends now among them.
+    size_t depth() const { return d_open.size(); }
+
+    /// Where the event begins in the document, in bytes.
+    size_t offset() const { return d_start; }
+
+    /// After Event::Error.
+    const Error& error() const { return d_error; }
+
+private:
+    // Those that yield a boolean have failed, by `fail`, when it is false.
+    bool begin();
+    bool readDeclaration();
+    std::string_view readPseudoAttribute(std::string_view name);
+    bool readOutside();
+    bool readInside();
+    bool readMarkup();
+    bool readStartTag();
+    bool endStartTag();
+    bool readAttribute();
+    bool readValue(Gathered& value);
+    bool readEndTag();
+    bool readComment();
+    bool readInstruction();
+    bool readCharacterData();
+    bool readReference(Gathered& out);
+    bool readUntil(std::string_view end, const char* what);
+    bool readPlain(const PlainBytes& plain, Gathered& out);
+    bool fits(const Gathered& content);
+    bool fail(size_t at, std::string message);
+
+    std::string_view readName();
+    void readLineEnd(Gathered& out);
+    bool skipBlanks();
+    bool skip(std::string_view what);
+    bool stands(std::string_view what) const { return rest().starts_with(what); }
+    bool atEnd() const { return d_at == d_document.size(); }
+    std::string_view rest() const { return d_document.substr(d_at); }
+
+    std::string_view d_document;
+    Limits d_limits;
+    size_t d_at = 0;
+    size_t d_start = 0;
+    Event d_event = Event::End;
+    bool d_begun = false;
+    bool d_rootSeen = false;
+    bool d_endsAtOnce = false; ///< the start tag was the end tag as well
+    std::vector<std::string_view> d_open;
+    std::string_view d_name;
+    Gathered d_content;
+    std::vector<Attribute> d_attributes;
+    std::vector<Gathered> d_values; ///< of the attributes; never fewer, for the memory in them
+    Error d_error;
+};
+
+} // namespace textmarkup
