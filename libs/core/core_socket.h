@@ -11,6 +11,8 @@ namespace core {
 class Socket {
 public:
     bool isOpen() const { return d_socket.isOpen(); }
+    /// What an event loop watches, see kern::DescriptorInterface.
+    intptr_t descriptor() const { return static_cast<intptr_t>(d_socket.handle()); }
     int32_t family() const { return d_family; }
     int32_t type() const { return d_type; }
     int32_t protocol() const { return d_protocol; }

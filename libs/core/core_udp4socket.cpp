@@ -76,6 +76,20 @@ bool Udp4Socket::bind(const std::string& ip, uint16_t port) {
     return true;
 }
 
+int32_t Udp4Socket::setReceiveBuffer(int32_t bytes) {
+    if (!CHECKF(isOpen()))
+        return -1;
+    const detail::SystemSocket socket = systemSocket(d_socket);
+    const auto* const wanted = reinterpret_cast<const char*>(&bytes);
+    if (setsockopt(socket, SOL_SOCKET, detail::kUnlimitedReceiveBuffer, wanted, sizeof bytes) != 0)
+        setsockopt(socket, SOL_SOCKET, SO_RCVBUF, wanted, sizeof bytes);
+    int32_t granted = -1;
+    detail::AddressLength length = sizeof granted;
+    const bool known =
+        getsockopt(socket, SOL_SOCKET, SO_RCVBUF, reinterpret_cast<char*>(&granted), &length) == 0;
+    return known ? granted : -1;
+}
+
 bool Udp4Socket::send(const sockaddr_in& to, const void* data, int32_t length) const {
     if (!CHECKF_AT(kSendClosed, isOpen()))
         return false;

@@ -32,6 +32,11 @@ public:
     /// Receives from now on what is sent to this address; port 0 takes a free one.
     [[nodiscard]] bool bind(const std::string& ip, uint16_t port);
 
+    /// Asks the system to keep so many bytes of datagrams that wait to be received, and
+    /// returns how many it grants: on Linux programs without privileges may be granted
+    /// less, and the system counts what it needs itself. -1 when it cannot tell.
+    int32_t setReceiveBuffer(int32_t bytes);
+
     /// The port that it is bound to, -1 for none.
     int32_t localPort() const { return d_localPort; }
 

@@ -15,6 +15,9 @@ using SystemSocket = int;
 using AddressLength = socklen_t;
 using ReceiveTimeout = timeval;
 
+/// The option that sets a receive buffer of any size, for programs that may.
+inline constexpr int kUnlimitedReceiveBuffer = SO_RCVBUFFORCE;
+
 inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
     return {milliseconds / 1000, milliseconds % 1000 * 1000L};
 }

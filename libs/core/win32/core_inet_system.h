@@ -11,6 +11,9 @@ using SystemSocket = SOCKET;
 using AddressLength = int;
 using ReceiveTimeout = DWORD;
 
+/// The option that sets a receive buffer of any size, for programs that may.
+inline constexpr int kUnlimitedReceiveBuffer = SO_RCVBUF;
+
 inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
     return static_cast<DWORD>(milliseconds);
 }

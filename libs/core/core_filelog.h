@@ -1,0 +1,82 @@
+#pragma once
+
+#include "core_v2masterlogger.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+namespace core {
+
+/// Writes the log into a file, which any program may install:
+///
+///     core::Globals globals(new core::FileLogImpl({.path = "files/tool.log"}));
+///
+/// Each line has the local time with its offset from UTC, the thread, the channel, the
+/// logger's id if it has one, and the text:
+///
+///     2022-03-29 12:30:18.250 +0200 [4711] WARN {3} can't open 'a'
+///
+/// Further lines of a text begin with a tab, and its other control characters become '?',
+/// so that no text can pass for a line of the log.
+///
+/// Lines on CRIT and WARN, and all before them, are in the system's hands when the call
+/// returns; others wait until 64 KiB are together, or for `flush`. A file that would grow
+/// above its limit is renamed to PATH.1, that one to PATH.2 and so on, and a new one is
+/// begun; no file holds a part of a line. Where it cannot be renamed it grows by as much
+/// again before the next try. On Linux a file that somebody has renamed or
+/// deleted is begun anew; Windows does not let an open file be renamed or deleted.
+///
+/// What cannot be written is told once on standard error and waits, up to 1 MiB of it.
+/// The log goes on as soon as the system takes it, with a line that counts those that
+/// found no room. Any thread; lines stand in the order of their times.
+class FileLogImpl : public LogImpl {
+public:
+    struct Options {
+        std::string path;                      ///< UTF-8; its folder must exist
+        uint64_t maxSize = uint64_t{4} << 20U; ///< of a file, in bytes
+        int32_t maxFiles = 5;                  ///< the one that is written included
+    };
+
+    /// Opens the file, to append to it. What fails is logged by the implementation that
+    /// is installed then, and tried again with each flush.
+    explicit FileLogImpl(Options options);
+    ~FileLogImpl() override;
+
+    bool isOpen() const;
+
+    void write(int32_t channel, uint32_t loggerId, const ChannelRecord& record, const char* text,
+               size_t length) override;
+
+    /// Hands all lines to the system. False: it did not take them all.
+    bool flush();
+
+private:
+    struct Closer {
+        void operator()(FILE* file) const { std::fclose(file); }
+    };
+
+    // All under d_mutex.
+    void append(std::string_view line);
+    bool flushBuffer();
+    bool writeBuffer();
+    bool openFile();
+    void rotate();
+    void tellOnce(int error);
+    std::string rotatedPath(int32_t number) const;
+
+    const Options d_options;
+    mutable std::mutex d_mutex;
+    std::unique_ptr<FILE, Closer> d_file;
+    uint64_t d_size = 0;   // of the file
+    std::string d_buffer;  // what the system does not have yet
+    bool d_inLine = false; // whether it begins within a line
+    uint64_t d_lost = 0;   // lines
+    bool d_told = false;   // that the system does not take them
+};
+
+} // namespace core

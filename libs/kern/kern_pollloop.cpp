@@ -1,0 +1,193 @@
+#include "kern_pollloop.h"
+
+#include "core_check.h"
+#include "core_log.h"
+#include "kern_descriptorinterface.h"
+#include "kern_pollloop_calls.h"
+#include "kern_timerinterface.h"
+
+#include <algorithm>
+#include <chrono>
+
+namespace kern {
+
+int64_t detail::PollCalls::now() const {
+    using std::chrono::milliseconds;
+    return std::chrono::duration_cast<milliseconds>(
+               std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+
+const detail::PollCalls& detail::systemPoll() {
+    struct System final : PollCalls {};
+    static constinit const System calls;
+    return calls;
+}
+
+PollLoop::PollLoop() : PollLoop(detail::systemPoll()) {}
+
+PollLoop::PollLoop(const detail::PollCalls& calls) : d_calls(calls), d_waker(calls.makeWaker()) {
+    if (!isReady())
+        core::logFrom(core::kChannelWarn, "kern::PollLoop", "no way to be woken");
+}
+
+PollLoop::~PollLoop() {
+    if (isReady())
+        d_calls.closeWaker(d_waker);
+}
+
+bool PollLoop::isReady() const { return d_waker != -1; }
+
+void PollLoop::stop() {
+    if (isReady())
+        d_calls.wake(d_waker);
+}
+
+void PollLoop::run() {
+    std::vector<detail::PollEntry> entries;
+    while (isReady()) {
+        entries.assign(1, {.descriptor = d_waker, .wantsRead = true});
+        for (const auto& [descriptor, watch] : d_watches)
+            entries.push_back({.descriptor = descriptor,
+                               .wantsRead = watch.reader != nullptr,
+                               .wantsWrite = watch.writer != nullptr});
+        d_calls.poll(entries, timeout());
+        if (entries.front().canRead) {
+            d_calls.settle(d_waker);
+            return;
+        }
+        entries.erase(entries.begin());
+        tellOwners(entries);
+        expireTimers();
+    }
+}
+
+int64_t PollLoop::timeout() const {
+    return d_order.empty() ? -1 : std::max<int64_t>(0, d_order.begin()->first - d_calls.now());
+}
+
+/// What the callbacks of this turn have ended is looked up in vain.
+void PollLoop::tellOwners(const std::vector<detail::PollEntry>& entries) {
+    for (const detail::PollEntry& entry : entries) {
+        if (!CHECKF(!entry.invalid, core::format("%d was closed while it was watched",
+                                                 static_cast<int64_t>(entry.descriptor)))) {
+            d_watches.erase(entry.descriptor);
+            continue;
+        }
+        auto watch = d_watches.find(entry.descriptor);
+        if (entry.canRead && watch != d_watches.end() && watch->second.reader != nullptr)
+            watch->second.reader->readReady(entry.descriptor);
+        watch = d_watches.find(entry.descriptor);
+        if (entry.canWrite && watch != d_watches.end() && watch->second.writer != nullptr)
+            watch->second.writer->writeReady(entry.descriptor);
+    }
+}
+
+void PollLoop::expireTimers() {
+    if (d_order.empty())
+        return;
+    const int64_t now = d_calls.now();
+    std::vector<int64_t> due;
+    for (const auto& [time, id] : d_order) {
+        if (time > now)
+            break;
+        due.push_back(id);
+    }
+    for (const int64_t id : due) {
+        const auto found = d_timers.find(id);
+        if (found == d_timers.end())
+            continue;
+        Timer& timer = found->second;
+        d_order.erase({timer.due, id});
+        timer.due = std::max(timer.due + timer.interval, now);
+        d_order.emplace(timer.due, id);
+        timer.owner->timerExpired(id); // which may end the timer
+    }
+}
+
+int64_t PollLoop::startTimer(uint32_t interval, TimerInterface* owner) {
+    const int64_t id = ++d_lastId;
+    const int64_t due = d_calls.now() + interval;
+    d_timers[id] = {due, interval, owner};
+    d_order.emplace(due, id);
+    return id;
+}
+
+void PollLoop::erase(Timers::iterator timer) {
+    d_order.erase({timer->second.due, timer->first});
+    d_timers.erase(timer);
+}
+
+void PollLoop::killTimer(int64_t id, TimerInterface* owner) {
+    const auto timer = d_timers.find(id);
+    if (timer != d_timers.end() && timer->second.owner == owner)
+        erase(timer);
+}
+
+int32_t PollLoop::removeTimers(TimerInterface* owner) {
+    int32_t removed = 0;
+    for (auto timer = d_timers.begin(); timer != d_timers.end();) {
+        const auto current = timer++;
+        if (current->second.owner == owner) {
+            erase(current);
+            ++removed;
+        }
+    }
+    return removed;
+}
+
+int32_t PollLoop::runningTimers(const TimerInterface* owner) const {
+    return static_cast<int32_t>(
+        std::count_if(d_timers.begin(), d_timers.end(),
+                      [owner](const auto& timer) { return timer.second.owner == owner; }));
+}
+
+bool PollLoop::watch(intptr_t descriptor, DescriptorInterface* Watch::*side,
+                     DescriptorInterface* owner) {
+    DescriptorInterface*& current = d_watches[descriptor].*side;
+    const bool isFree = current == nullptr;
+    if (isFree)
+        current = owner;
+    return isFree;
+}
+
+bool PollLoop::watchRead(intptr_t descriptor, DescriptorInterface* owner) {
+    return watch(descriptor, &Watch::reader, owner);
+}
+
+bool PollLoop::watchWrite(intptr_t descriptor, DescriptorInterface* owner) {
+    return watch(descriptor, &Watch::writer, owner);
+}
+
+void PollLoop::unwatch(intptr_t descriptor, DescriptorInterface* Watch::*side) {
+    const auto found = d_watches.find(descriptor);
+    if (found == d_watches.end())
+        return;
+    found->second.*side = nullptr;
+    if (found->second.reader == nullptr && found->second.writer == nullptr)
+        d_watches.erase(found);
+}
+
+void PollLoop::unwatchRead(intptr_t descriptor) { unwatch(descriptor, &Watch::reader); }
+
+void PollLoop::unwatchWrite(intptr_t descriptor) { unwatch(descriptor, &Watch::writer); }
+
+int32_t PollLoop::removeDescriptors(DescriptorInterface* owner) {
+    int32_t removed = 0;
+    for (auto found = d_watches.begin(); found != d_watches.end();) {
+        const auto [descriptor, watch] = *found++; // before it goes
+        if (watch.reader == owner) {
+            unwatchRead(descriptor);
+            ++removed;
+        }
+        if (watch.writer == owner) {
+            unwatchWrite(descriptor);
+            ++removed;
+        }
+    }
+    return removed;
+}
+
+bool PollLoop::isWatched(intptr_t descriptor) const { return d_watches.contains(descriptor); }
+
+} // namespace kern

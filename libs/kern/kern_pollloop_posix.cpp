@@ -1,0 +1,49 @@
+#include "kern_pollloop_calls.h"
+
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <limits>
+
+namespace kern::detail {
+
+void PollCalls::poll(std::vector<PollEntry>& entries, int64_t timeout) const {
+    std::vector<pollfd> descriptors;
+    descriptors.reserve(entries.size());
+    for (const PollEntry& entry : entries)
+        descriptors.push_back({.fd = static_cast<int>(entry.descriptor),
+                               .events = static_cast<short>((entry.wantsRead ? POLLIN : 0) |
+                                                            (entry.wantsWrite ? POLLOUT : 0)),
+                               .revents = 0});
+    const int64_t limit = std::numeric_limits<int>::max();
+    if (::poll(descriptors.data(), descriptors.size(),
+               static_cast<int>(std::min(timeout, limit))) <= 0)
+        return;
+    for (size_t i = 0; i < entries.size(); ++i) {
+        const int results = descriptors[i].revents;
+        entries[i].canRead = entries[i].wantsRead && (results & (POLLIN | POLLERR | POLLHUP)) != 0;
+        entries[i].canWrite =
+            entries[i].wantsWrite && (results & (POLLOUT | POLLERR | POLLHUP)) != 0;
+        entries[i].invalid = (results & POLLNVAL) != 0;
+    }
+}
+
+intptr_t PollCalls::makeWaker() const { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
+
+void PollCalls::wake(intptr_t waker) const {
+    const int error = errno; // of what a signal may have interrupted
+    (void)eventfd_write(static_cast<int>(waker), 1);
+    errno = error;
+}
+
+void PollCalls::settle(intptr_t waker) const {
+    eventfd_t count = 0;
+    (void)eventfd_read(static_cast<int>(waker), &count);
+}
+
+void PollCalls::closeWaker(intptr_t waker) const { (void)::close(static_cast<int>(waker)); }
+
+} // namespace kern::detail

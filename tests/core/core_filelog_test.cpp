@@ -1,0 +1,95 @@
+#include "core_filelog.h"
+
+#include "core_log.h"
+#include "log_recorder.h"
+#include "temp_folder.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <thread>
+
+namespace {
+
+using testing::ElementsAre;
+using testing::MatchesRegex;
+
+/// Puts the log into a file for a scope.
+struct Installed {
+    explicit Installed(core::FileLogImpl::Options options)
+        : log(new core::FileLogImpl(std::move(options))) {
+        core::MasterLogger::setImplementation(log);
+    }
+    ~Installed() { core::MasterLogger::setImplementation(nullptr); }
+    core::FileLogImpl* const log; // the master logger's
+};
+
+TEST(FileLog, WritesLinesThatNoTextCanForge) {
+    const test::TempFolder folder;
+    const std::string path = folder / "a.log";
+    const Installed installed({.path = path});
+    core::logText(core::kChannelInfo, "one");
+    EXPECT_EQ(test::readFile(path), "") << "only CRIT and WARN are urgent";
+    core::Logger logger(7);
+    core::logText(logger, core::kChannelWarn, "two\nthree\x1b[31m\r\t");
+    EXPECT_THAT(test::readFile(path),
+                MatchesRegex("[0-9-]+ [0-9:.]+ [+-][0-9]+ .[0-9]+. INFO one\n"
+                             "[0-9-]+ [0-9:.]+ [+-][0-9]+ .[0-9]+. WARN .7. two\n"
+                             "\tthree.\\[31m.\t\n"));
+}
+
+TEST(FileLog, LosesNothingWhenThreadsMeetARotation) {
+    constexpr int kThreads = 4;
+    constexpr int kLines = 500;
+    constexpr uint64_t kMaxSize = 3000;
+    const test::TempFolder folder;
+    {
+        const Installed installed(
+            {.path = folder / "a.log", .maxSize = kMaxSize, .maxFiles = 1000});
+        std::vector<std::thread> threads;
+        for (int thread = 0; thread < kThreads; ++thread) {
+            threads.emplace_back([thread] {
+                for (int line = 0; line < kLines; ++line)
+                    core::logf(line % 7 == 0 ? core::kChannelWarn : core::kChannelInfo, "<%d:%d>",
+                               thread, line);
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+    }
+    std::string all;
+    for (const std::string& name : folder.names()) {
+        const std::string content = test::readFile(folder / name);
+        EXPECT_TRUE(content.size() <= kMaxSize && content.ends_with(">\n")) << name;
+        all += content;
+    }
+    EXPECT_EQ(std::count(all.begin(), all.end(), '\n'), kThreads * kLines);
+    for (int thread = 0; thread < kThreads; ++thread) {
+        for (int line = 0; line < kLines; ++line)
+            EXPECT_NE(all.find(core::format("<%d:%d>\n", thread, line)), std::string::npos);
+    }
+}
+
+TEST(FileLog, KeepsABoundedNumberOfFilesAndAppends) {
+    const test::TempFolder folder;
+    for (int run = 0; run < 2; ++run) {
+        const Installed installed({.path = folder / "a.log", .maxSize = 100, .maxFiles = 3});
+        for (int line = 0; line < 5; ++line)
+            core::logf(core::kChannelInfo, "%d%d %s", run, line, std::string(30, '.'));
+    }
+    ASSERT_THAT(folder.names(), ElementsAre("a.log", "a.log.1", "a.log.2"));
+    EXPECT_NE(test::readFile(folder / "a.log.2").find(" 12 "), std::string::npos);
+    EXPECT_NE(test::readFile(folder / "a.log").find(" 14 "), std::string::npos);
+}
+
+TEST(FileLog, SaysWhyItDoesNotOpen) {
+    const test::TempFolder folder;
+    test::LogRecorder lines;
+    const core::FileLogImpl log({.path = folder / "none" + "/a.log"});
+    EXPECT_FALSE(log.isOpen());
+    EXPECT_THAT(lines.take(), ElementsAre(testing::EndsWith("failed opening : No such file or "
+                                                            "directory")));
+}
+
+} // namespace
