@@ -116,6 +116,8 @@ void TestInterface::report(FailureType type, const char* condition, const char* 
 uint64_t TestInterface::reportCount(FailureType type) { return collected().failures.total(type); }
 
 void TestInterface::sendAsserts() {
+    if (d_sendingStopped)
+        return;
     const TestSettings asked = settings();
     for (const FailureType type : {FailureType::Assertion, FailureType::Alert}) {
         if (asked.asksFor(TestSettings::kSend, type))

@@ -44,6 +44,10 @@ public:
     /// sent. What cannot be sent is logged, and kept for the next time.
     void sendAsserts();
 
+    /// Sends nothing any more, as if no settings asked for it: for the program that would
+    /// receive its own reports.
+    void stopSending() { d_sendingStopped = true; }
+
     /// Asks the server to fetch the log files, if anything was sent before; otherwise
     /// says on standard error that there is no socket. `site` is who asks.
     void requestSendLogs(const CheckSite& site);
@@ -58,6 +62,7 @@ private:
     void sendUnsent(FailureType type, const TestSettings& asked);
 
     std::atomic<bool> d_loadStarted{false};
+    std::atomic<bool> d_sendingStopped{false};
     std::atomic<const Loaded*> d_loaded{nullptr}; // never deleted, as the next
     std::atomic<Collected*> d_collected{nullptr};
 };
