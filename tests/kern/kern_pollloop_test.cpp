@@ -91,8 +91,8 @@ TEST(PollLoop, CallbacksMayEndWhateverTheyLike) {
         if (event == -5)
             self.startTimer(0);
         if (event > 5) {
-            killer.reset();
             loop.stop();
+            killer.reset(); // with this function
         }
     });
     killer->watchRead(5);
