@@ -37,7 +37,7 @@ constexpr int32_t kMaxFloatPrecision = 1100;
 // A bad format must not exhaust the memory.
 constexpr size_t kMaxPadding = 1'000'000;
 
-enum Flag : uint8_t { kLeft = 1, kZero = 2, kPlus = 4, kSpace = 8, kIgnored = 16 };
+enum Flag : uint8_t { kLeft = 1, kZero = 2, kPlus = 4, kSpace = 8, kIgnored = 16, kModifier = 32 };
 
 struct Conversion {
     const char* format; // the whole format, for messages
@@ -47,8 +47,11 @@ struct Conversion {
     int32_t precision = -1;
 };
 
+// What a character between '%' and the letter says; a length modifier ends the flags.
 constexpr auto kFlagOf = [] {
     std::array<uint8_t, 256> flags{};
+    for (const char modifier : {'h', 'l', 'L', 'j', 't', 'z'})
+        flags[static_cast<uint8_t>(modifier)] = kModifier;
     flags['-'] = kLeft;
     flags['0'] = kZero;
     flags['+'] = kPlus;
@@ -57,12 +60,12 @@ constexpr auto kFlagOf = [] {
     return flags;
 }();
 
+uint32_t flagOf(char ch) { return kFlagOf[static_cast<uint8_t>(ch)]; }
+
 uint32_t readFlags(const char*& cursor) {
     uint32_t flags = 0;
-    while (const uint8_t flag = kFlagOf[static_cast<uint8_t>(*cursor)]) {
-        flags |= flag;
-        ++cursor;
-    }
+    for (; (flagOf(*cursor) & ~kModifier) != 0; ++cursor)
+        flags |= flagOf(*cursor);
     return flags;
 }
 
@@ -77,20 +80,10 @@ int32_t readNumber(const char*& cursor) {
 
 // The argument's own type decides its width, so the modifiers only have to go.
 void skipLengthModifier(const char*& cursor) {
-    switch (*cursor) {
-    case 'h':
-    case 'l':
-        cursor += cursor[1] == cursor[0] ? 2 : 1;
-        break;
-    case 'L':
-    case 'j':
-    case 't':
-    case 'z':
-        ++cursor;
-        break;
-    default:
-        break;
-    }
+    if (flagOf(*cursor) != kModifier)
+        return;
+    const bool twice = (*cursor == 'h' || *cursor == 'l') && cursor[1] == *cursor;
+    cursor += twice ? 2 : 1;
 }
 
 // `cursor` stands after the '%', and afterwards after the letter; it stays on the
@@ -193,16 +186,17 @@ public:
     }
     void advance(char* end) { d_pos = end; }
 
-private:
-    size_t used() const { return static_cast<size_t>(d_pos - d_text.data()); }
-
+    // `size` bytes, to be written by the caller.
     char* take(size_t size) {
         char* const start = room(size);
         d_pos += size;
         return start;
     }
 
-    void grow(size_t size) {
+private:
+    size_t used() const { return static_cast<size_t>(d_pos - d_text.data()); }
+
+    [[gnu::cold, gnu::noinline]] void grow(size_t size) {
         const size_t kept = used();
         d_text.resize(std::max(kept + size, 2 * d_text.size()));
         d_pos = d_text.data() + kept;
@@ -250,9 +244,6 @@ void putString(Output& out, std::string_view text, const Conversion& conversion)
         putPadded(out, kept, conversion.width, (conversion.flags & kLeft) != 0);
 }
 
-// Digits of the largest value in octal.
-constexpr size_t kMaxDigits = 22;
-
 void upperCase(char* begin, const char* end) {
     for (; begin != end; ++begin) {
         if (*begin >= 'a' && *begin <= 'z')
@@ -260,24 +251,31 @@ void upperCase(char* begin, const char* end) {
     }
 }
 
-// Writes the digits of an integer letter at `to`, where kMaxDigits fit; yields their end.
-char* writeDigits(char* to, uint64_t value, char letter) {
-    char* const last = to + kMaxDigits;
-    switch (letter) {
-    case 'o':
-        return std::to_chars(to, last, value, 8).ptr;
-    case 'x':
-        return std::to_chars(to, last, value, 16).ptr;
-    case 'X': {
-        char* const end = std::to_chars(to, last, value, 16).ptr;
-        upperCase(to, end);
-        return end;
-    }
-    default:
+size_t countDigits(uint64_t value, char letter) {
+    const auto bits = static_cast<size_t>(std::bit_width(value | 1));
+    if (letter == 'o')
+        return (bits + 2) / 3;
+    if (letter == 'x' || letter == 'X')
+        return (bits + 3) / 4;
+    size_t count = 1;
+    for (uint64_t limit = 10; value >= limit && count < 20; limit *= 10)
+        ++count;
+    return count;
+}
+
+// Writes the digits of an integer letter from `to` to `end`, where exactly they fit.
+void writeDigits(char* to, char* end, uint64_t value, char letter) {
+    if (letter == 'o') {
+        std::to_chars(to, end, value, 8);
+    } else if (letter == 'x' || letter == 'X') {
+        std::to_chars(to, end, value, 16);
+        if (letter == 'X')
+            upperCase(to, end);
+    } else if (value <= std::numeric_limits<uint32_t>::max()) {
         // 32-bit division is several times cheaper, on the 32-bit target above all.
-        return value <= std::numeric_limits<uint32_t>::max()
-                   ? std::to_chars(to, last, static_cast<uint32_t>(value)).ptr
-                   : std::to_chars(to, last, value).ptr;
+        std::to_chars(to, end, static_cast<uint32_t>(value));
+    } else {
+        std::to_chars(to, end, value);
     }
 }
 
@@ -288,21 +286,6 @@ char signOf(bool negative, uint32_t flags) {
     if ((flags & kSpace) != 0)
         return ' ';
     return (flags & kPlus) != 0 ? '+' : '\0';
-}
-
-void putDigits(Output& out, std::string_view digits, char sign, const Conversion& conversion) {
-    const bool digitCount = conversion.precision > 0;
-    const int32_t width = digitCount ? conversion.precision : conversion.width;
-    const size_t padding = missing(width, digits.size() + (sign != '\0' ? 1 : 0));
-    const bool zeroFill = digitCount || (conversion.flags & kZero) != 0;
-    const bool left = !zeroFill && (conversion.flags & kLeft) != 0;
-
-    out.fill(zeroFill || left ? 0 : padding, ' ');
-    if (sign != '\0')
-        out.put(sign);
-    out.fill(zeroFill ? padding : 0, '0');
-    out.put(digits);
-    out.fill(left ? padding : 0, ' ');
 }
 
 struct Number {
@@ -323,9 +306,20 @@ void putInteger(Output& out, uint64_t bits, unsigned size, const Conversion& con
     const Number number = readInteger(bits, size, conversion.letter);
     const char sign =
         isSignedLetter(conversion.letter) ? signOf(number.negative, conversion.flags) : '\0';
-    char digits[kMaxDigits];
-    const char* const end = writeDigits(digits, number.magnitude, conversion.letter);
-    putDigits(out, {digits, static_cast<size_t>(end - digits)}, sign, conversion);
+    const size_t digits = countDigits(number.magnitude, conversion.letter);
+    const bool digitCount = conversion.precision > 0;
+    const int32_t width = digitCount ? conversion.precision : conversion.width;
+    const size_t padding = missing(width, digits + (sign != '\0' ? 1 : 0));
+    const bool zeroFill = digitCount || (conversion.flags & kZero) != 0;
+    const bool left = !zeroFill && (conversion.flags & kLeft) != 0;
+
+    out.fill(zeroFill || left ? 0 : padding, ' ');
+    if (sign != '\0')
+        out.put(sign);
+    out.fill(zeroFill ? padding : 0, '0');
+    char* const to = out.take(digits);
+    writeDigits(to, to + digits, number.magnitude, conversion.letter);
+    out.fill(left ? padding : 0, ' ');
 }
 
 // A NUL prints nothing, not even padding.
@@ -423,7 +417,7 @@ void putPlaceholder(Output& out, const Conversion& conversion) {
     }
 }
 
-void refuse(Output& out, const Conversion& conversion, int32_t line) {
+[[gnu::cold]] void refuse(Output& out, const Conversion& conversion, int32_t line) {
     CHECKF_AT(kMismatch, false,
               core::format("core_varargs.h:%d: ch=%c format='%s'", line, conversion.letter,
                            conversion.format));
@@ -452,12 +446,19 @@ void putCharacterArgument(Output& out, const FormatArg& arg, const Conversion& c
         refuse(out, conversion, kCharacterLine);
 }
 
+bool isText(const FormatArg& arg) {
+    return arg.kind() == FormatArg::Kind::CString || arg.kind() == FormatArg::Kind::Text;
+}
+
+inline std::string_view textOf(const FormatArg& arg) {
+    const bool null = arg.kind() == FormatArg::Kind::CString && arg.text() == nullptr;
+    return null ? "(null)" : std::string_view(arg.text(), arg.length());
+}
+
 void putTextArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
-    const bool terminated = arg.kind() == FormatArg::Kind::CString;
     if (conversion.letter == 's' || conversion.letter == 'S') {
-        const bool null = terminated && arg.text() == nullptr;
-        putString(out, null ? "(null)" : std::string_view(arg.text(), arg.length()), conversion);
-    } else if (conversion.letter == 'p' && terminated) {
+        putString(out, textOf(arg), conversion);
+    } else if (conversion.letter == 'p' && arg.kind() == FormatArg::Kind::CString) {
         putPointer(out, arg.text(), conversion);
     } else {
         refuse(out, conversion, kStringLine);
@@ -517,15 +518,27 @@ bool putLiterals(Output& out, const char*& cursor, const char* end) {
     return end - from > 1;
 }
 
+// Out of the loop below, which then keeps to what most directives are.
+[[gnu::noinline]] void putDirective(Output& out, const char* format, const char*& cursor,
+                                    const FormatArg* arg) {
+    const Conversion conversion = readConversion(format, cursor);
+    if (arg != nullptr)
+        putArgument(out, *arg, conversion);
+    else
+        refuse(out, conversion, kNoArgumentLine);
+}
+
 // Yields how many conversions the format has.
 size_t putAll(Output& out, const char* format, size_t length, const FormatArg* args, size_t count) {
     size_t counted = 0;
     for (const char* cursor = format; putLiterals(out, cursor, format + length); ++counted) {
-        const Conversion conversion = readConversion(format, cursor);
-        if (counted < count)
-            putArgument(out, args[counted], conversion);
-        else
-            refuse(out, conversion, kNoArgumentLine);
+        const FormatArg* const arg = counted < count ? args + counted : nullptr;
+        if (*cursor == 's' && arg != nullptr && isText(*arg)) {
+            out.put(textOf(*arg));
+            ++cursor;
+        } else {
+            putDirective(out, format, cursor, arg);
+        }
     }
     return counted;
 }
