@@ -45,7 +45,7 @@ enum class Event : uint8_t {
 /// What a reader takes; more is an error, or in HTML dealt with as HtmlReader says.
 struct Limits {
     size_t depth = 512;             ///< of elements, or of arrays and objects, in one another
-    size_t text = 16 * 1024 * 1024; ///< bytes of one name, text, value or comment
+    size_t text = size_t{16} << 20; ///< bytes of one name, text, value or comment
     size_t attributes = 256;        ///< of one element
 };
 

@@ -7,8 +7,6 @@
 namespace textmarkup {
 namespace {
 
-constexpr bool isBlank(char ch) { return ch == ' ' || ch == '\n' || ch == '\t' || ch == '\r'; }
-
 /// The allowed ASCII characters but `stops`.
 constexpr PlainBytes plainBut(std::string_view stops) {
     PlainBytes plain{};
@@ -23,17 +21,6 @@ constexpr PlainBytes kPlainValue = plainBut("<&\"'\t\n\r");
 constexpr PlainBytes kPlainMarkup = plainBut("-?]\r");
 
 constexpr std::string_view kCData = "<![CDATA[";
-
-/// For messages, which stay short.
-std::string quoted(std::string_view text) {
-    constexpr size_t kLongest = 40;
-    if (text.size() <= kLongest)
-        return "'" + std::string(text) + "'";
-    size_t length = kLongest;
-    while ((static_cast<uint8_t>(text[length]) & 0xC0) == 0x80)
-        --length;
-    return "'" + std::string(text.substr(0, length)) + "...'";
-}
 
 bool isVersion(std::string_view text) {
     return text.size() > 2 && text.starts_with("1.") &&
@@ -69,14 +56,14 @@ uint32_t referenced(std::string_view digits) {
 } // namespace
 
 XmlReader::XmlReader(std::string_view document, const Limits& limits)
-    : d_document(document), d_limits(limits) {}
+    : StrictReader(document, limits) {}
 
 Event XmlReader::next() {
-    if (d_event == Event::Error || (d_event == Event::End && d_begun))
+    if (isOver())
         return d_event;
     if (d_event == Event::EndElement)
         d_open.pop_back();
-    d_start = d_at;
+    d_start = d_cursor.at();
     if (d_endsAtOnce) {
         d_endsAtOnce = false;
         return d_event = Event::EndElement;
@@ -100,81 +87,70 @@ bool XmlReader::readText(std::string& out) {
     }
 }
 
-bool XmlReader::fail(size_t at, std::string message) {
-    d_start = at;
-    d_event = Event::Error;
-    d_error = {positionAt(d_document, at), std::move(message)};
-    return false;
-}
-
 bool XmlReader::begin() {
     d_begun = true;
-    const std::string_view front = d_document.substr(0, 2);
-    if (front == "\xFE\xFF" || front == "\xFF\xFE" || front.find('\0') != std::string_view::npos)
-        return fail(0, "the document is in UTF-16 or UTF-32, of which only UTF-8 is read");
-    skip(kByteOrderMark);
-    const std::string_view text = rest();
+    if (!skipByteOrderMark())
+        return false;
     constexpr std::string_view kDeclaration = "<?xml";
-    if (text.starts_with(kDeclaration) && text.size() > kDeclaration.size() &&
-        isBlank(text[kDeclaration.size()])) {
-        d_at += kDeclaration.size();
-        return readDeclaration();
-    }
-    return true;
+    const std::string_view text = d_cursor.rest();
+    if (!text.starts_with(kDeclaration) || text.size() == kDeclaration.size() ||
+        !isBlank(text[kDeclaration.size()]))
+        return true;
+    d_cursor.take(kDeclaration.size());
+    return readDeclaration();
 }
 
 bool XmlReader::readDeclaration() {
     const std::string_view version = readPseudoAttribute("version");
     if (!isVersion(version))
-        return fail(d_at, "the XML declaration does not begin with a version 1.x");
+        return failHere("the XML declaration does not begin with a version 1.x");
     const std::string_view encoding = readPseudoAttribute("encoding");
     if (!encoding.empty() && !equalIgnoringCase(encoding, "utf-8"))
-        return fail(d_at, "the document is in " + quoted(encoding) + ", only UTF-8 is read");
+        return failHere("the document is in " + quoted(encoding) + ", only UTF-8 is read");
     const std::string_view standalone = readPseudoAttribute("standalone");
     if (!standalone.empty() && standalone != "yes" && standalone != "no")
-        return fail(d_at, "'standalone' is neither 'yes' nor 'no'");
+        return failHere("'standalone' is neither 'yes' nor 'no'");
     skipBlanks();
-    return skip("?>") || fail(d_at, "the XML declaration is malformed");
+    return d_cursor.skip("?>") || failHere("the XML declaration is malformed");
 }
 
 /// Its value; empty, with nothing read, when it does not stand here.
 std::string_view XmlReader::readPseudoAttribute(std::string_view name) {
-    const size_t start = d_at;
-    if (skipBlanks() && skip(name)) {
+    const size_t start = d_cursor.at();
+    if (skipBlanks() && d_cursor.skip(name)) {
         skipBlanks();
-        const bool hasValue = skip("=");
+        const bool hasValue = d_cursor.skip("=");
         skipBlanks();
-        const size_t quote = d_at;
-        const size_t end = hasValue && (stands("'") || stands("\""))
-                               ? d_document.find(d_document[quote], quote + 1)
-                               : std::string_view::npos;
-        if (end != std::string_view::npos) {
-            d_at = end + 1;
-            return d_document.substr(quote + 1, end - quote - 1);
+        if (hasValue && (d_cursor.stands("'") || d_cursor.stands("\""))) {
+            const char quote = d_cursor.take(1)[0];
+            const std::string_view value =
+                d_cursor.takeWhile([quote](char ch) { return ch != quote; });
+            if (!d_cursor.take(1).empty())
+                return value;
         }
     }
-    d_at = start;
+    d_cursor.moveTo(start);
     return {};
 }
 
 bool XmlReader::readOutside() {
     skipBlanks();
-    d_start = d_at;
-    if (atEnd()) {
+    d_start = d_cursor.at();
+    if (d_cursor.atEnd()) {
         d_event = Event::End;
-        return d_rootSeen || fail(d_at, "the document has no element");
+        return d_rootSeen || failHere("the document has no element");
     }
-    if (!stands("<"))
-        return fail(d_at, "text stands outside the root element");
+    if (!d_cursor.stands("<"))
+        return failHere("text stands outside the root element");
     return readMarkup();
 }
 
 bool XmlReader::readInside() {
     for (;;) {
-        d_start = d_at;
-        if (atEnd())
-            return fail(d_at, "the document ends within the element " + quoted(d_open.back()));
-        if (stands("<") && !stands(kCData))
+        d_start = d_cursor.at();
+        if (d_cursor.atEnd())
+            return failHere("the document ends within the element " + quoted(d_open.back()));
+        if (d_cursor.stands("<") && !d_cursor.stands(kCData))
             return readMarkup();
         if (!readCharacterData())
             return false;
@@ -186,31 +162,30 @@ bool XmlReader::readInside() {
 }
 
 bool XmlReader::readMarkup() {
-    if (stands("</"))
+    if (d_cursor.stands("</"))
         return readEndTag();
-    if (skip("<!--"))
+    if (d_cursor.skip("<!--"))
         return readComment();
-    if (skip("<?"))
+    if (d_cursor.skip("<?"))
         return readInstruction();
-    if (stands("<!DOCTYPE"))
-        return fail(d_at, "the document has a document type, and such are not read");
-    if (stands("<!"))
-        return fail(d_at, "'<!' begins neither a comment nor a CDATA section");
+    if (d_cursor.stands("<!DOCTYPE"))
+        return failHere("the document has a document type, and such are not read");
+    if (d_cursor.stands("<!"))
+        return failHere("'<!' begins neither a comment nor a CDATA section");
     return readStartTag();
 }
 
 bool XmlReader::readStartTag() {
     if (d_open.empty() && d_rootSeen)
-        return fail(d_at, "a second element follows the root element");
-    if (d_open.size() == d_limits.depth)
-        return fail(d_at, "more than " + std::to_string(d_limits.depth) +
-                              " elements are open in one another");
-    ++d_at;
+        return failHere("a second element follows the root element");
+    if (!fitsOneMore(d_open.size()))
+        return false;
+    d_cursor.take(1);
     d_name = readName();
     if (d_name.empty())
         return fail(d_start, "'<' begins no tag");
     d_attributes.clear();
-    while (skipBlanks() && !atEnd() && !stands(">") && !stands("/")) {
+    while (skipBlanks() && !d_cursor.atEnd() && !d_cursor.stands(">") && !d_cursor.stands("/")) {
         if (!readAttribute())
             return false;
     }
@@ -218,9 +193,9 @@ bool XmlReader::readStartTag() {
 }
 
 bool XmlReader::endStartTag() {
-    d_endsAtOnce = skip("/");
-    if (!skip(">"))
-        return fail(d_at, "the tag " + quoted(d_name) + " is malformed here");
+    d_endsAtOnce = d_cursor.skip("/");
+    if (!d_cursor.skip(">"))
+        return failHere("the tag " + quoted(d_name) + " is malformed here");
     for (size_t i = 0; i < d_attributes.size(); ++i)
         d_attributes[i].value = d_values[i].view();
     d_rootSeen = true;
@@ -230,18 +205,18 @@ bool XmlReader::endStartTag() {
 }
 
 bool XmlReader::readAttribute() {
-    const size_t start = d_at;
+    const size_t start = d_cursor.at();
     const std::string_view name = readName();
     if (name.empty())
-        return fail(d_at, "the tag " + quoted(d_name) + " is malformed here");
+        return failHere("the tag " + quoted(d_name) + " is malformed here");
     if (Attributes(d_attributes).find(name))
         return fail(start, "the attribute " + quoted(name) + " is there twice");
     if (d_attributes.size() == d_limits.attributes)
         return fail(start, "the element " + quoted(d_name) + " has more than " +
                                std::to_string(d_limits.attributes) + " attributes");
     skipBlanks();
-    if (!skip("="))
-        return fail(d_at, "the attribute " + quoted(name) + " has no '='");
+    if (!d_cursor.skip("="))
+        return failHere("the attribute " + quoted(name) + " has no '='");
     skipBlanks();
     d_attributes.push_back({name, {}});
     if (d_values.size() < d_attributes.size())
@@ -251,33 +226,30 @@ bool XmlReader::readAttribute() {
 
 bool XmlReader::readValue(Gathered& value) {
     value.clear();
-    if (!stands("\"") && !stands("'"))
-        return fail(d_at, "the attribute " + quoted(d_attributes.back().name) +
-                              " has no value in quotes");
-    const char quote = d_document[d_at++];
-    while (readPlain(kPlainValue, value) && fits(value)) {
-        if (atEnd() || stands("<"))
-            return fail(d_at, "the value of " + quoted(d_attributes.back().name) +
-                                  " has no closing quote");
-        const char ch = d_document[d_at];
-        if (ch == '&') {
+    if (!d_cursor.stands("\"") && !d_cursor.stands("'"))
+        return failHere("the attribute " + quoted(d_attributes.back().name) +
+                        " has no value in quotes");
+    const std::string_view quote = d_cursor.take(1);
+    while (readCharacters(kPlainValue, value) && fits(value)) {
+        if (d_cursor.atEnd() || d_cursor.stands("<"))
+            return failHere("the value of " + quoted(d_attributes.back().name) +
+                            " has no closing quote");
+        if (d_cursor.skip(quote))
+            return true;
+        if (d_cursor.stands("&")) {
             if (!readReference(value))
                 return false;
-            continue;
-        }
-        ++d_at;
-        if (ch == quote)
-            return true;
-        if (ch == '"' || ch == '\'')
-            value.add(d_document.substr(d_at - 1, 1));
-        else if (ch != '\r' || !stands("\n"))
+        } else if (const std::string_view taken = d_cursor.take(1); !isBlank(taken[0])) {
+            value.add(taken); // the other quote
+        } else if (taken != "\r" || !d_cursor.stands("\n")) {
             value.addDecoded(" ");
+        }
     }
     return false;
 }
 
 bool XmlReader::readEndTag() {
-    d_at += 2;
+    d_cursor.take(2);
     d_name = readName();
     if (d_open.empty())
         return fail(d_start, "an element is closed that was not opened");
@@ -286,7 +258,7 @@ bool XmlReader::readEndTag() {
                     "the element " + quoted(d_open.back()) + " is closed as " + quoted(d_name));
     skipBlanks();
     d_event = Event::EndElement;
-    return skip(">") || fail(d_at, "the end tag " + quoted(d_name) + " is malformed here");
+    return d_cursor.skip(">") || failHere("the end tag " + quoted(d_name) + " is malformed here");
 }
 
 bool XmlReader::readComment() {
@@ -294,17 +266,17 @@ bool XmlReader::readComment() {
     if (!readUntil("--", "a comment"))
         return false;
     d_event = Event::Comment;
-    return skip(">") || fail(d_at - 2, "'--' stands within a comment");
+    return d_cursor.skip(">") || fail(d_cursor.at() - 2, "'--' stands within a comment");
 }
 
 bool XmlReader::readInstruction() {
     d_name = readName();
     if (d_name.empty())
-        return fail(d_at, "a processing instruction has no target");
+        return failHere("a processing instruction has no target");
     if (equalIgnoringCase(d_name, "xml"))
         return fail(d_start, "an XML declaration stands only at the very beginning");
-    if (!skipBlanks() && !stands("?>"))
-        return fail(d_at, "the target of a processing instruction is malformed here");
+    if (!skipBlanks() && !d_cursor.stands("?>"))
+        return failHere("the target of a processing instruction is malformed here");
     d_content.clear();
     d_event = Event::Instruction;
     return readUntil("?>", "a processing instruction");
@@ -312,49 +284,49 @@ bool XmlReader::readInstruction() {
 
 /// Adds the content of a comment, an instruction or a CDATA section, up to behind its end.
 bool XmlReader::readUntil(std::string_view end, const char* what) {
-    while (readPlain(kPlainMarkup, d_content) && fits(d_content)) {
-        if (skip(end))
+    while (readCharacters(kPlainMarkup, d_content) && fits(d_content)) {
+        if (d_cursor.skip(end))
             return true;
-        if (atEnd())
+        if (d_cursor.atEnd())
             return fail(d_start, std::string(what) + " does not end");
-        if (stands("\r"))
+        if (d_cursor.stands("\r"))
             readLineEnd(d_content);
         else
-            d_content.add(d_document.substr(d_at++, 1));
+            d_content.add(d_cursor.take(1));
     }
     return false;
 }
 
 bool XmlReader::readCharacterData() {
     d_content.clear();
-    while (readPlain(kPlainContent, d_content) && fits(d_content)) {
-        if (stands("]]>"))
-            return fail(d_at, "']]>' stands in a text");
-        if (skip(kCData)) {
+    while (readCharacters(kPlainContent, d_content) && fits(d_content)) {
+        if (d_cursor.stands("]]>"))
+            return failHere("']]>' stands in a text");
+        if (d_cursor.skip(kCData)) {
             if (!readUntil("]]>", "a CDATA section"))
                 return false;
-        } else if (atEnd() || stands("<")) {
+        } else if (d_cursor.atEnd() || d_cursor.stands("<")) {
             return true;
-        } else if (stands("&")) {
+        } else if (d_cursor.stands("&")) {
             if (!readReference(d_content))
                 return false;
-        } else if (stands("\r")) {
+        } else if (d_cursor.stands("\r")) {
             readLineEnd(d_content);
         } else {
-            d_content.add(d_document.substr(d_at++, 1));
+            d_content.add(d_cursor.take(1));
         }
     }
     return false;
 }
 
 bool XmlReader::readReference(Gathered& out) {
-    const size_t start = d_at++;
-    const bool isNumber = skip("#");
-    const size_t end = d_document.find_first_of(";&<\"' \n", d_at);
-    if (end == std::string_view::npos || d_document[end] != ';')
+    const size_t start = d_cursor.at();
+    d_cursor.take(1);
+    const bool isNumber = d_cursor.skip("#");
+    const std::string_view what = d_cursor.takeWhile(
+        [](char ch) { return std::string_view(";&<\"' \n").find(ch) == std::string_view::npos; });
+    if (!d_cursor.skip(";"))
         return fail(start, "'&' begins no reference that ends in ';'");
-    const std::string_view what = d_document.substr(d_at, end - d_at);
-    d_at = end + 1;
     if (!isNumber) {
         const std::string_view text = entity(what);
         out.addDecoded(text);
@@ -368,66 +340,36 @@ bool XmlReader::readReference(Gathered& out) {
     return true;
 }
 
-/// All that stands for itself, up to a byte that `plain` does not hold.
-bool XmlReader::readPlain(const PlainBytes& plain, Gathered& out) {
-    const size_t start = d_at;
-    while (d_at < d_document.size()) {
-        const auto byte = static_cast<uint8_t>(d_document[d_at]);
-        if (byte < plain.size()) {
-            if (!plain[byte])
-                break;
-            ++d_at;
-            continue;
-        }
-        const Character character = characterAt(rest());
-        if (!character.wellFormed)
-            return fail(d_at, "a byte is not part of UTF-8");
-        if (!isXmlCharacter(character.code))
-            break;
-        d_at += character.length;
-    }
-    out.add(d_document.substr(start, d_at - start));
-    if (!atEnd() && !isXmlCharacter(characterAt(rest()).code))
-        return fail(d_at, "a character stands here that XML does not allow");
-    return true;
-}
-
-bool XmlReader::fits(const Gathered& content) {
-    return content.size() <= d_limits.text ||
-           fail(d_start, "a text is longer than " + std::to_string(d_limits.text) + " bytes");
+/// Gathers what stands for itself; a character that XML does not allow is an error.
+bool XmlReader::readCharacters(const PlainBytes& plain, Gathered& out) {
+    if (!readPlain(plain, &isXmlCharacter, out))
+        return false;
+    return d_cursor.atEnd() || isXmlCharacter(characterAt(d_cursor.rest()).code) ||
+           fail(d_cursor.at(), "a character stands here that XML does not allow");
 }
 
 /// Empty when no name stands here.
 std::string_view XmlReader::readName() {
-    const size_t start = d_at;
-    while (!atEnd()) {
-        const Character character = characterAt(rest());
-        if (!character.wellFormed ||
-            !(d_at == start ? isXmlNameStart(character.code) : isXmlNameCharacter(character.code)))
+    const std::string_view text = d_cursor.rest();
+    size_t length = 0;
+    while (length < text.size()) {
+        const Character character = characterAt(text.substr(length));
+        const bool fits =
+            character.wellFormed &&
+            (length == 0 ? isXmlNameStart(character.code) : isXmlNameCharacter(character.code));
+        if (!fits)
             break;
-        d_at += character.length;
+        length += character.length;
     }
-    return d_document.substr(start, d_at - start);
+    return d_cursor.take(length);
 }
 
 void XmlReader::readLineEnd(Gathered& out) {
-    ++d_at;
-    if (!stands("\n"))
+    d_cursor.take(1);
+    if (!d_cursor.stands("\n"))
         out.addDecoded("\n");
 }
 
-bool XmlReader::skipBlanks() {
-    const size_t start = d_at;
-    while (!atEnd() && isBlank(d_document[d_at]))
-        ++d_at;
-    return d_at > start;
-}
-
-bool XmlReader::skip(std::string_view what) {
-    const bool there = stands(what);
-    if (there)
-        d_at += what.size();
-    return there;
-}
+bool XmlReader::skipBlanks() { return !d_cursor.takeWhile(&isBlank).empty(); }
 
 } // namespace textmarkup

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "textmarkup_attributes.h"
-#include "textmarkup_gathered.h"
-#include "textmarkup_reader.h"
+#include "textmarkup_strictreader.h"
 
 #include <string>
 #include <string_view>
@@ -21,11 +20,9 @@ namespace textmarkup {
 ///
 /// What the accessors return is valid until the next call of `next`, and as long as the
 /// document; most are slices of it.
-class XmlReader {
+class XmlReader : public StrictReader {
 public:
     explicit XmlReader(std::string_view document, const Limits& limits = {});
-    XmlReader(const XmlReader&) = delete;
-    XmlReader& operator=(const XmlReader&) = delete;
 
     Event next();
 
@@ -45,17 +42,10 @@ public:
     /// How many elements are open, one that starts or ends now among them.
     size_t depth() const { return d_open.size(); }
 
-    /// Where the event begins in the document, in bytes.
-    size_t offset() const { return d_start; }
-
-    /// After Event::Error.
-    const Error& error() const { return d_error; }
-
 private:
-    // Those that yield a boolean have failed, by `fail`, when it is false.
+    // They have failed when they yield false.
     bool begin();
     bool readDeclaration();
-    std::string_view readPseudoAttribute(std::string_view name);
     bool readOutside();
     bool readInside();
     bool readMarkup();
@@ -69,24 +59,13 @@ private:
     bool readCharacterData();
     bool readReference(Gathered& out);
     bool readUntil(std::string_view end, const char* what);
-    bool readPlain(const PlainBytes& plain, Gathered& out);
-    bool fits(const Gathered& content);
-    bool fail(size_t at, std::string message);
+    bool readCharacters(const PlainBytes& plain, Gathered& out);
 
+    std::string_view readPseudoAttribute(std::string_view name);
     std::string_view readName();
     void readLineEnd(Gathered& out);
     bool skipBlanks();
-    bool skip(std::string_view what);
-    bool stands(std::string_view what) const { return rest().starts_with(what); }
-    bool atEnd() const { return d_at == d_document.size(); }
-    std::string_view rest() const { return d_document.substr(d_at); }
 
-    std::string_view d_document;
-    Limits d_limits;
-    size_t d_at = 0;
-    size_t d_start = 0;
-    Event d_event = Event::End;
-    bool d_begun = false;
     bool d_rootSeen = false;
     bool d_endsAtOnce = false; ///< the start tag was the end tag as well
     std::vector<std::string_view> d_open;
@@ -94,7 +73,6 @@ private:
     Gathered d_content;
     std::vector<Attribute> d_attributes;
     std::vector<Gathered> d_values; ///< of the attributes; never fewer, for the memory in them
-    Error d_error;
 };
 
 } // namespace textmarkup

@@ -83,7 +83,7 @@ TEST(XmlReader, TellsWhereAndWhyItStops) {
         {__LINE__, "<?xml version='1.0' x='1'?><a/>",
          "line 1, column 21: the XML declaration is malformed"},
         {__LINE__, std::string("<\0a\0/\0>\0", 8),
-         "line 1, column 1: the document is in UTF-16 or UTF-32, of which only UTF-8 is read"},
+         "line 1, column 1: the document is in UTF-16 or UTF-32, and only UTF-8 is read"},
         {__LINE__, "<!DOCTYPE a><a/>",
          "line 1, column 1: the document has a document type, and such are not read"},
         {__LINE__, "<a><!ELEMENT a></a>",
@@ -97,8 +97,7 @@ TEST(XmlReader, KeepsToItsLimits) {
     const textmarkup::Limits limits{.depth = 2, .text = 3, .attributes = 1};
     const Row rows[] = {
         {__LINE__, "<a x='123'><b/>123</a>", "<a x=\"123\"><b></b>[123]</a>"},
-        {__LINE__, "<a><b><c/></b></a>",
-         "line 1, column 7: more than 2 elements are open in one another"},
+        {__LINE__, "<a><b><c/></b></a>", "line 1, column 7: more than 2 levels are open"},
         {__LINE__, "<a x='1' y='2'/>",
          "line 1, column 10: the element 'a' has more than 1 attributes"},
         {__LINE__, "<a x='1234'/>", "line 1, column 1: a text is longer than 3 bytes"},

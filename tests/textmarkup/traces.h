@@ -1,5 +1,6 @@
 #pragma once
 
+#include "textmarkup_jsonreader.h"
 #include "textmarkup_xmlreader.h"
 
 #include <string>
@@ -34,6 +35,40 @@ inline std::string traceXml(const std::string& document, const textmarkup::Limit
             break;
         default:
             return event == Event::Error ? reader.error().text() : trace;
+        }
+    }
+}
+
+/// The value without blanks, strings in single quotes and names in none; or the error.
+inline std::string traceJson(const std::string& document, const textmarkup::Limits& limits = {}) {
+    using textmarkup::Event;
+    textmarkup::JsonReader reader(document, limits);
+    std::string trace;
+    for (;;) {
+        const Event event = reader.next();
+        if (event == Event::Error)
+            return reader.error().text();
+        if (event == Event::End)
+            return trace;
+        const bool ends = event == Event::EndObject || event == Event::EndArray;
+        if (!ends && !trace.empty() && trace.back() != '[' && trace.back() != '{')
+            trace += ',';
+        if (!reader.name().empty())
+            trace.append(reader.name()).append(":");
+        switch (event) {
+        case Event::StartObject:
+        case Event::StartArray:
+            trace += event == Event::StartObject ? '{' : '[';
+            break;
+        case Event::EndObject:
+        case Event::EndArray:
+            trace += event == Event::EndObject ? '}' : ']';
+            break;
+        case Event::String:
+            trace.append("'").append(reader.text()).append("'");
+            break;
+        default:
+            trace += reader.text();
         }
     }
 }

@@ -1,0 +1,116 @@
+#include "textmarkup_jsonreader.h"
+
+#include "traces.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using textmarkup::Event;
+using textmarkup::JsonReader;
+
+struct Row {
+    int line;
+    std::string document;
+    std::string trace;
+};
+
+TEST(JsonReader, ReadsValues) {
+    const Row rows[] = {
+        {__LINE__, "\uFEFF\t[ ]\r\n", "[]"},
+        {__LINE__, R"({"a":1,"":[true,false,null],"a":{"b":"c"}})",
+         "{a:1,[true,false,null],a:{b:'c'}}"},
+        {__LINE__, "-0.5e+10", "-0.5e+10"},
+        {__LINE__,
+         R"("\"\\\/\b\f\n\r\t\u00e9\uD83D\ude00 é/)"
+         "\x7F\"",
+         "'\"\\/\b\f\n\r\té\U0001F600 é/\x7F'"},
+        {__LINE__, R"(["\ud83d","\ude00\ud83d","\ud83d\u0041","\ud83d\n"])",
+         "['\uFFFD','\uFFFD\uFFFD','\uFFFDA','\uFFFD\n']"},
+        {__LINE__, R"({"\u0061\n":0})", "{a\n:0}"},
+    };
+    for (const auto& [line, document, trace] : rows)
+        EXPECT_EQ(test::traceJson(document), trace) << "row at line " << line;
+}
+
+TEST(JsonReader, TellsWhereAndWhyItStops) {
+    const Row rows[] = {
+        {__LINE__, " ", "line 1, column 2: a value is missing"},
+        {__LINE__, "1\n 2", "line 2, column 2: something follows the value"},
+        {__LINE__, "01", "line 1, column 2: something follows the value"},
+        {__LINE__, "[1,]", "line 1, column 4: no value begins so"},
+        {__LINE__, "[\"é\" 2]", "line 1, column 6: ',' or ']' is missing"},
+        {__LINE__, "[", "line 1, column 2: a value is missing"},
+        {__LINE__, "{1:2}", "line 1, column 2: a name in double quotes is missing"},
+        {__LINE__, "{\"a\" 1}", "line 1, column 6: ':' is missing behind the name"},
+        {__LINE__, "{\"a\":1]", "line 1, column 7: ',' or '}' is missing"},
+        {__LINE__, "{\"a\":1,}", "line 1, column 8: a name in double quotes is missing"},
+        {__LINE__, "[True]", "line 1, column 2: the word 'True' is no value"},
+        {__LINE__, "1.", "line 1, column 3: a digit is missing behind the point"},
+        {__LINE__, "1e+", "line 1, column 4: a digit is missing in the exponent"},
+        {__LINE__, "\"\n\"", "line 1, column 2: a control character stands in a string"},
+        {__LINE__, "\"a\\", "line 1, column 3: a backslash begins no escape"},
+        {__LINE__, "\"\\u00g0\"", "line 1, column 2: a backslash begins no escape"},
+        {__LINE__, "[\"abc", "line 1, column 2: a string does not end"},
+        {__LINE__, "\"\xED\xA0\x80\"", "line 1, column 2: a byte is not part of UTF-8"},
+        {__LINE__, "\xFF\xFE[",
+         "line 1, column 1: the document is in UTF-16 or UTF-32, and only UTF-8 is read"},
+    };
+    for (const auto& [line, document, trace] : rows)
+        EXPECT_EQ(test::traceJson(document), trace) << "row at line " << line;
+}
+
+TEST(JsonReader, KeepsToItsLimits) {
+    const textmarkup::Limits limits{.depth = 2, .text = 3};
+    const Row rows[] = {
+        {__LINE__, R"([[],{"123":"123"},123])", "[[],{123:'123'},123]"},
+        {__LINE__, "[[[]]]", "line 1, column 3: more than 2 levels are open"},
+        {__LINE__, R"(["123\n"])", "line 1, column 2: a text is longer than 3 bytes"},
+        {__LINE__, R"({"1234":1})", "line 1, column 2: a text is longer than 3 bytes"},
+        {__LINE__, "1234", "line 1, column 1: a text is longer than 3 bytes"},
+    };
+    for (const auto& [line, document, trace] : rows)
+        EXPECT_EQ(test::traceJson(document, limits), trace) << "row at line " << line;
+}
+
+TEST(JsonReader, YieldsNumbers) {
+    const struct {
+        std::string text;
+        std::optional<double> asDouble;
+        std::optional<int64_t> asInt64;
+    } rows[] = {
+        {"-9223372036854775808", -9223372036854775808.0, INT64_MIN},
+        {"9223372036854775808", 9223372036854775808.0, std::nullopt},
+        {"0.1", 0.1, std::nullopt},
+        {"1e2", 100.0, std::nullopt},
+        {"4.9406564584124654e-324", 4.9406564584124654e-324, std::nullopt},
+        {"1e309", std::nullopt, std::nullopt},
+        {"-1e-400", std::nullopt, std::nullopt},
+        {"-0", -0.0, 0},
+    };
+    for (const auto& [text, asDouble, asInt64] : rows) {
+        JsonReader reader(text);
+        ASSERT_EQ(reader.next(), Event::Number);
+        EXPECT_EQ(reader.toDouble(), asDouble) << text;
+        EXPECT_EQ(reader.toInt64(), asInt64) << text;
+    }
+}
+
+TEST(JsonReader, SlicesTheDocumentAndSkipsParts) {
+    const std::string document = R"({"a":[1,[{"b":2}]],"c":"text"})";
+    JsonReader reader(document);
+    EXPECT_EQ(reader.next(), Event::StartObject);
+    EXPECT_EQ(reader.next(), Event::StartArray);
+    EXPECT_EQ(reader.depth(), 2);
+    EXPECT_TRUE(reader.skip());
+    EXPECT_EQ(reader.next(), Event::String);
+    EXPECT_EQ(reader.name(), "c");
+    EXPECT_EQ(reader.offset(), document.find("\"c\""));
+    EXPECT_EQ(reader.text().data(), document.data() + document.find("text"));
+    EXPECT_EQ(reader.next(), Event::EndObject);
+    EXPECT_EQ(reader.name(), "");
+    EXPECT_EQ(reader.next(), Event::End);
+    EXPECT_FALSE(reader.skip());
+}
+
+} // namespace
