@@ -1,0 +1,20 @@
+#pragma once
+
+namespace kern {
+class PollLoop;
+}
+
+namespace collect {
+
+/// While it lives, whoever wants the program to end stops the loop instead: Ctrl-C, and
+/// the system when it shuts down or, on Linux, by SIGTERM. On Windows the system then
+/// waits until the object is gone. One at a time.
+class StopRequests {
+public:
+    explicit StopRequests(kern::PollLoop& loop);
+    ~StopRequests();
+    StopRequests(const StopRequests&) = delete;
+    StopRequests& operator=(const StopRequests&) = delete;
+};
+
+} // namespace collect
