@@ -4,6 +4,7 @@
 #include "core_varargs.h"
 #include "kern_servermanagers.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
@@ -75,9 +76,14 @@ void TimerInterface::killActive(int64_t id) {
     // nobody left to be told.
     --d_num_active_timers;
     TimerManager* const manager = threadState().timerManager;
-    if (CHECKF_AT(kKillWithoutManager, manager != nullptr,
-                  core::format("killTimer called too late in %s", name())))
-        manager->killTimer(id, this);
+    if (!CHECKF_AT(kKillWithoutManager, manager != nullptr,
+                   core::format("killTimer called too late in %s", name())))
+        return;
+    manager->killTimer(id, this);
+    // An id that was not this object's must not hide a timer that still runs from the
+    // destructor.
+    if (const int32_t running = manager->runningTimers(this); running >= 0)
+        d_num_active_timers = std::max(d_num_active_timers, running);
 }
 
 int64_t TimerInterface::restartTimer(TimerHandle& handle, uint32_t interval) {

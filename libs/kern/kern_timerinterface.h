@@ -3,6 +3,11 @@
 #include <cstdint>
 #include <string>
 
+// moc reads headers without the compiler's own macros.
+#if !defined(__cpp_rtti) && !defined(Q_MOC_RUN)
+#error "kern::TimerInterface names classes by their type at run time: compile without -fno-rtti"
+#endif
+
 namespace kern {
 
 /// One timer as its user keeps it: empty until restartTimer starts one, and again after
@@ -27,6 +32,7 @@ struct TimerHandle {
 ///
 /// An object lives on one thread, within the time in which that thread has a manager.
 /// Calls outside it are failed checks and do nothing else. Nothing here throws or locks.
+/// Users are compiled with RTTI, by which name() knows their classes.
 class TimerInterface {
 public:
     TimerInterface(const TimerInterface&) = delete;
@@ -42,6 +48,11 @@ public:
     int64_t startTimer(uint32_t interval);
 
     /// Kills a timer of this object. An id of 0 or less is a failed check.
+    ///
+    /// Do not kill a timer twice: any other id counts as one that has ended, before the
+    /// manager is asked for it. A manager that knows how many are running puts the count
+    /// right, as Qt's does after a failed check; with others the destructor may forget
+    /// timers that run. A TimerHandle cannot be killed twice.
     void killTimer(int64_t id);
 
     /// Kills the handle's timer, if it has one, and clears the handle.

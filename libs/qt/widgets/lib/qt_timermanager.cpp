@@ -1,26 +1,36 @@
 #include "qt_timermanager.h"
 
+#include "core_check.h"
+#include "core_varargs.h"
 #include "kern_timerinterface.h"
 
+#include <QBasicTimer>
 #include <QObject>
+#include <QPointer>
 #include <QTimerEvent>
 
+#include <absl/container/btree_map.h>
+#include <absl/container/flat_hash_map.h>
+#include <algorithm>
 #include <atomic>
-#include <unordered_map>
+#include <chrono>
+#include <limits>
 #include <utility>
 
 namespace NS_QT {
 namespace {
 
-// Qt uses its ids again as soon as they are free.
+using Clock = std::chrono::steady_clock;
+
 constinit std::atomic<int64_t> lastId{0};
 
 } // namespace
 
+// One timer of Qt's, set for the first of the deadlines.
 class QtTimerManager::Timers : public QObject {
 public:
     int64_t start(uint32_t interval, kern::TimerInterface* owner);
-    void kill(int64_t id, const kern::TimerInterface* owner);
+    bool kill(int64_t id, const kern::TimerInterface* owner);
     int32_t killAll(const kern::TimerInterface* owner);
     int32_t count(const kern::TimerInterface* owner) const;
 
@@ -28,52 +38,66 @@ protected:
     void timerEvent(QTimerEvent* event) override;
 
 private:
-    struct Expiry {
-        int64_t id;
-        kern::TimerInterface* owner;
+    struct Timer {
+        std::chrono::milliseconds interval;
+        Clock::time_point deadline;
     };
-    using QtIds = std::unordered_map<int64_t, int>; // by ours
+    using ById = absl::flat_hash_map<int64_t, Timer>;
+    using Due = std::pair<Clock::time_point, int64_t>; // of two at once the one started first
 
-    void end(int qtId);
+    Timer* find(int64_t id, const kern::TimerInterface* owner);
+    void expire(int64_t id, kern::TimerInterface* owner, Clock::time_point now);
+    void wake();
 
-    std::unordered_map<int, Expiry> d_expiries; // by Qt's ids
-    std::unordered_map<const kern::TimerInterface*, QtIds> d_owners;
+    absl::flat_hash_map<const kern::TimerInterface*, ById> d_owners;
+    // Without those whose callbacks run.
+    absl::btree_map<Due, kern::TimerInterface*> d_deadlines;
+    QBasicTimer d_timer;
+    Clock::time_point d_wakeUp; // while it runs
 };
 
 int64_t QtTimerManager::Timers::start(uint32_t interval, kern::TimerInterface* owner) {
-    const int qtId = startTimer(static_cast<int>(interval), Qt::PreciseTimer);
-    if (qtId == 0)
-        return 0;
+    const std::chrono::milliseconds period(interval);
     const int64_t id = lastId.fetch_add(1, std::memory_order_relaxed) + 1;
-    d_expiries[qtId] = {id, owner};
-    d_owners[owner][id] = qtId;
+    const auto deadline = Clock::now() + period;
+    d_deadlines.emplace(Due(deadline, id), owner);
+    wake();
+    if (!d_timer.isActive()) { // the thread has no event dispatcher
+        d_deadlines.erase(Due(deadline, id));
+        return 0;
+    }
+    d_owners[owner].emplace(id, Timer{period, deadline});
     return id;
 }
 
-void QtTimerManager::Timers::end(int qtId) {
-    killTimer(qtId);
-    d_expiries.erase(qtId);
-}
-
-void QtTimerManager::Timers::kill(int64_t id, const kern::TimerInterface* owner) {
+QtTimerManager::Timers::Timer* QtTimerManager::Timers::find(int64_t id,
+                                                            const kern::TimerInterface* owner) {
     const auto owned = d_owners.find(owner);
     if (owned == d_owners.end())
-        return;
+        return nullptr;
     const auto timer = owned->second.find(id);
-    if (timer == owned->second.end())
-        return;
-    end(timer->second);
-    owned->second.erase(timer);
+    return timer == owned->second.end() ? nullptr : &timer->second;
+}
+
+bool QtTimerManager::Timers::kill(int64_t id, const kern::TimerInterface* owner) {
+    const Timer* const timer = find(id, owner);
+    if (timer == nullptr)
+        return false;
+    d_deadlines.erase(Due(timer->deadline, id));
+    const auto owned = d_owners.find(owner);
+    owned->second.erase(id);
     if (owned->second.empty())
         d_owners.erase(owned);
+    return true;
 }
 
 int32_t QtTimerManager::Timers::killAll(const kern::TimerInterface* owner) {
-    const QtIds timers = std::move(d_owners[owner]);
-    d_owners.erase(owner);
-    for (const auto& [id, qtId] : timers)
-        end(qtId);
-    return static_cast<int32_t>(timers.size());
+    const auto owned = d_owners.extract(owner);
+    if (owned.empty())
+        return 0;
+    for (const auto& [id, timer] : owned.mapped())
+        d_deadlines.erase(Due(timer.deadline, id));
+    return static_cast<int32_t>(owned.mapped().size());
 }
 
 int32_t QtTimerManager::Timers::count(const kern::TimerInterface* owner) const {
@@ -81,13 +105,49 @@ int32_t QtTimerManager::Timers::count(const kern::TimerInterface* owner) const {
     return owned == d_owners.end() ? 0 : static_cast<int32_t>(owned->second.size());
 }
 
-void QtTimerManager::Timers::timerEvent(QTimerEvent* event) {
-    const auto found = d_expiries.find(event->timerId());
-    if (found == d_expiries.end())
+// Qt's timer never wakes later than the first deadline; earlier does no harm.
+void QtTimerManager::Timers::wake() {
+    if (d_deadlines.empty()) {
+        d_timer.stop();
         return;
-    // The callback may end this timer, its owner or the manager.
-    const Expiry expiry = found->second;
-    expiry.owner->timerExpired(expiry.id);
+    }
+    const Clock::time_point first = d_deadlines.begin()->first.first;
+    if (d_timer.isActive() && d_wakeUp <= first)
+        return;
+    const auto wait = std::chrono::ceil<std::chrono::milliseconds>(first - Clock::now()).count();
+    constexpr int64_t kLongest = std::numeric_limits<int>::max();
+    d_wakeUp = first;
+    d_timer.start(static_cast<int>(std::clamp<int64_t>(wait, 0, kLongest)), Qt::PreciseTimer, this);
+}
+
+void QtTimerManager::Timers::timerEvent(QTimerEvent* event) {
+    if (event->timerId() != d_timer.timerId())
+        return;
+    const QPointer<Timers> self(this);
+    const Clock::time_point now = Clock::now();
+    d_timer.stop(); // Qt's timer would be silent in an event loop that a callback runs
+    while (self != nullptr && !d_deadlines.empty() && d_deadlines.begin()->first.first <= now) {
+        const auto [due, owner] = *d_deadlines.begin();
+        expire(due.second, owner, now);
+    }
+    if (self != nullptr)
+        wake();
+}
+
+// The callback may end this timer, its owner or the manager. It does not expire again
+// until the callback has returned.
+void QtTimerManager::Timers::expire(int64_t id, kern::TimerInterface* owner,
+                                    Clock::time_point now) {
+    const QPointer<Timers> self(this);
+    d_deadlines.erase(d_deadlines.begin());
+    wake();
+    owner->timerExpired(id);
+    Timer* const timer = self != nullptr ? find(id, owner) : nullptr;
+    if (timer == nullptr)
+        return;
+    // What was missed is not made up for; and each round of timers ends.
+    timer->deadline = std::max(timer->deadline + timer->interval, now + Clock::duration(1));
+    d_deadlines.emplace(Due(timer->deadline, id), owner);
 }
 
 QtTimerManager::QtTimerManager() : d_timers(std::make_unique<Timers>()) {}
@@ -103,7 +163,7 @@ int32_t QtTimerManager::removeTimers(kern::TimerInterface* owner) {
 }
 
 void QtTimerManager::killTimer(int64_t id, kern::TimerInterface* owner) {
-    d_timers->kill(id, owner);
+    CHECKF(d_timers->kill(id, owner), core::format("%s has no timer %d", owner->name(), id));
 }
 
 int32_t QtTimerManager::runningTimers(const kern::TimerInterface* owner) const {

@@ -13,11 +13,13 @@ namespace NS_QT {
 ///     NS_QT::QtTimerManager timers;
 ///
 /// Intervals are milliseconds; timers are precise and repeat, and 0 means each time the
-/// event loop is idle. A timer does not expire again while its callback runs. Callbacks
-/// may kill and start any timers, and destroy any object that has some.
+/// event loop comes round. What a late timer missed is not made up for. A timer does not
+/// expire again while its callback runs. Callbacks may kill and start any timers, and
+/// destroy any object that has some.
 ///
-/// All timers share one QObject; thousands are fine. Ids are never used twice in a
-/// process. Killing an id that the object does not own does nothing.
+/// All timers share one of Qt's, which is set for the first deadline; a hundred thousand
+/// are fine. Ids are never used twice in a process. Killing an id that the object does
+/// not have is a failed check.
 ///
 /// Needs a thread with Qt's event dispatcher (the main thread once the application
 /// object exists, or a QThread); without one no timer starts. Destroying the manager
