@@ -61,13 +61,10 @@ void addLooks(NS_QT::WidgetBuilder& group, const Report& report, const QString& 
     group.newRow();
 }
 
-// Ticks after half a second, then ten times a second, for ten seconds.
+// Ticks after half a second, then ten times a second.
 QT_Button* makeRepeating(const Report& report) {
     QT_Button* const button = makeButton(report, QT_Button::Halo);
-    QT_Button::Schedule schedule{{0, 500}};
-    for (int32_t tick = 1; tick <= 100; ++tick)
-        schedule[tick] = 100;
-    button->setSchedule(schedule);
+    button->setSchedule(QT_Button::repeating(500, 100));
     button->setOpacity(0.6);
     return button;
 }

@@ -4,26 +4,41 @@
 #include "qt_buttonaccess.h"
 #include "qt_buttonpictures.h"
 
-#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
 
+#include <algorithm>
+
 namespace pictures = NS_QT::ButtonPictures;
 
-QT_Button::QT_Button(const QPixmap& picture, QWidget* parent) : QWidget(parent), d_normal(picture) {
+QT_Button::Schedule QT_Button::repeating(int32_t first, int32_t then) {
+    constexpr int32_t kHour = 60 * 60 * 1000;
+    constexpr int32_t kShortest = 10; // which bounds the schedule's size, too
+    const int32_t period = std::max(then, kShortest);
+    Schedule schedule{{0, first}};
+    for (int32_t tick = 1; tick <= kHour / period; ++tick)
+        schedule.emplace_hint(schedule.end(), tick, period);
+    return schedule;
+}
+
+QT_Button::QT_Button(QWidget* parent) : QT_Button(QPixmap(), parent) {}
+
+QT_Button::QT_Button(const QPixmap& picture, QWidget* parent)
+    : PressWidget(parent), d_normal(picture) {
     NS_QT::installButtonAccess();
-    setFocusPolicy(Qt::TabFocus);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
 QT_Button::~QT_Button() = default;
 
 void QT_Button::setPicture(const QPixmap& picture) {
+    if (d_normal.cacheKey() == picture.cacheKey())
+        return;
     d_normal = picture;
     d_disabled = {};
     forgetLooks();
     updateGeometry();
+    emit pictureChanged();
 }
 
 void QT_Button::setHotStyle(int32_t style) {
@@ -31,11 +46,22 @@ void QT_Button::setHotStyle(int32_t style) {
         return;
     d_hotStyle = style;
     forgetLooks();
+    emit hotStyleChanged();
 }
 
 void QT_Button::setOpacity(double opacity) {
+    if (d_opacity == opacity)
+        return;
     d_opacity = opacity;
     update();
+    emit opacityChanged(opacity);
+}
+
+void QT_Button::setSchedule(const Schedule& schedule) {
+    if (d_schedule == schedule)
+        return;
+    d_schedule = schedule;
+    emit scheduleChanged();
 }
 
 void QT_Button::forgetLooks() {
@@ -78,7 +104,7 @@ const QPixmap& QT_Button::hot() {
     return d_hot;
 }
 
-const QPixmap& QT_Button::pressed() {
+const QPixmap& QT_Button::pressedLook() {
     if (d_pressed.isNull())
         d_pressed = pictures::pressed(hot(), d_normal);
     return d_pressed;
@@ -93,8 +119,8 @@ const QPixmap& QT_Button::disabled() {
 const QPixmap& QT_Button::currentPicture() {
     if (!isEnabled())
         return disabled();
-    if (d_isDown)
-        return looksPressed() ? pressed() : d_normal;
+    if (isDown())
+        return looksPressed() ? pressedLook() : d_normal;
     return d_isHover ? hot() : d_normal;
 }
 
@@ -106,9 +132,9 @@ void QT_Button::paintEvent(QPaintEvent*) {
         const QPoint shift = isEnabled() && looksPressed() ? QPoint(1, 1) : QPoint();
         painter.drawPixmap(centred(picture).topLeft() + shift, picture);
     }
+    painter.setOpacity(1); // a button that fades still has the keyboard
     constexpr int kRoom = pictures::kHaloWidth;
-    d_focusMark.draw(*this, painter,
-                     centred(d_normal).adjusted(-kRoom, -kRoom, kRoom, kRoom) & rect());
+    drawFocus(painter, centred(d_normal).adjusted(-kRoom, -kRoom, kRoom, kRoom) & rect());
 }
 
 void QT_Button::setHover(bool hover) {
@@ -123,44 +149,61 @@ bool QT_Button::event(QEvent* event) {
         setHover(true);
     else if (event->type() == QEvent::Leave)
         setHover(false);
-    else if (event->type() == QEvent::WindowDeactivate)
-        cancelPress(); // the release may go to another window
-    return QWidget::event(event);
+    return PressWidget::event(event);
 }
 
-void QT_Button::press(int key) {
-    d_isDown = true;
-    d_pressKey = key;
+// Beside a press, hover is about the widget, not about the picture in it.
+void QT_Button::mouseMoveEvent(QMouseEvent* event) {
+    setHover(rect().contains(event->pos()));
+    PressWidget::mouseMoveEvent(event);
+}
+
+void QT_Button::mouseReleaseEvent(QMouseEvent* event) {
+    setHover(rect().contains(event->pos()));
+    PressWidget::mouseReleaseEvent(event);
+}
+
+void QT_Button::pressBegan() {
+    if (pressKey() == 0)
+        setHover(true);
     update();
-    if (d_schedule.empty())
-        return;
-    d_tickCount = 0;
-    scheduleTick();
+    if (!d_schedule.empty()) {
+        d_tickCount = 0;
+        scheduleTick();
+    }
+    NS_QT::tellPressed(this);
+    emit pressed();
 }
 
-// Whether that ended a sequence of ticks.
-bool QT_Button::endPress() {
-    d_isDown = false;
-    d_pressKey = 0;
+// Whether a sequence of them was running.
+bool QT_Button::endTicks() {
     update();
     if (d_timerId <= 0)
         return false;
-    kern::TimerInterface::killTimer(d_timerId);
+    killTimer(d_timerId);
     d_timerId = 0;
     return true;
 }
 
-void QT_Button::release(bool inside) {
+void QT_Button::pressReleased(bool inside) {
     const QPointer<QT_Button> self(this);
-    if (endPress())
+    endPress();
+    const bool ticked = endTicks();
+    NS_QT::tellPressed(this);
+    emit released();
+    if (self != nullptr && ticked)
         emit spinningComplete();
     if (self != nullptr && inside)
         emit clicked();
+    if (self != nullptr && inside)
+        emit triggered();
 }
 
-// Qt goes on with a widget that it disables or hides: slots are called later.
-void QT_Button::cancelPress() {
-    if (d_isDown && endPress())
+void QT_Button::pressTakenBack(int) {
+    const bool ticked = endTicks();
+    NS_QT::tellPressed(this);
+    QMetaObject::invokeMethod(this, "released", Qt::QueuedConnection);
+    if (ticked)
         QMetaObject::invokeMethod(this, "spinningComplete", Qt::QueuedConnection);
 }
 
@@ -169,9 +212,9 @@ void QT_Button::scheduleTick() {
     if (!CHECKF(entry != d_schedule.end()))
         return;
     if (d_timerId > 0)
-        kern::TimerInterface::killTimer(d_timerId);
+        killTimer(d_timerId);
     d_period = entry->second;
-    d_timerId = kern::TimerInterface::startTimer(static_cast<uint32_t>(d_period));
+    d_timerId = startTimer(static_cast<uint32_t>(d_period));
 }
 
 void QT_Button::timerExpired(int64_t id) {
@@ -191,62 +234,10 @@ void QT_Button::tick() {
 }
 
 void QT_Button::click() {
-    if (isEnabled())
-        emit clicked();
-}
-
-void QT_Button::mousePressEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton || !isEnabled() || d_isDown || !hitTest(event->pos())) {
-        event->ignore();
+    if (!isEnabled())
         return;
-    }
-    d_isHover = true;
-    press(0);
-}
-
-void QT_Button::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton && d_isDown && d_pressKey == 0)
-        release(hitTest(event->pos()));
-    else
-        event->ignore();
-}
-
-void QT_Button::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && d_isDown) {
-        cancelPress();
-    } else if (!NS_QT::isPressKey(event->key())) {
-        QWidget::keyPressEvent(event);
-    } else if (!event->isAutoRepeat() && !d_isDown) {
-        d_focusMark.keyPressed();
-        press(event->key());
-    }
-}
-
-void QT_Button::keyReleaseEvent(QKeyEvent* event) {
-    if (!NS_QT::isPressKey(event->key()))
-        QWidget::keyReleaseEvent(event);
-    else if (!event->isAutoRepeat() && d_isDown && event->key() == d_pressKey)
-        release(true);
-}
-
-void QT_Button::focusInEvent(QFocusEvent* event) {
-    d_focusMark.focusIn(event->reason());
-    QWidget::focusInEvent(event);
-}
-
-void QT_Button::focusOutEvent(QFocusEvent* event) {
-    if (d_pressKey != 0)
-        cancelPress();
-    QWidget::focusOutEvent(event);
-}
-
-void QT_Button::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::EnabledChange)
-        cancelPress();
-}
-
-void QT_Button::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
-    cancelPress();
+    const QPointer<QT_Button> self(this);
+    emit clicked();
+    if (self != nullptr)
+        emit triggered();
 }

@@ -1,10 +1,10 @@
 #pragma once
 
-#include "kern_timerinterface.h"
-#include "qt_focusmark.h"
+#include "qt_presswidget.h"
+#include "qt_timerinterface.h"
 
+#include <QMetaType>
 #include <QPixmap>
-#include <QWidget>
 
 #include <cstdint>
 #include <map>
@@ -18,8 +18,9 @@
 ///     connect(play, &QT_Button::clicked, this, &Player::play);
 ///
 /// The picture is centred in the widget; only presses inside it count, its outermost
-/// pixels and what surrounds it excluded. Sizes are device independent: pictures for
-/// dense screens carry their device pixel ratio, and so do the looks made of them.
+/// pixels and what surrounds it excluded, and only those of the left mouse button. Sizes
+/// are device independent: pictures for dense screens carry their device pixel ratio, and
+/// so do the looks made of them.
 ///
 /// Held down, a button with a schedule repeats: a press starts a sequence of ticks, and
 /// the schedule says how many milliseconds to wait for each (see setSchedule). For that
@@ -30,9 +31,18 @@
 /// button, or leaving its window. Screen readers find a button named by its accessible
 /// name or its tool tip.
 ///
+/// Subclasses start timers as kern::TimerInterface does, with timerExpired as callback;
+/// Qt's are QObject::startTimer and QObject::killTimer.
+///
 /// Slots may delete the button. GUI thread only.
-class QT_Button : public QWidget, public kern::TimerInterface {
+class QT_Button : public NS_QT::PressWidget, public kern::TimerInterface {
     Q_OBJECT
+    Q_INTERFACES(kern::TimerInterface)
+    Q_PROPERTY(QPixmap picture READ picture WRITE setPicture NOTIFY pictureChanged)
+    Q_PROPERTY(HotStyle hotStyle READ hotStyle WRITE setHotStyle NOTIFY hotStyleChanged)
+    Q_PROPERTY(double opacity READ opacity WRITE setOpacity NOTIFY opacityChanged)
+    Q_PROPERTY(QT_Button::Schedule schedule READ schedule WRITE setSchedule NOTIFY scheduleChanged
+                   DESIGNABLE false)
 
 public:
     /// How the button looks under the pointer.
@@ -41,31 +51,37 @@ public:
         Halo = 1,   ///< with a green halo of three pixels
         Outline = 2 ///< with a green outline of two pixels, within the picture's bounds
     };
+    Q_ENUM(HotStyle)
 
     /// Milliseconds until a tick, by the number of ticks that went before it.
     using Schedule = std::map<int32_t, int32_t>;
 
+    /// A schedule for an hour's press: the first tick after `first` milliseconds, the
+    /// others `then` milliseconds apart, which is 10 at least.
+    static Schedule repeating(int32_t first, int32_t then);
+
+    explicit QT_Button(QWidget* parent = nullptr);
     explicit QT_Button(const QPixmap& picture, QWidget* parent = nullptr);
     ~QT_Button() override;
 
+    using kern::TimerInterface::killTimer;
+    using kern::TimerInterface::startTimer;
+
     const QPixmap& picture() const { return d_normal; }
-    void setPicture(const QPixmap& picture);
 
     /// One of HotStyle; with any other value a failed check, and Plain, when the look is
     /// made.
-    int32_t hotStyle() const { return d_hotStyle; }
-    void setHotStyle(int32_t style);
+    HotStyle hotStyle() const { return static_cast<HotStyle>(d_hotStyle); }
 
-    /// Of the whole drawing: 1, the default, is opaque, 0 invisible.
+    /// Of the picture in all its looks: 1, the default, is opaque, 0 invisible.
     double opacity() const { return d_opacity; }
-    void setOpacity(double opacity);
 
     /// Empty, the default: no ticks. Otherwise the press is tick number 0, and each
     /// tick looks up its own number: {{0, 500}, {1, 100}, {2, 100}} waits 500 ms for
-    /// the first tick and 100 ms for the next two. A number without an entry is a
-    /// failed check, after which a timer that already runs keeps its period.
+    /// the first tick and 100 ms for the next two. A schedule must outlast the press: a
+    /// number without an entry is a failed check, after which a timer that already runs
+    /// keeps its period, and each further tick is a failed check again.
     const Schedule& schedule() const { return d_schedule; }
-    void setSchedule(const Schedule& schedule) { d_schedule = schedule; }
 
     /// Ticks so far in the sequence that runs, or of the last one.
     int32_t tickCount() const { return d_tickCount; }
@@ -74,7 +90,7 @@ public:
     int32_t period() const { return d_period; }
 
     /// Whether a press is in progress, be the pointer over the button or not.
-    bool isDown() const { return d_isDown; }
+    bool isDown() const { return pressTarget() != -1; }
 
     /// Whether a press at this point of the widget counts.
     bool hitTest(const QPoint& point) const;
@@ -86,16 +102,35 @@ public:
     void timerExpired(int64_t id) override;
 
 public slots:
-    /// Emits clicked() if the button is enabled.
+    void setPicture(const QPixmap& picture);
+    void setHotStyle(int32_t style);
+    void setOpacity(double opacity);
+    void setSchedule(const QT_Button::Schedule& schedule);
+
+    /// Emits clicked() and triggered(), if the button is enabled.
     void click();
 
 signals:
+    /// A press has begun, and has ended: released over the button or beside it, or taken
+    /// back.
+    void pressed();
+    void released();
+
     /// The button was pressed and released inside its picture, or ticked.
     void clicked();
+
+    /// The button was used once: after the clicked() of a release or of click(), not of
+    /// a tick.
+    void triggered();
 
     /// The sequence of ticks that a press started is over. If the release that ended it
     /// is a click, that follows.
     void spinningComplete();
+
+    void pictureChanged();
+    void hotStyleChanged();
+    void opacityChanged(double opacity);
+    void scheduleChanged();
 
 protected:
     /// What a tick does: emits clicked() while the pointer is over the button or a key
@@ -104,29 +139,27 @@ protected:
 
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void keyReleaseEvent(QKeyEvent* event) override;
-    void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
-    void changeEvent(QEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
+
+    int targetAt(const QPoint& point) const override { return hitTest(point) ? 0 : -1; }
+    int keyTarget() const override { return 0; }
+    void pressBegan() override;
+    void pressMoved(bool over) override { setHover(over); }
+    void pressReleased(bool inside) override;
+    void pressTakenBack(int target) override;
 
 private:
     QRect centred(const QPixmap& picture) const;
     const QPixmap& hot();
-    const QPixmap& pressed();
+    const QPixmap& pressedLook();
     const QPixmap& disabled();
     const QPixmap& currentPicture();
     QPixmap makeHot() const;
     void forgetLooks();
-    bool looksPressed() const { return d_isDown && (d_isHover || d_pressKey != 0); }
+    bool looksPressed() const { return isDown() && (d_isHover || pressKey() != 0); }
     void setHover(bool hover);
-    void press(int key);
-    bool endPress();
-    void release(bool inside);
-    void cancelPress();
+    bool endTicks();
     void scheduleTick();
 
     QPixmap d_normal;
@@ -134,13 +167,12 @@ private:
     QPixmap d_hot;
     QPixmap d_disabled;
     double d_opacity = 1.0;
-    bool d_isDown = false;
     bool d_isHover = false;
     int32_t d_hotStyle = Plain;
     int64_t d_timerId = 0;
     int32_t d_period = 0;
     int32_t d_tickCount = 0;
     Schedule d_schedule;
-    int d_pressKey = 0; // that holds the button down; 0 for the mouse
-    NS_QT::FocusMark d_focusMark;
 };
+
+Q_DECLARE_METATYPE(QT_Button::Schedule)

@@ -3,7 +3,6 @@
 #include "qt_button.h"
 #include "qt_buttonstrip.h"
 
-#include <QAccessible>
 #include <QAccessibleWidget>
 #include <QPointer>
 #include <QWindow>
@@ -18,8 +17,7 @@ public:
     explicit ButtonAccess(QT_Button* button) : QAccessibleWidget(button, QAccessible::Button) {}
 
     QString text(QAccessible::Text kind) const override {
-        const QString text = QAccessibleWidget::text(kind);
-        return text.isEmpty() && kind == QAccessible::Name ? widget()->toolTip() : text;
+        return nameOrToolTip(*widget(), kind, QAccessibleWidget::text(kind));
     }
     QAccessible::State state() const override {
         QAccessible::State state = QAccessibleWidget::state();
@@ -45,7 +43,7 @@ class StripButtonAccess : public QAccessibleInterface, public QAccessibleActionI
 public:
     StripButtonAccess(QT_ButtonStrip* strip, int index) : d_strip(strip), d_index(index) {}
 
-    bool isValid() const override { return d_strip != nullptr; }
+    bool isValid() const override { return d_strip != nullptr && d_index < d_strip->count(); }
     QObject* object() const override { return nullptr; }
     QWindow* window() const override { return parent()->window(); }
     QAccessibleInterface* parent() const override {
@@ -56,9 +54,7 @@ public:
     int childCount() const override { return 0; }
     int indexOfChild(const QAccessibleInterface*) const override { return -1; }
 
-    QString text(QAccessible::Text kind) const override {
-        return kind == QAccessible::Name ? d_strip->buttonToolTip(d_index) : QString();
-    }
+    QString text(QAccessible::Text kind) const override;
     void setText(QAccessible::Text, const QString&) override {}
     QRect rect() const override {
         const QRect rect = d_strip->buttonRect(d_index);
@@ -77,15 +73,30 @@ public:
     }
     QStringList actionNames() const override { return {pressAction(), setFocusAction()}; }
     void doAction(const QString& name) override;
-    QStringList keyBindingsForAction(const QString&) const override { return {}; }
+    QStringList keyBindingsForAction(const QString& name) const override;
 
 private:
     QPointer<QT_ButtonStrip> d_strip;
     int d_index;
 };
 
+QString StripButtonAccess::text(QAccessible::Text kind) const {
+    if (kind == QAccessible::Accelerator)
+        return d_strip->buttonShortcut(d_index).toString(QKeySequence::NativeText);
+    if (kind != QAccessible::Name)
+        return {};
+    const QString toolTip = d_strip->buttonToolTip(d_index);
+    return toolTip.isEmpty() ? QT_ButtonStrip::tr("Button %1").arg(d_index + 1) : toolTip;
+}
+
+QStringList StripButtonAccess::keyBindingsForAction(const QString& name) const {
+    const QString keys = text(QAccessible::Accelerator);
+    return name == pressAction() && !keys.isEmpty() ? QStringList{keys} : QStringList();
+}
+
 QAccessible::State StripButtonAccess::state() const {
     QAccessible::State state = parent()->state();
+    state.disabled = !d_strip->isButtonEnabled(d_index);
     const bool current = d_index == d_strip->currentButton();
     state.focused = state.focused && current;
     state.checkable = d_strip->isCheckable();
@@ -105,19 +116,21 @@ void StripButtonAccess::doAction(const QString& name) {
 
 class StripAccess : public QAccessibleWidget {
 public:
-    explicit StripAccess(QT_ButtonStrip* strip) : QAccessibleWidget(strip, QAccessible::ToolBar) {
-        for (int index = 0; index < strip->count(); ++index) {
+    explicit StripAccess(QT_ButtonStrip* strip) : QAccessibleWidget(strip, QAccessible::ToolBar) {}
+
+    QString text(QAccessible::Text kind) const override {
+        return nameOrToolTip(*widget(), kind, QAccessibleWidget::text(kind));
+    }
+    int childCount() const override { return strip()->count(); }
+    QAccessibleInterface* child(int index) const override {
+        if (index < 0 || index >= childCount())
+            return nullptr;
+        for (int next = static_cast<int>(d_buttons.size()); next <= index; ++next) {
             // NOLINTNEXTLINE(clang-analyzer-cplusplus.NewDeleteLeaks): Qt's cache owns it
             d_buttons.push_back(
-                QAccessible::registerAccessibleInterface(new StripButtonAccess(strip, index)));
+                QAccessible::registerAccessibleInterface(new StripButtonAccess(strip(), next)));
         }
-    }
-
-    int childCount() const override { return static_cast<int>(d_buttons.size()); }
-    QAccessibleInterface* child(int index) const override {
-        return index >= 0 && index < childCount()
-                   ? QAccessible::accessibleInterface(d_buttons[static_cast<size_t>(index)])
-                   : nullptr;
+        return QAccessible::accessibleInterface(d_buttons[static_cast<size_t>(index)]);
     }
     int indexOfChild(const QAccessibleInterface* button) const override {
         for (int index = 0; index < childCount(); ++index) {
@@ -142,8 +155,14 @@ protected:
 private:
     QT_ButtonStrip* strip() const { return static_cast<QT_ButtonStrip*>(widget()); }
 
-    std::vector<QAccessible::Id> d_buttons;
+    mutable std::vector<QAccessible::Id> d_buttons; // made when they are asked for
 };
+
+void tellChange(QT_ButtonStrip* strip, int index, QAccessible::State changed) {
+    QAccessibleStateChangeEvent event(strip, changed);
+    event.setChild(index);
+    QAccessible::updateAccessibility(&event);
+}
 
 QAccessibleInterface* makeAccess(const QString& className, QObject* object) {
     if (className == QLatin1String(QT_Button::staticMetaObject.className()))
@@ -155,17 +174,42 @@ QAccessibleInterface* makeAccess(const QString& className, QObject* object) {
 
 } // namespace
 
+QString nameOrToolTip(const QWidget& widget, QAccessible::Text kind, const QString& text) {
+    const bool isNamed = !widget.accessibleName().isEmpty();
+    if (kind == QAccessible::Name && text.isEmpty())
+        return widget.toolTip();
+    return kind == QAccessible::Description && !isNamed && text == widget.toolTip() ? QString()
+                                                                                    : text;
+}
+
 void installButtonAccess() {
     // Qt keeps one entry of a function, however often it is installed.
     QAccessible::installFactory(&makeAccess);
 }
 
+void tellPressed(QT_Button* button) {
+    QAccessible::State changed;
+    changed.pressed = true;
+    QAccessibleStateChangeEvent event(button, changed);
+    QAccessible::updateAccessibility(&event);
+}
+
+void tellPressed(QT_ButtonStrip* strip, int index) {
+    QAccessible::State changed;
+    changed.pressed = true;
+    tellChange(strip, index, changed);
+}
+
 void tellChecked(QT_ButtonStrip* strip, int index) {
     QAccessible::State changed;
     changed.checked = true;
-    QAccessibleStateChangeEvent event(strip, changed);
-    event.setChild(index);
-    QAccessible::updateAccessibility(&event);
+    tellChange(strip, index, changed);
+}
+
+void tellEnabled(QT_ButtonStrip* strip, int index) {
+    QAccessible::State changed;
+    changed.disabled = true;
+    tellChange(strip, index, changed);
 }
 
 void tellFocus(QT_ButtonStrip* strip, int index) {

@@ -40,14 +40,8 @@ void changePixels(QImage& image, Change change) {
     }
 }
 
-QImage dimmedPixelsOf(const QPixmap& picture) {
-    QImage image = pixelsOf(picture);
-    changePixels(image, [](QRgb pixel) {
-        if (qAlpha(pixel) == 0)
-            return pixel;
-        return qRgb(qRed(pixel) >> 1, qGreen(pixel) >> 1, qBlue(pixel) >> 1);
-    });
-    return image;
+QRgb halved(QRgb pixel, int alpha) {
+    return qRgba(qRed(pixel) >> 1, qGreen(pixel) >> 1, qBlue(pixel) >> 1, alpha);
 }
 
 void fillTransparentAround(QImage& image, int x, int y, int reach) {
@@ -100,12 +94,19 @@ QPixmap pressed(const QPixmap& hot, const QPixmap& normal) {
 }
 
 QPixmap dimmed(const QPixmap& picture) {
-    QPixmap dim = QPixmap::fromImage(dimmedPixelsOf(picture));
+    QImage image = pixelsOf(picture);
+    changePixels(image, [](QRgb pixel) { return halved(pixel, qAlpha(pixel)); });
+    QPixmap dim = QPixmap::fromImage(image);
     dim.setDevicePixelRatio(picture.devicePixelRatio());
     return dim;
 }
 
-QPixmap disabled(const QPixmap& picture) { return cutOut(dimmedPixelsOf(picture), picture); }
+QPixmap disabled(const QPixmap& picture) {
+    QImage image = pixelsOf(picture);
+    changePixels(image,
+                 [](QRgb pixel) { return qAlpha(pixel) == 0 ? pixel : halved(pixel, 0xff); });
+    return cutOut(image, picture);
+}
 
 QSize sizeOf(const QPixmap& picture) {
     return (QSizeF(picture.size()) / picture.devicePixelRatio()).toSize();

@@ -29,11 +29,12 @@ QPixmap withOutline(const QPixmap& picture);
 /// is kept.
 QPixmap pressed(const QPixmap& hot, const QPixmap& normal);
 
-/// Every pixel that is not fully transparent, opaque and with halved colours.
+/// Every pixel with halved colours.
 QPixmap dimmed(const QPixmap& picture);
 
-/// The dimmed picture, without what surrounds it by Qt's heuristic: the colour of the
-/// corners, where it reaches the edge.
+/// Every pixel that is not fully transparent, opaque and with halved colours; without
+/// what surrounds the result by Qt's heuristic: the colour of the corners, where it
+/// reaches the edge.
 QPixmap disabled(const QPixmap& picture);
 
 /// The picture's size on the screen, in device independent pixels.

@@ -3,16 +3,17 @@
 #include "core_check.h"
 #include "qt_buttonaccess.h"
 #include "qt_buttonpictures.h"
-#include "qt_focusmark.h"
 
 #include <QColor>
 #include <QHelpEvent>
 #include <QKeyEvent>
-#include <QMouseEvent>
 #include <QPainter>
 #include <QPointer>
+#include <QRegion>
+#include <QShortcutEvent>
 #include <QToolTip>
 
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <utility>
@@ -21,12 +22,6 @@
 namespace pictures = NS_QT::ButtonPictures;
 
 namespace {
-
-struct Button {
-    QString toolTip;
-    QRect rect;
-    bool checked = false;
-};
 
 QPixmap makeDown(const QPixmap& strip, const QVector<QRect>& buttons) {
     constexpr QColor kShade(0, 0, 0, 64);
@@ -39,22 +34,24 @@ QPixmap makeDown(const QPixmap& strip, const QVector<QRect>& buttons) {
 
 } // namespace
 
-struct QT_ButtonStrip::Data {
-    bool looksDown(int index) const {
-        return buttons[static_cast<size_t>(index)].checked ||
-               (showPressed && index == pressedIndex);
-    }
+struct QT_ButtonStrip::Button {
+    QString toolTip;
+    QRect rect;
+    bool checked = false;
+    bool enabled = true;
+    QKeySequence shortcut;
+    int shortcutId = 0;
+};
 
+struct QT_ButtonStrip::Data {
     std::unique_ptr<Images> images;
-    int32_t pressedIndex = -1;
     QRect pressedRect;
     std::vector<Button> buttons;
     bool checkable = false;
     bool exclusive = false;
     bool showPressed = false;
-    int pressKey = 0; // that holds the button down; 0 for the mouse
+    bool evenly = false; // the picture is divided
     int current = 0;
-    NS_QT::FocusMark focusMark;
 };
 
 QT_ButtonStrip::Images::Images(const QPixmap& picture, const QVector<QRect>& buttons)
@@ -74,29 +71,72 @@ void QT_ButtonStrip::Images::addButton(const QRect& rect) {
         static_cast<void>(item.release());
 }
 
+QT_ButtonStrip::QT_ButtonStrip(QWidget* parent) : QT_ButtonStrip(nullptr, parent) {}
+
 QT_ButtonStrip::QT_ButtonStrip(const QPixmap& picture, const QVector<QRect>& buttons,
                                QWidget* parent)
     : QT_ButtonStrip(std::make_unique<Images>(picture, buttons), parent) {}
 
 QT_ButtonStrip::QT_ButtonStrip(std::unique_ptr<Images> images, QWidget* parent)
-    : QWidget(parent), d_data(std::make_unique<Data>()) {
+    : PressWidget(parent), d_data(std::make_unique<Data>()) {
     NS_QT::installButtonAccess();
-    setFocusPolicy(Qt::TabFocus);
-    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
-    d_data->images = std::move(images);
-    core::GList<QRect>& rects = d_data->images->rects;
-    for (const QRect* rect = rects.first(); rect != nullptr; rect = rects.next())
-        d_data->buttons.push_back({{}, *rect});
+    setImages(std::move(images));
 }
 
 QT_ButtonStrip::~QT_ButtonStrip() = default;
 
+void QT_ButtonStrip::setImages(std::unique_ptr<Images> images) {
+    takePressBack();
+    d_data->evenly = false;
+    d_data->images = images != nullptr ? std::move(images) : std::make_unique<Images>();
+    core::GList<QRect>& rects = d_data->images->rects;
+    std::vector<Button>& buttons = d_data->buttons;
+    for (size_t index = rects.count(); index < buttons.size(); ++index)
+        releaseShortcut(buttons[index].shortcutId);
+    buttons.resize(rects.count());
+    size_t index = 0;
+    for (const QRect* rect = rects.first(); rect != nullptr; rect = rects.next())
+        buttons[index++].rect = *rect;
+    d_data->current = std::clamp(d_data->current, 0, std::max(0, count() - 1));
+    updateGeometry();
+    update();
+    emit buttonsChanged();
+}
+
+const QPixmap& QT_ButtonStrip::picture() const { return d_data->images->strip; }
+
+void QT_ButtonStrip::setPicture(const QPixmap& picture) {
+    if (d_data->evenly) {
+        divide(picture, count());
+        return;
+    }
+    QVector<QRect> rects;
+    for (const Button& button : d_data->buttons)
+        rects.append(button.rect);
+    setImages(std::make_unique<Images>(picture, rects));
+}
+
+void QT_ButtonStrip::setButtonCount(int count) { divide(picture(), count); }
+
+void QT_ButtonStrip::divide(const QPixmap& picture, int count) {
+    const QSize size = pictures::sizeOf(picture);
+    QVector<QRect> rects;
+    for (int index = 0; index < count; ++index) {
+        const int left = size.width() * index / count;
+        rects.append({left, 0, size.width() * (index + 1) / count - left, size.height()});
+    }
+    setImages(std::make_unique<Images>(picture, rects));
+    d_data->evenly = true;
+}
+
 int QT_ButtonStrip::count() const { return static_cast<int>(d_data->buttons.size()); }
 
-bool QT_ButtonStrip::isButton(int index) const { return index >= 0 && index < count(); }
+QT_ButtonStrip::Button* QT_ButtonStrip::buttonOf(int index) const {
+    return index >= 0 && index < count() ? &d_data->buttons[static_cast<size_t>(index)] : nullptr;
+}
 
 QRect QT_ButtonStrip::buttonRect(int index) const {
-    return isButton(index) ? d_data->buttons[static_cast<size_t>(index)].rect : QRect();
+    return isButton(index) ? buttonOf(index)->rect : QRect();
 }
 
 int QT_ButtonStrip::buttonAt(const QPoint& point) const {
@@ -110,29 +150,85 @@ int QT_ButtonStrip::buttonAt(const QPoint& point) const {
 }
 
 QString QT_ButtonStrip::buttonToolTip(int index) const {
-    return isButton(index) ? d_data->buttons[static_cast<size_t>(index)].toolTip : QString();
+    return isButton(index) ? buttonOf(index)->toolTip : QString();
 }
 
 void QT_ButtonStrip::setButtonToolTip(int index, const QString& text) {
-    if (isButton(index))
-        d_data->buttons[static_cast<size_t>(index)].toolTip = text;
+    if (!isButton(index) || buttonToolTip(index) == text)
+        return;
+    buttonOf(index)->toolTip = text;
+    emit buttonToolTipsChanged();
+}
+
+QStringList QT_ButtonStrip::buttonToolTips() const {
+    QStringList texts;
+    for (const Button& button : d_data->buttons)
+        texts << button.toolTip;
+    return texts;
 }
 
 void QT_ButtonStrip::setButtonToolTips(const QStringList& texts) {
+    const QStringList before = buttonToolTips();
     for (int index = 0; index < count(); ++index)
-        setButtonToolTip(index, texts.value(index));
+        buttonOf(index)->toolTip = texts.value(index);
+    if (buttonToolTips() != before)
+        emit buttonToolTipsChanged();
+}
+
+bool QT_ButtonStrip::isButtonEnabled(int index) const {
+    return isEnabled() && isButton(index) && buttonOf(index)->enabled;
+}
+
+void QT_ButtonStrip::setButtonEnabled(int index, bool enabled) {
+    if (!isButton(index) || buttonOf(index)->enabled == enabled)
+        return;
+    if (pressTarget() == index)
+        takePressBack();
+    buttonOf(index)->enabled = enabled;
+    update(buttonRect(index));
+    NS_QT::tellEnabled(this, index);
+}
+
+QKeySequence QT_ButtonStrip::buttonShortcut(int index) const {
+    return isButton(index) ? buttonOf(index)->shortcut : QKeySequence();
+}
+
+void QT_ButtonStrip::setButtonShortcut(int index, const QKeySequence& keys) {
+    Button* const button = buttonOf(index);
+    if (button == nullptr)
+        return;
+    releaseShortcut(button->shortcutId);
+    button->shortcut = keys;
+    button->shortcutId = keys.isEmpty() ? 0 : grabShortcut(keys);
 }
 
 bool QT_ButtonStrip::isCheckable() const { return d_data->checkable; }
 
-void QT_ButtonStrip::setCheckable(bool checkable) { d_data->checkable = checkable; }
+void QT_ButtonStrip::setCheckable(bool checkable) {
+    if (isCheckable() == checkable)
+        return;
+    d_data->checkable = checkable;
+    emit checkableChanged(checkable);
+}
 
 bool QT_ButtonStrip::isExclusive() const { return d_data->exclusive; }
 
-void QT_ButtonStrip::setExclusive(bool exclusive) { d_data->exclusive = exclusive; }
+void QT_ButtonStrip::setExclusive(bool exclusive) {
+    if (isExclusive() == exclusive)
+        return;
+    d_data->exclusive = exclusive;
+    const QPointer<QT_ButtonStrip> self(this);
+    int checked = 0;
+    while (checked < count() && !isChecked(checked))
+        ++checked;
+    if (exclusive && checked < count())
+        storeChecked(checked, true);
+    if (self != nullptr)
+        emit exclusiveChanged(exclusive);
+}
 
 bool QT_ButtonStrip::isChecked(int index) const {
-    return isButton(index) && d_data->buttons[static_cast<size_t>(index)].checked;
+    return isButton(index) && buttonOf(index)->checked;
 }
 
 void QT_ButtonStrip::setChecked(int index, bool checked) {
@@ -140,17 +236,29 @@ void QT_ButtonStrip::setChecked(int index, bool checked) {
         storeChecked(index, checked);
 }
 
+// All are as they will be before the first slot is called.
 void QT_ButtonStrip::storeChecked(int index, bool checked) {
-    Button& button = d_data->buttons[static_cast<size_t>(index)];
-    button.checked = checked;
-    update(button.rect);
-    for (Button& other : d_data->buttons) {
-        if (d_data->exclusive && checked && &other != &button) {
-            other.checked = false;
-            update(other.rect);
-        }
+    QVector<int> changed;
+    for (int other = 0; other < count(); ++other) {
+        const bool isOther = other != index;
+        const bool flag = isOther ? isChecked(other) && !(d_data->exclusive && checked) : checked;
+        if (isChecked(other) == flag)
+            continue;
+        buttonOf(other)->checked = flag;
+        update(buttonRect(other));
+        changed.append(other);
     }
-    NS_QT::tellChecked(this, index);
+    tellToggled(changed);
+}
+
+void QT_ButtonStrip::tellToggled(const QVector<int>& indices) {
+    const QPointer<QT_ButtonStrip> self(this);
+    for (const int index : indices) {
+        NS_QT::tellChecked(this, index);
+        emit toggled(index, isChecked(index));
+        if (self == nullptr)
+            return;
+    }
 }
 
 bool QT_ButtonStrip::toggle(int index) {
@@ -170,32 +278,50 @@ void QT_ButtonStrip::setCurrentButton(int index) {
     d_data->current = index;
     if (hasFocus())
         NS_QT::tellFocus(this, index);
+    emit currentButtonChanged(index);
 }
 
-int QT_ButtonStrip::pressedButton() const { return d_data->pressedIndex; }
+int QT_ButtonStrip::pressedButton() const { return pressTarget(); }
 
-QSize QT_ButtonStrip::sizeHint() const { return pictures::sizeOf(d_data->images->strip); }
+QSize QT_ButtonStrip::sizeHint() const { return pictures::sizeOf(picture()); }
 
 void QT_ButtonStrip::paintEvent(QPaintEvent* event) {
-    const Data& own = *d_data;
-    const Images& images = *own.images;
     QPainter painter(this);
     const QRect area = event->rect() & QRect(QPoint(), sizeHint());
-    pictures::drawPart(painter, isEnabled() ? images.strip : images.disabled, area);
-    for (int index = 0; isEnabled() && index < count(); ++index) {
-        if (own.looksDown(index))
-            pictures::drawPart(painter, images.down, buttonRect(index) & area);
-    }
-    own.focusMark.draw(*this, painter, buttonRect(own.current));
+    if (isEnabled())
+        drawButtons(painter, area);
+    else
+        pictures::drawPart(painter, d_data->images->disabled, area);
+    drawFocus(painter, buttonRect(d_data->current));
 }
 
-void QT_ButtonStrip::press(int index, int key) {
-    dropPress();
-    d_data->pressedIndex = index;
-    d_data->pressedRect = buttonRect(index);
-    d_data->pressKey = key;
-    showPressed(true);
-    setCurrentButton(index);
+void QT_ButtonStrip::drawButtons(QPainter& painter, const QRect& area) const {
+    const Images& images = *d_data->images;
+    QRegion disabled;
+    for (const Button& button : d_data->buttons) {
+        if (!button.enabled)
+            disabled += button.rect;
+    }
+    if (!disabled.isEmpty())
+        painter.setClipRegion(QRegion(area) - disabled);
+    pictures::drawPart(painter, images.strip, area);
+    painter.setClipping(false);
+    for (int index = 0; index < count(); ++index) {
+        const QRect part = buttonRect(index) & area;
+        if (!buttonOf(index)->enabled)
+            pictures::drawPart(painter, images.disabled, part);
+        if (isChecked(index) || (d_data->showPressed && index == pressedButton()))
+            pictures::drawPart(painter, images.down, part);
+    }
+}
+
+int QT_ButtonStrip::targetAt(const QPoint& point) const {
+    const int index = buttonAt(point);
+    return isButtonEnabled(index) ? index : -1;
+}
+
+int QT_ButtonStrip::keyTarget() const {
+    return isButtonEnabled(d_data->current) ? d_data->current : -1;
 }
 
 void QT_ButtonStrip::showPressed(bool shown) {
@@ -205,66 +331,72 @@ void QT_ButtonStrip::showPressed(bool shown) {
     update(d_data->pressedRect);
 }
 
-void QT_ButtonStrip::forgetPress() {
-    d_data->pressedIndex = -1;
-    d_data->pressKey = 0;
-    d_data->showPressed = false;
+void QT_ButtonStrip::pressBegan() {
+    const int index = pressTarget();
+    const QPointer<QT_ButtonStrip> self(this);
+    showPressed(false); // of a press whose slots have not returned yet
+    d_data->pressedRect = buttonRect(index);
+    showPressed(true);
+    NS_QT::tellPressed(this, index);
+    setCurrentButton(index);
+    if (self != nullptr)
+        emit pressed(index);
 }
 
-void QT_ButtonStrip::dropPress() {
-    if (d_data->pressedIndex == -1)
-        return;
-    forgetPress();
-    update(d_data->pressedRect);
+void QT_ButtonStrip::dropPress(int index) {
+    showPressed(false);
+    NS_QT::tellPressed(this, index);
 }
 
-void QT_ButtonStrip::release(int index) {
-    Data& own = *d_data;
-    if (own.pressedIndex == -1)
-        return;
-    if (index != own.pressedIndex) {
-        dropPress();
+void QT_ButtonStrip::pressReleased(bool inside) {
+    const int index = pressTarget();
+    if (!inside) {
+        endPress();
+        dropPress(index);
+        emit released(index);
         return;
     }
-    const bool toggled = toggle(index);
+    const uint32_t number = pressNumber();
     const QPointer<QT_ButtonStrip> self(this);
-    emit clicked(index);
+    const bool toggled = toggle(index);
+    if (self != nullptr)
+        emit released(index);
+    if (self != nullptr)
+        emit clicked(index);
     if (self == nullptr)
         return;
-    forgetPress();
-    // A checked button looks the same without the press, and was repainted above.
-    if (!toggled || !isChecked(index))
-        update(own.pressedRect);
+    if (number == pressNumber()) { // else a slot let the next press begin
+        endPress();
+        // A checked button looks the same without the press, and was repainted above.
+        if (toggled && isChecked(index))
+            d_data->showPressed = false;
+        dropPress(index);
+    }
+    emit triggered(index);
+}
+
+void QT_ButtonStrip::pressTakenBack(int target) {
+    dropPress(target);
+    QMetaObject::invokeMethod(this, "released", Qt::QueuedConnection, Q_ARG(int, target));
 }
 
 void QT_ButtonStrip::click(int index) {
-    if (!isEnabled() || !isButton(index))
+    if (!isButtonEnabled(index))
         return;
+    const QPointer<QT_ButtonStrip> self(this);
     toggle(index);
-    emit clicked(index);
+    if (self != nullptr)
+        emit clicked(index);
+    if (self != nullptr)
+        emit triggered(index);
 }
 
-void QT_ButtonStrip::mousePressEvent(QMouseEvent* event) {
-    const int index = event->button() == Qt::LeftButton ? buttonAt(event->pos()) : -1;
-    if (index != -1)
-        press(index, 0);
-    else
-        event->ignore();
-}
-
-// The press follows the pointer off the button and back, as presses do elsewhere.
-void QT_ButtonStrip::mouseMoveEvent(QMouseEvent* event) {
-    if (d_data->pressedIndex != -1 && d_data->pressKey == 0)
-        showPressed(buttonAt(event->pos()) == d_data->pressedIndex);
-    else
-        event->ignore();
-}
-
-void QT_ButtonStrip::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton && d_data->pressKey == 0)
-        release(buttonAt(event->pos()));
-    else
-        event->ignore();
+// The first button from an end that takes presses.
+int QT_ButtonStrip::edgeButton(int first, int step) const {
+    int index = first;
+    while (isButton(index) && !isButtonEnabled(index))
+        index += step;
+    return index;
 }
 
 // The nearest button in the direction of an arrow key; distances across it count twice.
@@ -277,7 +409,7 @@ int QT_ButtonStrip::neighbour(int key) const {
         const QPoint way = buttonRect(index).center() - buttonRect(d_data->current).center();
         const int along = sign * (horizontal ? way.x() : way.y());
         const int distance = along + 2 * std::abs(horizontal ? way.y() : way.x());
-        if (along > 0 && distance < bestDistance) {
+        if (along > 0 && distance < bestDistance && isButtonEnabled(index)) {
             best = index;
             bestDistance = distance;
         }
@@ -286,70 +418,59 @@ int QT_ButtonStrip::neighbour(int key) const {
 }
 
 void QT_ButtonStrip::keyPressEvent(QKeyEvent* event) {
-    Data& own = *d_data;
-    const bool pressed = own.pressedIndex != -1;
+    int next = -1;
     switch (event->key()) {
     case Qt::Key_Left:
     case Qt::Key_Right:
     case Qt::Key_Up:
     case Qt::Key_Down:
-        setCurrentButton(neighbour(event->key()));
+        next = neighbour(event->key());
         break;
     case Qt::Key_Home:
-        setCurrentButton(0);
+        next = edgeButton(0, 1);
         break;
     case Qt::Key_End:
-        setCurrentButton(count() - 1);
+        next = edgeButton(count() - 1, -1);
         break;
     default:
-        if (event->key() == Qt::Key_Escape && pressed)
-            dropPress();
-        else if (!NS_QT::isPressKey(event->key()))
-            QWidget::keyPressEvent(event);
-        else if (!event->isAutoRepeat() && !pressed && isButton(own.current))
-            press(own.current, event->key());
+        PressWidget::keyPressEvent(event);
+        return;
     }
-    if (event->isAccepted())
-        own.focusMark.keyPressed();
-}
-
-void QT_ButtonStrip::keyReleaseEvent(QKeyEvent* event) {
-    if (!NS_QT::isPressKey(event->key()))
-        QWidget::keyReleaseEvent(event);
-    else if (!event->isAutoRepeat() && event->key() == d_data->pressKey)
-        release(d_data->pressedIndex);
+    noteKeyPressed();
+    update(buttonRect(d_data->current));
+    setCurrentButton(next);
 }
 
 void QT_ButtonStrip::focusInEvent(QFocusEvent* event) {
-    d_data->focusMark.focusIn(event->reason());
-    QWidget::focusInEvent(event);
+    PressWidget::focusInEvent(event);
     NS_QT::tellFocus(this, d_data->current);
 }
 
-void QT_ButtonStrip::focusOutEvent(QFocusEvent* event) {
-    if (d_data->pressKey != 0)
-        dropPress();
-    QWidget::focusOutEvent(event);
-}
-
-void QT_ButtonStrip::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::EnabledChange)
-        dropPress();
-}
-
-void QT_ButtonStrip::hideEvent(QHideEvent* event) {
-    QWidget::hideEvent(event);
-    dropPress();
-}
-
 bool QT_ButtonStrip::event(QEvent* event) {
-    if (event->type() == QEvent::WindowDeactivate)
-        dropPress(); // the release may go to another window
+    if (event->type() == QEvent::Shortcut) {
+        const auto* const shortcut = static_cast<QShortcutEvent*>(event);
+        clickByShortcut(shortcut->shortcutId(), shortcut->isAmbiguous());
+        return true;
+    }
     if (event->type() != QEvent::ToolTip)
-        return QWidget::event(event);
+        return PressWidget::event(event);
     showToolTip(event);
     return true;
+}
+
+// Keys that several widgets claim only lead to the button.
+void QT_ButtonStrip::clickByShortcut(int id, bool isAmbiguous) {
+    for (int index = 0; index < count(); ++index) {
+        if (buttonOf(index)->shortcutId != id)
+            continue;
+        if (!isAmbiguous) {
+            click(index);
+            return;
+        }
+        setFocus(Qt::ShortcutFocusReason);
+        setCurrentButton(index);
+        return;
+    }
 }
 
 void QT_ButtonStrip::showToolTip(QEvent* event) {

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "core_deprecated_glist.h"
+#include "qt_presswidget.h"
 
+#include <QKeySequence>
 #include <QPixmap>
 #include <QRect>
 #include <QStringList>
 #include <QVector>
-#include <QWidget>
 
 #include <memory>
 
@@ -23,16 +24,27 @@
 /// the widget in every layout direction. Sizes and rectangles are device independent: a
 /// picture for dense screens carries its device pixel ratio.
 ///
-/// Keyboard: the strip is one stop of the Tab key, and does not take the focus by the
-/// mouse. Arrow keys go to the nearest button in their direction on the screen, Home
-/// and End to the first and last one. Space and Enter press the button while they are
-/// held, Escape takes the press back. So does disabling or hiding the strip, or leaving
-/// its window. For screen readers a strip is a tool bar with buttons that are named by
-/// their tool tips.
+/// Mouse: only the left button presses. Keyboard: the strip is one stop of the Tab key,
+/// and does not take the focus by the mouse. Arrow keys go to the nearest enabled button
+/// in their direction on the screen, Home and End to the first and last one. Space and
+/// Enter press the button while they are held, Escape takes the press back. So does
+/// disabling or hiding the strip, or leaving its window. For screen readers a strip is a
+/// tool bar with buttons that are named by their tool tips.
 ///
-/// Slots may delete the strip. GUI thread only.
-class QT_ButtonStrip : public QWidget {
+/// A click emits pressed(), toggled() if the button changes, released(), clicked() and
+/// triggered(), in this order. Until clicked() returns, the button still looks pressed:
+/// what opens a dialog belongs to triggered(). Slots may delete the strip. GUI thread
+/// only.
+class QT_ButtonStrip : public NS_QT::PressWidget {
     Q_OBJECT
+    Q_PROPERTY(QPixmap picture READ picture WRITE setPicture NOTIFY buttonsChanged)
+    Q_PROPERTY(int buttonCount READ count WRITE setButtonCount NOTIFY buttonsChanged)
+    Q_PROPERTY(QStringList buttonToolTips READ buttonToolTips WRITE setButtonToolTips NOTIFY
+                   buttonToolTipsChanged)
+    Q_PROPERTY(bool checkable READ isCheckable WRITE setCheckable NOTIFY checkableChanged)
+    Q_PROPERTY(bool exclusive READ isExclusive WRITE setExclusive NOTIFY exclusiveChanged)
+    Q_PROPERTY(int currentButton READ currentButton WRITE setCurrentButton NOTIFY
+                   currentButtonChanged DESIGNABLE false)
 
 public:
     /// The pictures of a strip, all of one size, and where its buttons are.
@@ -40,8 +52,7 @@ public:
         Images() = default;
 
         /// Makes the other pictures from the strip's: down, it is shaded within the
-        /// buttons by a quarter; disabled, every pixel that is not fully transparent is
-        /// opaque with halved colours.
+        /// buttons by a quarter; disabled, its colours are halved.
         Images(const QPixmap& picture, const QVector<QRect>& buttons);
 
         /// Adds a button's rectangle.
@@ -53,12 +64,20 @@ public:
         core::GList<QRect> rects; ///< owned; in strip order
     };
 
+    /// Without buttons at first.
+    explicit QT_ButtonStrip(QWidget* parent = nullptr);
     QT_ButtonStrip(const QPixmap& picture, const QVector<QRect>& buttons,
                    QWidget* parent = nullptr);
 
     /// For pictures that are drawn, not computed.
     explicit QT_ButtonStrip(std::unique_ptr<Images> images, QWidget* parent = nullptr);
     ~QT_ButtonStrip() override;
+
+    /// Takes other pictures and buttons. Buttons keep their number with all that was set
+    /// for it, as far as there are so many.
+    void setImages(std::unique_ptr<Images> images);
+
+    const QPixmap& picture() const;
 
     /// Number of buttons.
     int count() const;
@@ -73,16 +92,24 @@ public:
     /// and where there is no such button. Setting all leaves those without a text empty.
     QString buttonToolTip(int index) const;
     void setButtonToolTip(int index, const QString& text);
-    void setButtonToolTips(const QStringList& texts);
+    QStringList buttonToolTips() const;
+
+    /// Whether a button takes presses, which all do at first; a disabled strip has none
+    /// that does. False, or ignored, for an index that is no button's.
+    bool isButtonEnabled(int index) const;
+    void setButtonEnabled(int index, bool enabled);
+
+    /// Keys that click a button while the strip's window is active; empty at first.
+    QKeySequence buttonShortcut(int index) const;
+    void setButtonShortcut(int index, const QKeySequence& keys);
 
     /// Whether a click toggles its button, off by default; and whether at most one
-    /// button is checked at a time, which then stays so when it is clicked again.
+    /// button is checked at a time, which then stays so when it is clicked again. Of
+    /// several that are checked already, the first stays so.
     bool isCheckable() const;
-    void setCheckable(bool checkable);
     bool isExclusive() const;
-    void setExclusive(bool exclusive);
 
-    /// Whether a button is checked, that is, shown down. Setting it emits nothing and
+    /// Whether a button is checked, that is, shown down. Setting it emits toggled() and
     /// needs no checkable strip; in an exclusive one it unchecks the others. False, or
     /// ignored, for an index that is no button's.
     bool isChecked(int index) const;
@@ -91,7 +118,6 @@ public:
     /// The button that keys act on; the one used last, 0 at first. An index that is no
     /// button's is ignored.
     int currentButton() const;
-    void setCurrentButton(int index);
 
     /// The button under a press in progress; -1 for none.
     int pressedButton() const;
@@ -101,40 +127,70 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 public slots:
-    /// What a click on the button does, if the strip is enabled and has it.
+    /// Another picture, for the same buttons; and so many buttons side by side, which
+    /// share the width of this and every later picture.
+    void setPicture(const QPixmap& picture);
+    void setButtonCount(int count);
+    void setButtonToolTips(const QStringList& texts);
+    void setCheckable(bool checkable);
+    void setExclusive(bool exclusive);
+    void setCurrentButton(int index);
+
+    /// What a click on the button does, if it is enabled.
     void click(int index);
 
 signals:
+    /// A press has begun, and has ended: released on its button or elsewhere, or taken
+    /// back.
+    void pressed(int index);
+    void released(int index);
+
+    /// The button is checked or unchecked now.
+    void toggled(int index, bool checked);
+
     /// The button was pressed and released, or clicked by a program or a screen reader.
     /// It is checked or unchecked already.
     void clicked(int index);
 
+    /// The same, when the press is over.
+    void triggered(int index);
+
+    void buttonsChanged();
+    void buttonToolTipsChanged();
+    void checkableChanged(bool checkable);
+    void exclusiveChanged(bool exclusive);
+    void currentButtonChanged(int index);
+
 protected:
     bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
-    void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
-    void keyReleaseEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
-    void focusOutEvent(QFocusEvent* event) override;
-    void changeEvent(QEvent* event) override;
-    void hideEvent(QHideEvent* event) override;
+
+    int targetAt(const QPoint& point) const override;
+    int keyTarget() const override;
+    void pressBegan() override;
+    void pressMoved(bool over) override { showPressed(over); }
+    void pressReleased(bool inside) override;
+    void pressTakenBack(int target) override;
 
 private:
+    struct Button;
     struct Data;
 
-    bool isButton(int index) const;
+    Button* buttonOf(int index) const;
+    bool isButton(int index) const { return buttonOf(index) != nullptr; }
+    void divide(const QPixmap& picture, int count);
+    int edgeButton(int first, int step) const;
     int neighbour(int key) const;
+    void clickByShortcut(int id, bool isAmbiguous);
     void showToolTip(QEvent* event);
+    void drawButtons(QPainter& painter, const QRect& area) const;
     void storeChecked(int index, bool checked);
+    void tellToggled(const QVector<int>& indices);
     bool toggle(int index);
-    void press(int index, int key);
     void showPressed(bool shown);
-    void forgetPress();
-    void dropPress();
-    void release(int index);
+    void dropPress(int index);
 
     std::unique_ptr<Data> d_data;
 };

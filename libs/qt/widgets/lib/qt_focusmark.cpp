@@ -1,8 +1,7 @@
 #include "qt_focusmark.h"
 
 #include <QPainter>
-#include <QStyle>
-#include <QStyleOptionFocusRect>
+#include <QPalette>
 #include <QWidget>
 
 namespace NS_QT {
@@ -29,12 +28,13 @@ void FocusMark::draw(const QWidget& widget, QPainter& painter, const QRect& rect
 }
 
 void drawFocusFrame(const QWidget& widget, QPainter& painter, const QRect& rect) {
-    QStyleOptionFocusRect option;
-    option.initFrom(&widget);
-    option.rect = rect;
-    option.state |= QStyle::State_KeyboardFocusChange;
-    option.backgroundColor = widget.palette().color(QPalette::Window);
-    widget.style()->drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter, &widget);
+    QRect line = rect;
+    for (const auto colour : {QPalette::WindowText, QPalette::Window}) {
+        line.adjust(0, 0, -1, -1);
+        painter.setPen(widget.palette().color(colour));
+        painter.drawRect(line);
+        line.adjust(1, 1, 0, 0);
+    }
 }
 
 bool isPressKey(int key) {

@@ -19,14 +19,16 @@ public:
     /// A key has been pressed: the focus is shown from now on.
     void keyPressed() { d_shown = true; }
 
-    /// Draws the style's focus frame, if the widget has the focus and shows it.
+    /// Draws the focus frame, if the widget has the focus and shows it.
     void draw(const QWidget& widget, QPainter& painter, const QRect& rect) const;
 
 private:
     bool d_shown = false;
 };
 
-/// Draws the style's focus frame of the widget.
+/// Draws a focus frame within the rectangle: a line in the colour of texts and, inside it,
+/// one in that of what is behind texts. As those two are told apart, one of the lines
+/// stands out from any picture; the frames of many styles do not.
 void drawFocusFrame(const QWidget& widget, QPainter& painter, const QRect& rect);
 
 /// Space, Enter and Return, and what remote controls have in their place.
