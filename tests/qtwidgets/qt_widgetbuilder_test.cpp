@@ -169,9 +169,10 @@ TEST_F(WidgetBuilderTest, OnlyTheFirstLayoutHasMargins) {
 }
 
 TEST_F(WidgetBuilderTest, ScopesOpenAndCloseUpToTheRoot) {
-    const auto unknown = static_cast<WidgetBuilder::LayoutType>(3);
+    constexpr int32_t unknown = 3;
     builder.pop();
     builder.push(unknown);
+    EXPECT_THAT(checks.takeSites(), ElementsAre(kFailed));
     EXPECT_EQ(builder.current(), nullptr);
     {
         const NS_QT::VBoxScope column(builder);
@@ -234,6 +235,7 @@ TEST_F(WidgetBuilderTest, OkAndCancelAreATrailingRowThatEndsTheDialog) {
     auto* const cancel = qobject_cast<QPushButton*>(row->itemAt(2)->widget());
     EXPECT_EQ(row->itemAt(1)->widget(), ok);
     EXPECT_EQ(ok->text(), "OK");
+    EXPECT_TRUE(ok->isDefault());
     EXPECT_EQ(cancel->text(), "Cancel");
 
     dialog.show();

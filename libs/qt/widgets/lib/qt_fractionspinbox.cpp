@@ -1,8 +1,10 @@
 #include "qt_fractionspinbox.h"
 
+#include "core_check.h"
 #include "core_log.h"
 #include "core_tokenizer.h"
 
+#include <QPointer>
 #include <QRegExp>
 
 #include <iterator>
@@ -23,38 +25,98 @@ std::optional<int32_t> integerOf(const std::string& text) {
     return core::decimalNumber(hasPlus ? text.substr(1) : text);
 }
 
-// Of a set that is not empty; of two values equally near, the lower.
-int32_t nearest(const std::set<int32_t>& values, int32_t value) {
-    const auto above = values.lower_bound(value);
-    if (above == values.begin())
-        return *above;
-    const int32_t below = *std::prev(above);
-    if (above == values.end())
-        return below;
-    return int64_t{value} - below <= int64_t{*above} - value ? below : *above;
-}
-
-// The value so many steps up or down, which need not start in the set; its end at most.
-int32_t stepped(const std::set<int32_t>& values, int32_t value, int steps) {
-    auto at = steps > 0 ? values.upper_bound(value) : values.lower_bound(value);
-    for (; steps > 1 && at != values.end(); --steps)
-        ++at;
-    for (; steps < 0 && at != values.begin(); ++steps)
-        --at;
-    return at != values.end() ? *at : *values.rbegin();
-}
-
 } // namespace
 
-FractionSpinBox::FractionSpinBox(QWidget* parent) : QSpinBox(parent) {}
+// The allowed values that lie within the range.
+class FractionSpinBox::Choice {
+public:
+    Choice(const std::set<int32_t>& values, int32_t minimum, int32_t maximum)
+        : d_begin(values.lower_bound(minimum)), d_end(values.upper_bound(maximum)) {}
 
-void FractionSpinBox::setAllowed(std::set<int32_t> values) {
-    d_allowed = std::move(values);
+    bool empty() const { return d_begin == d_end; }
+    int32_t lowest() const { return *d_begin; }
+    int32_t highest() const { return *std::prev(d_end); }
+
+    // Of two values equally near, the lower.
+    int32_t nearest(int32_t value) const {
+        const auto above = std::lower_bound(d_begin, d_end, value);
+        if (above == d_begin)
+            return lowest();
+        const int32_t below = *std::prev(above);
+        if (above == d_end)
+            return below;
+        return int64_t{value} - below <= int64_t{*above} - value ? below : *above;
+    }
+
+    // So many steps up or down, from a value that need not be one of them.
+    int32_t stepped(int32_t value, int steps) const {
+        auto at = steps > 0 ? std::upper_bound(d_begin, d_end, value)
+                            : std::lower_bound(d_begin, d_end, value);
+        for (; steps > 1 && at != d_end; --steps)
+            ++at;
+        for (; steps < 0 && at != d_begin; ++steps)
+            --at;
+        return at != d_end ? *at : highest();
+    }
+
+private:
+    std::set<int32_t>::const_iterator d_begin;
+    std::set<int32_t>::const_iterator d_end;
+};
+
+FractionSpinBox::FractionSpinBox(QWidget* parent) : QSpinBox(parent) {
+    connect(this, qOverload<int>(&QSpinBox::valueChanged), this, &FractionSpinBox::numberChanged);
+}
+
+FractionSpinBox::Choice FractionSpinBox::choice() const {
+    return {d_allowed, minimum(), maximum()};
+}
+
+void FractionSpinBox::keepWithinChoice() {
+    CHECKF(d_allowed.empty() || !choice().empty(), "no allowed value lies within the range");
     setValue(value());
 }
 
+void FractionSpinBox::setAllowed(std::set<int32_t> values) {
+    if (d_allowed == values)
+        return;
+    d_allowed = std::move(values);
+    const QPointer<FractionSpinBox> self(this);
+    keepWithinChoice();
+    if (self != nullptr)
+        emit allowedChanged();
+}
+
+QStringList FractionSpinBox::allowedTexts() const {
+    QStringList texts;
+    for (const int32_t value : d_allowed)
+        texts << QString::number(value);
+    return texts;
+}
+
+void FractionSpinBox::setAllowedTexts(const QStringList& texts) {
+    std::set<int32_t> values;
+    for (const QString& text : texts) {
+        if (const auto value = integerOf(text.trimmed().toStdString()))
+            values.insert(*value);
+    }
+    setAllowed(std::move(values));
+}
+
+void FractionSpinBox::setRange(int minimum, int maximum) {
+    const std::pair before(this->minimum(), this->maximum());
+    const QPointer<FractionSpinBox> self(this);
+    QSpinBox::setRange(minimum, maximum);
+    if (self == nullptr || before == std::pair(this->minimum(), this->maximum()))
+        return;
+    keepWithinChoice();
+    if (self != nullptr)
+        emit rangeChanged(this->minimum(), this->maximum());
+}
+
 void FractionSpinBox::setValue(int value) {
-    QSpinBox::setValue(d_allowed.empty() ? value : nearest(d_allowed, value));
+    const Choice values = choice();
+    QSpinBox::setValue(values.empty() ? value : values.nearest(value));
 }
 
 QString FractionSpinBox::withoutSuffix(const QString& text) const {
@@ -83,21 +145,23 @@ int FractionSpinBox::valueFromText(const QString& text) const {
 QString FractionSpinBox::textFromValue(int value) const { return QString::number(value); }
 
 void FractionSpinBox::stepBy(int steps) {
-    if (d_allowed.empty()) {
+    if (choice().empty()) {
         QSpinBox::stepBy(steps);
         return;
     }
+    const QPointer<FractionSpinBox> self(this);
     interpretText();
-    if (steps != 0)
-        QSpinBox::setValue(stepped(d_allowed, value(), steps));
-    selectAll();
+    if (self != nullptr && steps != 0)
+        QSpinBox::setValue(choice().stepped(value(), steps));
+    if (self != nullptr)
+        selectAll();
 }
 
 QAbstractSpinBox::StepEnabled FractionSpinBox::stepEnabled() const {
     StepEnabled enabled = QSpinBox::stepEnabled();
-    if (!d_allowed.empty()) {
-        enabled.setFlag(StepUpEnabled, !isReadOnly() && value() < *d_allowed.rbegin());
-        enabled.setFlag(StepDownEnabled, !isReadOnly() && value() > *d_allowed.begin());
+    if (const Choice values = choice(); !values.empty()) {
+        enabled.setFlag(StepUpEnabled, !isReadOnly() && value() < values.highest());
+        enabled.setFlag(StepDownEnabled, !isReadOnly() && value() > values.lowest());
     }
     return enabled;
 }

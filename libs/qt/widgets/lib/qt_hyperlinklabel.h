@@ -2,15 +2,20 @@
 
 #include <QColor>
 #include <QLabel>
+#include <QPalette>
 #include <QPointer>
+
+#include <array>
 
 namespace NS_QT {
 
 /// A label that looks and acts like a link while linkEnabled is set: a press of any mouse
 /// button clicks it, and so do Enter and Space, since Tab leads to it.
 ///
-/// Its colours follow the parent's palette, its font the parent's font; what is set here
-/// comes on top. A slot of clicked() may delete the label. GUI thread only.
+/// Its colours follow the parent's palette, without a parent its own, its font the
+/// parent's font; what is set here comes on top. Cursor and focus policy are set when
+/// linkEnabled is, and are the application's from then on. Screen readers are told the
+/// text without its markup. A slot of clicked() may delete the label. GUI thread only.
 class HyperlinkLabel : public QLabel {
     Q_OBJECT
     Q_PROPERTY(bool linkEnabled READ linkEnabled WRITE setLinkEnabled NOTIFY linkAppearanceChanged)
@@ -26,7 +31,7 @@ public:
 
     /// On at first.
     bool linkEnabled() const { return d_linkEnabled; }
-    void setLinkEnabled(bool enabled) { change(d_linkEnabled, enabled); }
+    void setLinkEnabled(bool enabled);
 
     /// The text's colour as a link; an invalid one, the default, is the palette's.
     QColor linkColour() const { return d_linkColour; }
@@ -67,7 +72,12 @@ private:
         emit linkAppearanceChanged();
     }
     void followParent();
+    void setManners();
     void updateAppearance();
+    QPalette basePalette();
+    void followApplication();
+    QRect textArea() const;
+    Qt::Alignment textAlignment() const;
     QRect focusRect() const;
     QColor textColour(QPalette::ColorGroup group, const QPalette& palette) const;
 
@@ -77,6 +87,12 @@ private:
     bool d_updating = false;
     QColor d_linkColour;
     QColor d_plainColour;
+    // Colours of the text by group: without a parent the label's own, the
+    // application's at that time, and the one that is shown.
+    struct TextColour {
+        QColor own, application, shown;
+    };
+    std::array<TextColour, QPalette::NColorGroups> d_text;
     QPointer<QWidget> d_watchedParent;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QIcon>
+#include <QObject>
 #include <QPixmap>
 
 #include <cstdint>
@@ -12,9 +13,13 @@ namespace NS_QT {
 /// Square pictures out of icons, by the codes for their size and mode that widgets and
 /// stored settings use. GUI thread only.
 class IconSet {
+    Q_GADGET
+
 public:
     enum SizeCode : int32_t { Size16 = 0, Size24 = 1, Size32 = 2, Size48 = 3 };
+    Q_ENUM(SizeCode)
     enum ModeCode : int32_t { Normal = 0, Disabled = 1, Active = 2 };
+    Q_ENUM(ModeCode)
 
     /// The edge of a picture in pixels. Any other code: a failed check, and 24.
     static int edgeLength(int32_t sizeCode);

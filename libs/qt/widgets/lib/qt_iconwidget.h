@@ -9,10 +9,13 @@
 
 namespace NS_QT {
 
-/// Shows an icon, centred; in its disabled mode while the widget is disabled.
-/// GUI thread only.
+/// Shows an icon, centred; in its disabled mode while the widget is disabled. For screen
+/// readers it is a picture, named by its accessible name or its tool tip. GUI thread only.
 class IconWidget : public QWidget {
     Q_OBJECT
+    Q_PROPERTY(QIcon icon READ icon WRITE setIcon NOTIFY iconChanged)
+    Q_PROPERTY(
+        NS_QT::IconSet::SizeCode sizeCode READ sizeCode WRITE setSizeCode NOTIFY sizeCodeChanged)
 
 public:
     explicit IconWidget(QWidget* parent = nullptr);
@@ -20,22 +23,29 @@ public:
                         QWidget* parent = nullptr);
 
     const QIcon& icon() const { return d_icon; }
-    void setIcon(const QIcon& icon);
 
-    /// How large the icon is drawn: a size code of IconSet, 24 pixels at first. An unknown
-    /// one is a failed check whenever it is used.
-    int32_t sizeCode() const { return d_sizeCode; }
-    void setSizeCode(int32_t sizeCode);
+    /// How large the icon is drawn: a size code of IconSet, 24 pixels at first. Setting an
+    /// unknown one is a failed check, and 24 pixels.
+    IconSet::SizeCode sizeCode() const { return static_cast<IconSet::SizeCode>(d_sizeCode); }
 
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
+
+public slots:
+    void setIcon(const QIcon& icon);
+    void setSizeCode(int32_t sizeCode);
+
+signals:
+    void iconChanged();
+    void sizeCodeChanged();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
     QIcon d_icon;
-    int32_t d_sizeCode = IconSet::Size24;
+    int32_t d_sizeCode;
+    int d_edge;
 };
 
 } // namespace NS_QT

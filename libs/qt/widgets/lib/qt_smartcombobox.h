@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QComboBox>
+#include "qt_keycombobox.h"
 
 #include <string>
 
@@ -11,75 +11,56 @@ namespace NS_QT {
 ///
 /// Like any QComboBox it must not be deleted by a slot of its own; deleteLater() may be
 /// called. GUI thread only.
-class SmartComboBox : public QComboBox {
+class SmartComboBox : public KeyComboBox<int> {
     Q_OBJECT
     Q_PROPERTY(int currentKey READ currentKey WRITE setCurrentKey NOTIFY currentKeyChanged)
 
 public:
     explicit SmartComboBox(QWidget* parent = nullptr);
 
-    void addItem(const QString& text, int key) { insertItem(count(), {}, text, key); }
-    void addItem(const QIcon& icon, const QString& text, int key) {
-        insertItem(count(), icon, text, key);
-    }
-    void insertItem(int index, const QString& text, int key) { insertItem(index, {}, text, key); }
-    void insertItem(int index, const QIcon& icon, const QString& text, int key);
-
-    /// 0 for an index that does not exist.
-    int key(int index) const;
-    /// 0 if no item is current.
-    int currentKey() const { return key(currentIndex()); }
-
 public slots:
     /// Makes the first item with that key the current one; nothing if there is none.
-    void setCurrentKey(int key);
+    void setCurrentKey(int key) { selectKey(key); }
     void slotActivated(int index);
 
 signals:
     /// The user has chosen an item, maybe the same again; the key is the current item's.
     void sigKeyActivated(int key);
-    /// Another key is current, whoever chose it.
+    /// Another key is current, whoever chose or changed it.
     void currentKeyChanged(int key);
 
-private:
-    void reportKey();
-
-    int d_reportedKey = 0;
+protected:
+    QVariant toData(const int& key) const override { return key; }
+    int fromData(const QVariant& stored) const override { return stored.toInt(); }
+    void emitKeyChanged(const int& key) override { emit currentKeyChanged(key); }
 };
 
 /// The same with texts as keys; an item without a key has the empty one.
-class StringComboBox : public QComboBox {
+class StringComboBox : public KeyComboBox<std::string> {
     Q_OBJECT
+    /// The key as UTF-8.
+    Q_PROPERTY(
+        QString currentKey READ currentKeyText WRITE setCurrentKeyText NOTIFY currentKeyTextChanged)
 
 public:
     explicit StringComboBox(QWidget* parent = nullptr);
 
-    void addItem(const QString& text, const std::string& key) {
-        insertItem(count(), {}, text, key);
-    }
-    void addItem(const QIcon& icon, const QString& text, const std::string& key) {
-        insertItem(count(), icon, text, key);
-    }
-    void insertItem(int index, const QString& text, const std::string& key) {
-        insertItem(index, {}, text, key);
-    }
-    void insertItem(int index, const QIcon& icon, const QString& text, const std::string& key);
-
-    std::string key(int index) const;
-    std::string currentKey() const { return key(currentIndex()); }
+    QString currentKeyText() const { return QString::fromStdString(currentKey()); }
+    void setCurrentKeyText(const QString& key) { setCurrentKey(key.toStdString()); }
 
 public slots:
-    void setCurrentKey(const std::string& key);
+    void setCurrentKey(const std::string& key) { selectKey(key); }
     void slotActivated(int index);
 
 signals:
     void sigKeyActivated(std::string key);
     void currentKeyChanged(std::string key);
+    void currentKeyTextChanged(const QString& key);
 
-private:
-    void reportKey();
-
-    std::string d_reportedKey;
+protected:
+    QVariant toData(const std::string& key) const override;
+    std::string fromData(const QVariant& stored) const override;
+    void emitKeyChanged(const std::string& key) override;
 };
 
 } // namespace NS_QT

@@ -3,6 +3,7 @@
 #include "core_check.h"
 
 #include <QHBoxLayout>
+#include <QScopedValueRollback>
 #include <QSlider>
 #include <QSpinBox>
 
@@ -21,17 +22,38 @@ SpinSlider::SpinSlider(QWidget* parent)
     setFocusProxy(d_spinBox);
     connect(d_slider, SIGNAL(valueChanged(int)), SLOT(handleSliderChanged()));
     connect(d_spinBox, SIGNAL(valueChanged(int)), SLOT(handleSpinChanged()));
+    connect(d_slider, &QSlider::sliderPressed, this, [this] {
+        d_slider->setTracking(hasTracking());
+        setSliderDown(true);
+    });
+    connect(d_slider, &QSlider::sliderMoved, this, &SpinSlider::setSliderPosition);
+    connect(d_slider, &QSlider::sliderReleased, this, [this] { setSliderDown(false); });
 }
 
-void SpinSlider::handleSpinChanged() { setValue(d_spinBox->value()); }
-void SpinSlider::handleSliderChanged() { setValue(d_slider->value()); }
+void SpinSlider::setOrientation(Qt::Orientation orientation) {
+    if (orientation != Qt::Horizontal)
+        sliderChange(SliderOrientationChange);
+}
+
+// A range may bound the children's values before it is announced; then follows the value.
+void SpinSlider::handleSpinChanged() {
+    if (!d_isCopyingRange)
+        setValue(d_spinBox->value());
+}
+
+void SpinSlider::handleSliderChanged() {
+    if (!d_isCopyingRange)
+        setValue(d_slider->value());
+}
 
 void SpinSlider::sliderChange(SliderChange change) {
     switch (change) {
-    case SliderRangeChange:
+    case SliderRangeChange: {
+        const QScopedValueRollback guard(d_isCopyingRange, true);
         d_slider->setRange(minimum(), maximum());
         d_spinBox->setRange(minimum(), maximum());
         break;
+    }
     case SliderOrientationChange:
         core::raise("STILLTODO", CORE_CHECK_HERE, 0, {});
         break;
@@ -42,14 +64,21 @@ void SpinSlider::sliderChange(SliderChange change) {
         break;
     case SliderValueChange:
         d_slider->setValue(value());
-        d_spinBox->setValue(value());
+        if (d_spinBox->value() != value()) // else what is being typed, "01", stays
+            d_spinBox->setValue(value());
         break;
     }
 }
 
+void SpinSlider::nameChild(QWidget* child) {
+    if (child->accessibleName() == d_givenName)
+        child->setAccessibleName(accessibleName());
+}
+
 void SpinSlider::showEvent(QShowEvent* event) {
-    d_slider->setAccessibleName(accessibleName());
-    d_spinBox->setAccessibleName(accessibleName());
+    nameChild(d_slider);
+    nameChild(d_spinBox);
+    d_givenName = accessibleName();
     QAbstractSlider::showEvent(event);
 }
 

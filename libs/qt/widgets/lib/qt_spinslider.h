@@ -9,15 +9,20 @@ namespace NS_QT {
 
 /// A slider and a spin box for the same number, kept in step.
 ///
-/// Range, steps and value are those of this object, with QAbstractSlider's signals; the
-/// two children mirror them. The spin box takes the keyboard focus, and the slider can be
-/// reached from it. Always horizontal: asking for another orientation is a failed check.
-/// GUI thread only.
+/// Range, steps, value and tracking are those of this object, with QAbstractSlider's
+/// signals except actionTriggered(); the two children mirror them. While the slider is
+/// dragged, isSliderDown() says so, and sliderPressed(), sliderMoved() and
+/// sliderReleased() are emitted. The spin box takes the keyboard focus, and the slider can
+/// be reached from it. Always horizontal: asking for another orientation is a failed
+/// check. GUI thread only.
 class SpinSlider : public QAbstractSlider {
     Q_OBJECT
+    Q_PROPERTY(Qt::Orientation orientation READ orientation WRITE setOrientation DESIGNABLE false)
 
 public:
     explicit SpinSlider(QWidget* parent = nullptr);
+
+    Qt::Orientation orientation() const { return Qt::Horizontal; }
 
     /// For what only one of them has: a suffix, tick marks. Owned by this object; set
     /// range, steps and value here, not there.
@@ -25,15 +30,20 @@ public:
     QSlider* slider() const { return d_slider; }
 
 public slots:
+    void setOrientation(Qt::Orientation orientation);
     void handleSpinChanged();
     void handleSliderChanged();
 
 protected:
     void sliderChange(SliderChange change) override;
-    /// Gives the children this object's accessible name.
+    /// Gives this object's accessible name to children that have none of their own.
     void showEvent(QShowEvent* event) override;
 
 private:
+    void nameChild(QWidget* child);
+
+    bool d_isCopyingRange = false;
+    QString d_givenName;
     QSlider* const d_slider;
     QSpinBox* const d_spinBox;
 };

@@ -148,8 +148,10 @@ std::unique_ptr<WidgetBuilder::Layout> WidgetBuilder::makeLayout(LayoutType kind
 
 void WidgetBuilder::push(LayoutType kind) {
     std::unique_ptr<Layout> opened = makeLayout(kind, d_root ? nullptr : d_parent);
-    if (!opened)
+    if (!opened) {
+        CHECKF(d_root != nullptr);
         return;
+    }
     Layout* const layout = opened.get();
     int margin = 0;
     if (!d_root) {

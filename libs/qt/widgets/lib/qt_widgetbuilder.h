@@ -40,7 +40,8 @@ class WidgetBuilder {
     Q_DECLARE_TR_FUNCTIONS(NS_QT::WidgetBuilder)
 
 public:
-    enum LayoutType : int32_t { Grid = 0, HBox = 1, VBox = 2 };
+    using LayoutType = int32_t;
+    enum : LayoutType { Grid = 0, HBox = 1, VBox = 2 };
 
     class Layout;
 
@@ -50,7 +51,8 @@ public:
     WidgetBuilder& operator=(const WidgetBuilder&) = delete;
 
     /// Opens a layout inside the current one, or as the parent widget's layout when
-    /// it is the first. In a grid it takes the next cell. An unknown kind is ignored.
+    /// it is the first. In a grid it takes the next cell. An unknown kind is ignored; as
+    /// the first it is a failed check, too.
     void push(LayoutType kind);
 
     /// Closes the current layout. The first one stays open.
