@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -112,6 +113,29 @@ const char* scanLine(const char* pos, const char* end, Words& words) {
     const char* const lineEnd = endOfLine(pos, end);
     scanQuotedLine(slice(pos, lineEnd), words);
     return lineEnd;
+}
+
+/// Says what editors and scripts put into files without being asked, and what hides lines
+/// from the reader: both are text to it.
+void warnOfEncoding(std::string_view text, const std::string& path) {
+    for (const std::string_view mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}) {
+        if (text.starts_with(mark))
+            core::logFrom(core::kChannelWarn, kLoad, "(%s) - begins with a byte order mark", path);
+    }
+    if (text.find('\0') != std::string_view::npos)
+        core::logFrom(core::kChannelWarn, kLoad, "(%s) - holds NUL bytes", path);
+}
+
+/// Whether there was memory enough for what `parse` does.
+template <typename Parse>
+bool fitsIntoMemory(const std::string& path, Parse parse) {
+    try {
+        parse();
+        return true;
+    } catch (const std::bad_alloc&) {
+        core::logFrom(core::kChannelWarn, kLoad, "(%s) - too little memory", path);
+        return false;
+    }
 }
 
 /// `[NVR]` names a section.
@@ -275,8 +299,8 @@ bool IniReader::load(const std::string& path) {
     std::string text;
     if (!File::loadIntoMem(path, text) || text.empty())
         return false;
-    parseOwned(std::move(text), path);
-    return true;
+    warnOfEncoding(text, path);
+    return fitsIntoMemory(path, [&] { parseOwned(std::move(text), path); });
 }
 
 bool IniReader::parse(const char* bytes, size_t size) {
@@ -285,8 +309,7 @@ bool IniReader::parse(const char* bytes, size_t size) {
         core::logFrom(core::kChannelWarn, "utl::IniReader::parse", "%u bytes are too many", size);
         return false;
     }
-    parseOwned(std::string(bytes, size), {});
-    return true;
+    return fitsIntoMemory({}, [&] { parseOwned(std::string(bytes, size), {}); });
 }
 
 void IniReader::parseOwned(std::string text, const std::string& path) {

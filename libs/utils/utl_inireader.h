@@ -22,8 +22,8 @@ namespace utl {
 /// repeated key the first value stays, with a line on WARN for each later one. A
 /// section exists only if it has a property; a later header continues it.
 ///
-/// Takes about two and a half times the file's size in memory. Neither copied nor moved; one
-/// thread at a time.
+/// Takes about two and a half times the file's size in memory, up to eight times for keys
+/// of a byte or two. Neither copied nor moved; one thread at a time.
 class IniReader {
 public:
     IniReader();
@@ -33,11 +33,13 @@ public:
 
     /// Replaces the content by a file's. False, with the reader empty, when the file
     /// is missing or empty, which is silent, or cannot be read, which the file layer
-    /// logs. Files above utl::File::kMaxLoadSize count as unreadable.
+    /// logs. Files above utl::File::kMaxLoadSize count as unreadable. A byte order mark
+    /// and NUL bytes, with which no word is what it looks like, are a line on WARN each.
     [[nodiscard]] bool load(const std::string& path);
 
-    /// Replaces the content by that of `size` bytes, which are copied. True, unless
-    /// there are 4 GiB or more: then a line on WARN, and the reader is empty.
+    /// Replaces the content by that of `size` bytes, which are copied. True, unless they
+    /// need more memory than there is, or are 4 GiB: then a line on WARN, and the reader
+    /// is empty.
     bool parse(const char* bytes, size_t size);
 
     /// Makes it empty and not loaded.

@@ -1,18 +1,13 @@
 #include "utl_inireader.h"
 
 #include "check_recorder.h"
-#include "core_tokenizer.h"
 #include "core_varargs.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <map>
-#include <random>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
 namespace {
@@ -112,6 +107,16 @@ TEST_F(IniReader, LoadsAFileByteForByte) {
     EXPECT_FALSE(d_reader.hasSection("NVR"));
 }
 
+TEST_F(IniReader, NamesAFileThatIsNotPlainText) {
+    const std::string line = "WARN utl::IniReader::load(" + d_path + ") - ";
+    for (const std::string mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}) {
+        EXPECT_TRUE(load(mark + "[NVR]\nk v" + '\0'));
+        expectContent(d_reader, {std::string("root|k|v") + '\0'});
+        EXPECT_THAT(d_log.take(),
+                    ElementsAre(line + "begins with a byte order mark", line + "holds NUL bytes"));
+    }
+}
+
 TEST_F(IniReader, FailedLoadLeavesItEmpty) {
     test::writeFile(d_folder / "empty", "");
     for (const std::string& path : {d_folder / "missing", d_folder / "empty", d_folder.path()}) {
@@ -156,86 +161,6 @@ TEST_F(IniReader, RefusesMoreThanPositionsCanCount) {
         EXPECT_THAT(d_log.take(),
                     ElementsAre("WARN utl::IniReader::parse - 4294967296 bytes are too many"));
     }
-}
-
-TEST_F(IniReader, FindsEachOfMany) {
-    constexpr int kSections = 300;
-    constexpr int kCount = 30000;
-    std::vector<std::string> properties;
-    std::string text;
-    for (int i = 0; i < kCount; ++i) { // neighbours are in different sections
-        const std::string section = "s" + std::to_string(i % kSections);
-        const std::string key = "k" + std::to_string(i / kSections);
-        text += core::format("[%s]\n%s %d\n", section, key, i);
-        properties.push_back(joined(section, key, std::to_string(i)));
-    }
-    ASSERT_TRUE(parse(text));
-    expectContent(d_reader, properties);
-    EXPECT_FALSE(d_reader.hasProperty("s0", "k" + std::to_string(kCount / kSections)));
-}
-
-// What the reader does in one pass over slices, told by the rules one by one.
-struct PlainReader {
-    std::map<std::pair<std::string, std::string>, std::string> values; // by section and key
-    std::map<std::string, bool> sections = {{"root", false}};          // whether it has any
-    std::vector<std::string> repeated;                                 // log lines
-
-    explicit PlainReader(std::string_view text) {
-        core::Tokenizer lines(text, {.delimiters = core::CharSet("\n\r")});
-        std::string current = "root";
-        for (std::string_view line; lines.next(line);) {
-            std::vector<std::string> words;
-            core::Tokenizer tokens(line.substr(0, commentStart(line)),
-                                   {.delimiters = core::CharSet("= "), .quote = '"'});
-            for (std::string_view word; tokens.next(word);)
-                words.emplace_back(word);
-            const std::string first = words.empty() ? "" : words.front();
-            if (first.size() > 2 && first.front() == '[' && first.back() == ']')
-                sections.emplace(current = first.substr(1, first.size() - 2), false);
-            else if (words.size() >= 2)
-                add(current, first, words[1]);
-        }
-    }
-
-    void add(const std::string& section, const std::string& key, const std::string& value) {
-        sections[section] = true;
-        if (!values.emplace(std::pair(section, key), value).second)
-            repeated.push_back(duplicate("", key, section));
-    }
-
-    static size_t commentStart(std::string_view line) {
-        bool quoted = false;
-        for (size_t i = 0; i < line.size(); ++i) {
-            if (line[i] == '"' || line[i] == '\'')
-                quoted = !quoted;
-            else if (!quoted && (line[i] == '#' || line[i] == ';'))
-                return i;
-        }
-        return line.size();
-    }
-};
-
-TEST_F(IniReader, AgreesWithPlainReadingOfRandomTexts) {
-    constexpr std::string_view kBytes = "ab[]=== \"\"'#;\n\n\r\t";
-    std::mt19937 random(20240229); // NOLINT(*-msc51-cpp): each run reads the same texts
-    size_t total = 0;
-    for (int round = 0; round < 20000 && !HasFailure(); ++round) {
-        std::string text(random() % 100, '\0');
-        for (char& ch : text)
-            ch = kBytes[random() % kBytes.size()];
-        SCOPED_TRACE("text: " + testing::PrintToString(text));
-        const PlainReader plain(text);
-        std::vector<std::string> properties;
-        for (const auto& [name, value] : plain.values)
-            properties.push_back(joined(name.first, name.second, value));
-        ASSERT_TRUE(parse(text));
-        expectContent(d_reader, properties);
-        for (const auto& [name, hasProperties] : plain.sections)
-            EXPECT_EQ(d_reader.hasSection(name), hasProperties) << name;
-        EXPECT_THAT(d_log.take(), ElementsAreArray(plain.repeated));
-        total += properties.size();
-    }
-    EXPECT_GT(total, 20000U) << "the texts have too little in them to prove anything";
 }
 
 } // namespace
