@@ -6,11 +6,13 @@
 #include "core_wrapper.h"
 #include "utl_file_calls.h"
 #include "utl_fileutils.h"
+#include "utl_fileutils_calls.h"
 
 #include <fcntl.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <system_error>
 
 namespace utl {
@@ -36,6 +38,16 @@ int runtimeFlags(int32_t flags) {
     if ((flags & File::kAppend) != 0)
         result |= O_APPEND;
     return result;
+}
+
+/// False when there is no memory for it.
+bool resize(std::string& buffer, size_t size) {
+    try {
+        buffer.resize(size);
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
 }
 
 struct Transfer {
@@ -93,25 +105,34 @@ bool File::openFile(const std::string& name, int32_t flags, int32_t mode) {
     if (!CHECKF_AT(kNoAccess, (flags & (kRead | kWrite)) != 0,
                    core::format("READ/WRITE not set (%s)", name)))
         return false;
-    const int handle = detail::fileCalls->open(name, runtimeFlags(flags), mode);
+    // The systems differ in what becomes of a file that is truncated, but not written.
+    const bool contradictory = (flags & (kTruncate | kWrite)) == kTruncate;
+    const int handle =
+        contradictory ? -1 : detail::fileCalls->open(name, runtimeFlags(flags), mode);
     if (handle < 0) {
-        const int error = errno;
+        const int error = contradictory ? EINVAL : errno;
         core::logf(core::kChannelWarn, "File:openFile(%s,%d,%d) - failed opening : %s", name, flags,
                    mode, errorText(error));
         return false;
     }
+    attach(handle, name, flags, mode);
+    return true;
+}
+
+void File::attach(int handle, const std::string& name, int32_t flags, int32_t mode) {
     d_name = name;
     d_flags = flags;
     d_mode = mode;
     d_handle = handle;
     d_position = 0;
-    return true;
 }
 
 bool File::close() {
     if (!isOpen())
         return true;
-    const bool flushed = (d_flags & kFlush) == 0 || detail::fileCalls->flush(d_handle) == 0;
+    constexpr int32_t kWrittenDown = kWrite | kFlush; // Windows flushes no other files
+    const bool flushed =
+        (d_flags & kWrittenDown) != kWrittenDown || detail::fileCalls->flush(d_handle) == 0;
     int error = flushed ? 0 : errno;
     if (detail::fileCalls->close(d_handle) != 0 && flushed)
         error = errno;
@@ -136,17 +157,24 @@ bool File::size(uint64_t& bytes) const {
 }
 
 bool File::readInto(std::string& buffer, size_t count) {
-    buffer.resize(count);
+    if (!resize(buffer, count)) {
+        buffer.clear();
+        logReadError(count, ENOMEM);
+        return false;
+    }
     const Transfer read = transfer(count, [&](size_t done, size_t rest) {
         return detail::fileCalls->read(d_handle, buffer.data() + done, rest);
     });
     buffer.resize(read.done);
     d_position += read.done;
-    if (read.error == 0)
-        return true;
+    if (read.error != 0)
+        logReadError(count, read.error);
+    return read.error == 0;
+}
+
+void File::logReadError(size_t count, int error) const {
     core::logf(core::kChannelWarn, "File(%s):readInto - failed reading %d bytes with error %d:%s",
-               d_name, count, read.error, errorText(read.error));
-    return false;
+               d_name, count, error, errorText(error));
 }
 
 bool File::write(const void* data, size_t count) {
@@ -210,20 +238,23 @@ bool File::createFromMemSafe(const std::string& path, const void* data, size_t s
     const Target target = splitPath(path);
     if (!CHECKF_AT(kNoFileName, !target.name.empty()))
         return false;
-    const std::string temporary = FileUtils::createTempFile(target.folder, target.name);
-    if (temporary.empty()) {
+    detail::TempFile temporary;
+    if (!detail::openTempFile(target.folder, target.name, temporary)) {
         core::logf(core::kChannelWarn,
                    "File::createFromMemSafe - failed creating temp file (path=%s, prefix=%s)",
                    target.folder, target.name);
         return false;
     }
-    if (!createFromMem(temporary, data, size, kFlush, kOwnerOnly)) {
-        logSafeStoreFailure("failed creating temp file", path, size, temporary);
+    File file;
+    file.attach(temporary.handle, temporary.path, kWrite | kFlush, kOwnerOnly);
+    const bool written = file.write(data, size);
+    if (!file.close() || !written) {
+        logSafeStoreFailure("failed creating temp file", path, size, temporary.path);
         return false;
     }
-    if (!FileUtils::renameFile(temporary, path)) {
-        logSafeStoreFailure("failed renaming file from temporary", path, size, temporary);
-        (void)core::Wrapper::unlink(temporary);
+    if (!FileUtils::renameFile(temporary.path, path)) {
+        logSafeStoreFailure("failed renaming file from temporary", path, size, temporary.path);
+        (void)core::Wrapper::unlink(temporary.path);
         return false;
     }
     return true;

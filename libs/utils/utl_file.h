@@ -14,20 +14,23 @@ namespace utl {
 ///
 /// Paths are UTF-8. Child processes never inherit an open file. Operations return
 /// false on failure, after a line on WARN that names the file and the system's
-/// reason. An object belongs to one thread at a time and can be used again once it
-/// is closed; the static functions may be called on any thread.
+/// reason, if it gave one; too little memory is one. An object belongs to one thread at
+/// a time and can be used again once it is closed; the static functions may be called
+/// on any thread.
 class File {
 public:
     // Open flags. kRead, kWrite or both must be set.
     static constexpr int32_t kRead = 1;
     static constexpr int32_t kWrite = 2;
-    static constexpr int32_t kCreate = 4; ///< when it is missing
-    static constexpr int32_t kTruncate = 8;
+    static constexpr int32_t kCreate = 4;     ///< when it is missing
+    static constexpr int32_t kTruncate = 8;   ///< with kWrite; without it, opening fails
     static constexpr int32_t kExclusive = 16; ///< with kCreate: fail if it exists
-    static constexpr int32_t kFlush = 32;     ///< closing brings the content to disk
+    static constexpr int32_t kFlush = 32;     ///< closing brings what was written to disk
     static constexpr int32_t kAppend = 128;   ///< every write goes to the end
 
-    static constexpr int32_t kOwnerOnly = 0x180; ///< permission mode: read and write, 0600
+    /// Permission mode: read and write, 0600. On Windows, where the folder grants rights, a
+    /// mode only makes a file read-only or not.
+    static constexpr int32_t kOwnerOnly = 0x180;
 
     /// What loadIntoMem takes unless told otherwise: 64 MiB.
     static constexpr uint64_t kMaxLoadSize = uint64_t{1} << 26U;
@@ -38,13 +41,14 @@ public:
     File& operator=(const File&) = delete;
 
     /// `mode` is the permission of a file that is created, less what the process's
-    /// mask removes. A failed check when a file is open already, which stays open, and
-    /// for flags without kRead and kWrite.
+    /// mask removes. Never waits: a pipe or another device is not opened for reading. A
+    /// failed check when a file is open already, which stays open, and for flags without
+    /// kRead and kWrite.
     [[nodiscard]] bool openFile(const std::string& name, int32_t flags, int32_t mode = kOwnerOnly);
 
     /// False also when a flush has failed; the file is closed in any case. True when
     /// nothing is open.
-    bool close();
+    [[nodiscard]] bool close();
 
     bool isOpen() const { return d_handle >= 0; }
 
@@ -79,15 +83,21 @@ public:
 
     /// Replaces a whole file, or makes it, by way of a temporary one in its folder that
     /// is brought to disk and renamed: a reader, or the next start after a power cut,
-    /// finds the old content or the new. The result may be read and written by its
-    /// owner only. A temporary file that could not be written is left for inspection.
-    /// A failed check when `path` ends without a file name.
+    /// finds the old content or the new. The bytes go into the very file that was made,
+    /// but it is renamed by its name: who may write in the folder can put another in its
+    /// place, as they could in the target's. The result belongs to who stored it, with
+    /// kOwnerOnly; owner and mode of the old file are lost, and a link is replaced
+    /// itself. A temporary file that could not be written is left for inspection. A
+    /// failed check when `path` ends without a file name.
     [[nodiscard]] static bool createFromMemSafe(const std::string& path, const void* data,
                                                 size_t size);
     [[nodiscard]] static bool createFromMemSafe(const std::string& path,
                                                 const core::GUniqueBuf& buffer);
 
 private:
+    /// Takes over an open file.
+    void attach(int handle, const std::string& name, int32_t flags, int32_t mode);
+    void logReadError(size_t count, int error) const;
     void logWriteError(uint64_t offset, size_t count, int error) const;
 
     std::string d_name;

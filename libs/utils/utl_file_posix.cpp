@@ -10,13 +10,25 @@
 namespace utl::detail {
 namespace {
 
+/// Neither is a pipe, a terminal or another device, from which reading may wait for ever.
+bool isFileOrFolder(int handle) {
+    struct stat status {};
+    return ::fstat(handle, &status) == 0 && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
+}
+
 int openHandle(const std::string& path, int flags, int mode) {
     std::string name;
     if (!core::Wrapper::pathFromUtf8(path, name)) {
         errno = EILSEQ;
         return -1;
     }
-    return ::open(name.c_str(), flags | O_CLOEXEC, static_cast<mode_t>(mode));
+    const int handle =
+        ::open(name.c_str(), flags | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, static_cast<mode_t>(mode));
+    if (handle < 0 || (flags & O_ACCMODE) == O_WRONLY || isFileOrFolder(handle))
+        return handle;
+    (void)::close(handle);
+    errno = ENOTSUP;
+    return -1;
 }
 
 int64_t sizeOf(int handle) {

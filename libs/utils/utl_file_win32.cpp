@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <windows.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <climits>
@@ -12,13 +14,23 @@
 namespace utl::detail {
 namespace {
 
+/// Neither is a pipe, the console or another device, from which reading may wait for ever.
+bool isFile(int handle) {
+    return GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(handle))) == FILE_TYPE_DISK;
+}
+
 int openHandle(const std::string& path, int flags, int mode) {
     std::wstring name;
     if (!core::Wrapper::pathFromUtf8(path, name)) {
         errno = EILSEQ;
         return -1;
     }
-    return _wopen(name.c_str(), flags | _O_BINARY | _O_NOINHERIT, mode);
+    const int handle = _wopen(name.c_str(), flags | _O_BINARY | _O_NOINHERIT, mode);
+    if (handle < 0 || (flags & (_O_WRONLY | _O_RDWR)) == _O_WRONLY || isFile(handle))
+        return handle;
+    (void)_close(handle);
+    errno = EACCES; // as for a folder
+    return -1;
 }
 
 /// Asked before the runtime is, which may end the process over a bad handle.

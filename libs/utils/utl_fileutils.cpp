@@ -3,8 +3,10 @@
 #include "core_check.h"
 #include "core_log.h"
 #include "core_tokenizer.h"
+#include "utl_file_calls.h"
 #include "utl_fileutils_calls.h"
 
+#include <cerrno>
 #include <string_view>
 #include <system_error>
 
@@ -13,6 +15,8 @@ namespace {
 
 constexpr core::CheckSite kNotUtf8{"utl_fileutils_win32.cpp", 176};
 
+std::string textOf(int error) { return std::generic_category().message(error); }
+
 bool isDrive(std::string_view level) {
     const auto letter = static_cast<char>(level.front() | 0x20);
     return level.size() == 2 && letter >= 'a' && letter <= 'z' && level.back() == ':';
@@ -20,7 +24,27 @@ bool isDrive(std::string_view level) {
 
 /// Drives, servers and shares are no folders: the system neither finds nor makes them.
 bool isRoot(std::string_view path, std::string_view level, size_t depth) {
-    return path.starts_with("\\\\") ? depth < 2 : depth == 0 && isDrive(level);
+    return detail::namesServer(path) ? depth < 2 : depth == 0 && isDrive(level);
+}
+
+bool isFolder(const std::string& path) {
+    bool isDir = false;
+    return FileUtils::exists(path, isDir) && isDir;
+}
+
+void logFolderNotMade(const std::string& path, int error) {
+    core::logf(core::kChannelWarn, "failed to create '%s' : %s", path, textOf(error));
+}
+
+/// Makes a folder unless it is there, perhaps since somebody else has made it just now.
+bool ensureFolder(const std::string& path) {
+    if (isFolder(path))
+        return true;
+    const int error = detail::makeFolder(path);
+    if (error == 0 || (error == EEXIST && isFolder(path)))
+        return true;
+    logFolderNotMade(path, error);
+    return false;
 }
 
 } // namespace
@@ -46,22 +70,18 @@ bool FileUtils::createDir(const std::string& path) {
         core::logf(core::kChannelWarn, "removing trailing / from '%s'", path);
         name.pop_back();
     }
-    std::string error;
-    if (detail::makeFolder(name, error))
-        return true;
-    core::logf(core::kChannelWarn, "failed to create '%s' : %s", name, error);
-    return false;
+    const int error = detail::makeFolder(name);
+    if (error != 0)
+        logFolderNotMade(name, error);
+    return error == 0;
 }
 
 bool FileUtils::createPath(const std::string& path) {
     core::Tokenizer levels(path, {.delimiters = core::CharSet("\\/")});
     size_t depth = 0;
     for (std::string_view level; levels.next(level); ++depth) {
-        if (isRoot(path, level, depth))
-            continue;
         const std::string folder(path.data(), level.data() + level.size());
-        bool isDir = false;
-        if (!(exists(folder, isDir) && isDir) && !createDir(folder))
+        if (!isRoot(path, level, depth) && !ensureFolder(folder))
             return false;
     }
     return true;
@@ -76,17 +96,25 @@ bool FileUtils::renameFile(const std::string& from, const std::string& to) {
 }
 
 std::string FileUtils::createTempFile(const std::string& folder, const std::string& prefix) {
-    std::string path;
+    detail::TempFile file;
+    if (detail::openTempFile(folder, prefix, file))
+        (void)detail::fileCalls->close(file.handle);
+    return file.path;
+}
+
+bool detail::openTempFile(const std::string& folder, const std::string& prefix, TempFile& file) {
     std::string error;
-    if (!folder.empty() && detail::makeTempFile(folder, prefix, path, error))
-        return path;
     if (folder.empty()) // which the systems would take for the root
-        error = std::make_error_code(std::errc::no_such_file_or_directory).message();
+        error = textOf(ENOENT);
+    else if (prefix.find_first_of("\\/") != std::string::npos) // which lead elsewhere
+        error = textOf(EINVAL);
+    else if (makeTempFile(folder, prefix, file, error))
+        return true;
     core::logf(core::kChannelWarn,
                "FileUtils::createTempFile - failed getting temp filename (path='%s', "
                "prefix='%s', err='%s')",
                folder, prefix, error);
-    return {};
+    return false;
 }
 
 } // namespace utl

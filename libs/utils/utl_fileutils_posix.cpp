@@ -65,11 +65,11 @@ PathKind kindOf(std::string_view path) {
     return S_ISDIR(status.st_mode) ? PathKind::Folder : PathKind::File;
 }
 
-bool makeFolder(const std::string& path, std::string& error) {
+int makeFolder(const std::string& path) {
     std::string name;
     if (!core::Wrapper::pathFromUtf8(path, name))
-        return failed(EILSEQ, error);
-    return ::mkdir(name.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0 || failed(errno, error);
+        return EILSEQ;
+    return ::mkdir(name.c_str(), S_IRWXU | S_IRWXG | S_IRWXO) == 0 ? 0 : errno;
 }
 
 bool moveFile(const std::string& from, const std::string& to, std::string& error) {
@@ -83,7 +83,10 @@ bool moveFile(const std::string& from, const std::string& to, std::string& error
     return true;
 }
 
-bool makeTempFile(const std::string& folder, const std::string& prefix, std::string& path,
+// Not two slashes, which mean the root here.
+bool namesServer(std::string_view path) { return path.starts_with("\\\\"); }
+
+bool makeTempFile(const std::string& folder, const std::string& prefix, TempFile& file,
                   std::string& error) {
     std::string name;
     if (!core::Wrapper::pathFromUtf8(folder + prefix, name))
@@ -93,8 +96,7 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, std::str
     const int handle = ::mkostemps(name.data(), sizeof kTempSuffix - 1, O_CLOEXEC);
     if (handle < 0)
         return failed(errno, error);
-    (void)::close(handle);
-    path = stem + name.substr(stem.size()); // in the folder's own spelling
+    file = {stem + name.substr(stem.size()), handle}; // in the folder's own spelling
     return true;
 }
 

@@ -6,6 +6,8 @@
 
 #include <cerrno>
 #include <direct.h>
+#include <fcntl.h>
+#include <io.h>
 #include <string_view>
 #include <sys/stat.h>
 #include <system_error>
@@ -21,6 +23,33 @@ bool failedByErrno(int code, std::string& error) {
 bool failedByLastError(DWORD code, std::string& error) {
     error = core::Wrapper::systemErrorText(code);
     return false;
+}
+
+constexpr ULONGLONG kPatience = 500; // milliseconds in all
+constexpr DWORD kPause = 20;
+
+/// Whether the error may be gone in a moment: somebody has the file open, perhaps only to
+/// scan it.
+bool mayPass(DWORD code) { return code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED; }
+
+bool isSeparator(char ch) { return ch == '\\' || ch == '/'; }
+
+/// Makes a new file, which must not be there by any name or link, and keeps it open. Others
+/// may read it meanwhile. The runtime's number of it; or -1, with `code` for the reason.
+int createNew(const wchar_t* name, DWORD& code) {
+    HANDLE file = CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                              CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        code = GetLastError();
+        return -1;
+    }
+    const int handle = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_BINARY | _O_NOINHERIT);
+    if (handle < 0) {
+        CloseHandle(file);
+        DeleteFileW(name);
+        code = ERROR_TOO_MANY_OPEN_FILES;
+    }
+    return handle;
 }
 
 /// The three units of it that the call uses, or two where a character would be cut.
@@ -41,11 +70,11 @@ PathKind kindOf(std::string_view path) {
     return (status.st_mode & _S_IFMT) == _S_IFDIR ? PathKind::Folder : PathKind::File;
 }
 
-bool makeFolder(const std::string& path, std::string& error) {
+int makeFolder(const std::string& path) {
     std::wstring name;
     if (!core::Wrapper::pathFromUtf8(path, name))
-        return failedByErrno(EILSEQ, error);
-    return _wmkdir(name.c_str()) == 0 || failedByErrno(errno, error);
+        return EILSEQ;
+    return _wmkdir(name.c_str()) == 0 ? 0 : errno;
 }
 
 bool moveFile(const std::string& from, const std::string& to, std::string& error) {
@@ -53,12 +82,22 @@ bool moveFile(const std::string& from, const std::string& to, std::string& error
     std::wstring target;
     if (!core::Wrapper::pathFromUtf8(from, source) || !core::Wrapper::pathFromUtf8(to, target))
         return failedByErrno(EILSEQ, error);
-    return MoveFileExW(source.c_str(), target.c_str(),
-                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) != 0 ||
-           failedByLastError(GetLastError(), error);
+    const ULONGLONG giveUp = GetTickCount64() + kPatience;
+    while (MoveFileExW(source.c_str(), target.c_str(),
+                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0) {
+        const DWORD code = GetLastError();
+        if (!mayPass(code) || GetTickCount64() >= giveUp)
+            return failedByLastError(code, error);
+        Sleep(kPause);
+    }
+    return true;
 }
 
-bool makeTempFile(const std::string& folder, const std::string& prefix, std::string& path,
+bool namesServer(std::string_view path) {
+    return path.size() >= 2 && isSeparator(path[0]) && isSeparator(path[1]);
+}
+
+bool makeTempFile(const std::string& folder, const std::string& prefix, TempFile& file,
                   std::string& error) {
     std::wstring wideFolder;
     std::wstring widePrefix;
@@ -66,10 +105,24 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, std::str
         !core::Wrapper::pathFromUtf8(prefix, widePrefix))
         return failedByErrno(EILSEQ, error);
     shorten(widePrefix);
-    wchar_t name[MAX_PATH]; // the call takes no longer ones
-    if (GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), 0, name) == 0)
-        return failedByLastError(GetLastError(), error);
-    return core::Wrapper::toUtf8(name, path) || failedByErrno(EILSEQ, error);
+    if (widePrefix.find(L':') != std::wstring::npos) // which names a stream of another file
+        return failedByLastError(ERROR_INVALID_NAME, error);
+    // Asked for number 0 the system would make the file itself, but close it again.
+    constexpr UINT kNumbers = 0xFFFF;
+    const UINT first = static_cast<UINT>(GetTickCount64());
+    for (UINT i = 0; i < kNumbers; ++i) {
+        wchar_t name[MAX_PATH]; // the call takes no longer ones
+        const UINT number = (first + i) % kNumbers + 1;
+        if (GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), number, name) == 0)
+            return failedByLastError(GetLastError(), error);
+        DWORD code = 0;
+        file.handle = createNew(name, code);
+        if (file.handle >= 0)
+            return core::Wrapper::toUtf8(name, file.path) || failedByErrno(EILSEQ, error);
+        if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS)
+            return failedByLastError(code, error);
+    }
+    return failedByLastError(ERROR_FILE_EXISTS, error);
 }
 
 } // namespace utl::detail

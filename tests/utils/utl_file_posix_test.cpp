@@ -3,13 +3,22 @@
 #include "utl_file.h"
 #include "utl_file_calls.h"
 #include "utl_fileutils.h"
+#include "utl_inireader.h"
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <random>
 #include <string>
 
 namespace {
+
+constexpr size_t kTornSize = 100000;
 
 TEST(FilePosix, ChildProcessesInheritNoFile) {
     const test::TempFolder folder;
@@ -31,6 +40,45 @@ TEST(FilePosix, FoldersAndFullDisksAreReported) {
                                          "):size - failed with error 21:Is a directory",
                                      "WARN File(/dev/full):write(0,1,0) - failed with error 28:"
                                      "No space left on device"));
+}
+
+TEST(FilePosix, PipesAreNotWaitedFor) {
+    const test::TempFolder folder;
+    const std::string pipe = folder / "Settings";
+    ASSERT_EQ(mkfifo(pipe.c_str(), S_IRWXU), 0);
+    test::LogRecorder log;
+    utl::IniReader reader;
+    EXPECT_FALSE(reader.load(pipe));
+    EXPECT_THAT(log.take(), testing::ElementsAre("WARN File:openFile(" + pipe +
+                                                 ",1,384) - failed opening : "
+                                                 "Operation not supported"));
+}
+
+/// Stores whole files of one letter each, for ever.
+[[noreturn]] void storeOnAndOn(const std::string& path) {
+    for (char letter = 'a';; letter = letter == 'z' ? 'a' : static_cast<char>(letter + 1)) {
+        const std::string content(kTornSize, letter);
+        (void)utl::File::createFromMemSafe(path, content.data(), content.size());
+    }
+}
+
+// With --gtest_repeat=200 ten thousand times.
+TEST(FilePosix, AKilledStoreTearsNoFile) {
+    const test::TempFolder folder;
+    const std::string path = folder / "Settings";
+    test::writeFile(path, std::string(kTornSize, 'A'));
+    std::mt19937 random(std::random_device{}());
+    for (int kills = 0; kills < 50; ++kills) {
+        const pid_t child = fork();
+        if (child == 0)
+            storeOnAndOn(path);
+        usleep(random() % 3000);
+        ::kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const std::string content = test::readFile(path);
+        ASSERT_EQ(content.size(), kTornSize);
+        ASSERT_EQ(content, std::string(kTornSize, content.front()));
+    }
 }
 
 TEST(FilePosix, OnlyTheFirstLevelCanBeADrive) {

@@ -15,6 +15,7 @@
 #include <filesystem>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 #include <system_error>
 #include <utility>
@@ -38,6 +39,8 @@ public:
     ScriptedCalls() {
         reads = writes = flushes = {};
         sizeToTell = -1;
+        opened.clear();
+        d_calls.open = open;
         d_calls.size = size;
         d_calls.read = read;
         d_calls.write = write;
@@ -53,6 +56,7 @@ public:
     static inline Script writes;
     static inline Script flushes;
     static inline int64_t sizeToTell;
+    static inline std::vector<std::string> opened; // by name
 
 private:
     static constexpr const utl::detail::FileCalls& kSystem = utl::detail::kSystemFileCalls;
@@ -68,6 +72,10 @@ private:
         else
             count = std::min(count, static_cast<size_t>(step));
         return step >= 0;
+    }
+    static int open(const std::string& path, int flags, int mode) {
+        opened.push_back(path);
+        return kSystem.open(path, flags, mode);
     }
     static int64_t size(int file) { return sizeToTell >= 0 ? sizeToTell : kSystem.size(file); }
     static int64_t read(int file, void* buffer, size_t count) {
@@ -119,6 +127,8 @@ TEST_F(FileTest, HonoursFlags) {
         {"create", 2 + 4, kNoFile, "+"},
         {"create an existing one", 2 + 4, "old", "+ld"},
         {"truncate", 2 + 8, "old", "+"},
+        {"truncate, but not write", 1 + 8, "old", "old", EINVAL},
+        {"flush, but not write", 1 + 32, "old", "old"},
         {"exclusive", 2 + 4 + 16, kNoFile, "+"},
         {"exclusive, existing", 2 + 4 + 16, "old", "old", EEXIST},
         {"exclusive without create", 2 + 16, "old", "+ld"},
@@ -189,14 +199,18 @@ TEST_F(FileTest, FailedTransferNamesTheReason) {
     EXPECT_FALSE(file.write("xyz", 3));
     ASSERT_TRUE(file.close());
     ASSERT_TRUE(file.openFile(d_path, File::kWrite));
-    EXPECT_FALSE(file.readInto(buffer, 7));
-    EXPECT_EQ(buffer, "");
+    constexpr size_t kTooMuch = std::numeric_limits<size_t>::max(); // as text -1
+    for (const size_t count : {size_t{7}, kTooMuch}) {
+        EXPECT_FALSE(file.readInto(buffer, count));
+        EXPECT_EQ(buffer, "");
+    }
     EXPECT_FALSE(file.write(uint64_t{1} << 63U, "x", 1)) << "no such place";
     ASSERT_TRUE(file.close());
     uint64_t size = 0;
     EXPECT_FALSE(file.size(size));
     EXPECT_THAT(d_log.take(), ElementsAre(failed("write(2,3,2) - failed", EBADF),
                                           failed("readInto - failed reading 7 bytes", EBADF),
+                                          failed("readInto - failed reading -1 bytes", ENOMEM),
                                           failed("write(9223372036854775808,1,0) - failed", EINVAL),
                                           failed("size - failed", EBADF)));
     EXPECT_EQ(content(), "abc");
@@ -286,7 +300,9 @@ protected:
 };
 
 TEST_F(SafeStore, ReplacesTheWholeFile) {
+    const ScriptedCalls scripted;
     EXPECT_TRUE(store(d_path));
+    EXPECT_THAT(ScriptedCalls::opened, IsEmpty()) << "a name may have come to mean something else";
     EXPECT_EQ(content(), "new");
     EXPECT_TRUE(File::createFromMemSafe(d_path, core::GUniqueBuf(kBytes.data(), 8, 0, 0)));
     EXPECT_EQ(content(), kBytes);

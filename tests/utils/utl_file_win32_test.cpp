@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <io.h>
 #include <string>
+#include <thread>
 
 // What only Windows knows: attributes that refuse, files that are locked while open,
 // and paths with a drive, a share or a prefix in front.
@@ -81,6 +82,27 @@ TEST_F(WindowsFile, FileHeldOpenByAnotherProcessIsNotReplaced) {
     EXPECT_EQ(test::readFile(d_path), "new");
 }
 
+TEST_F(WindowsFile, FileThatIsReadForAMomentIsReplaced) {
+    HANDLE held = CreateFileA(d_path.c_str(), GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    std::thread reader([held] {
+        Sleep(100);
+        CloseHandle(held);
+    });
+    EXPECT_TRUE(File::createFromMemSafe(d_path, "new", 3));
+    reader.join();
+    EXPECT_EQ(test::readFile(d_path), "new");
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
+TEST_F(WindowsFile, DevicesAndStreamsAreNoFiles) {
+    std::string content;
+    EXPECT_FALSE(File::loadIntoMem("NUL", content));
+    EXPECT_FALSE(File::createFromMemSafe(d_folder / "a:b", "new", 3));
+    EXPECT_THAT(d_log.take(), testing::SizeIs(3));
+    EXPECT_THAT(d_folder.names(), ElementsAre("Settings"));
+}
+
 TEST_F(WindowsFile, OpenFilesAreNotInherited) {
     File file;
     ASSERT_TRUE(file.openFile(d_path, File::kRead));
@@ -118,12 +140,15 @@ TEST_F(WindowsFile, DrivesAndSharesAreNotMade) {
     EXPECT_FALSE(FileUtils::exists("C:\\")) << "looked for without its separator";
     EXPECT_TRUE(FileUtils::createPath("C:\\"));
     EXPECT_FALSE(FileUtils::createPath("Q:\\missing drive\\folder"));
-    EXPECT_TRUE(FileUtils::createPath("\\\\no-such-server\\share"));
-    EXPECT_FALSE(FileUtils::createPath("\\\\no-such-server\\share\\folder\\sub"));
+    for (const std::string share : {"\\\\no-such-server\\share", "//no-such-server/share"}) {
+        EXPECT_TRUE(FileUtils::createPath(share));
+        EXPECT_FALSE(FileUtils::createPath(share + "\\folder\\sub"));
+    }
     const std::string failed = "WARN failed to create '";
     EXPECT_THAT(d_log.take(),
                 ElementsAre(StartsWith(failed + "Q:\\missing drive' : "),
-                            StartsWith(failed + "\\\\no-such-server\\share\\folder' : ")));
+                            StartsWith(failed + "\\\\no-such-server\\share\\folder' : "),
+                            StartsWith(failed + "//no-such-server/share\\folder' : ")));
 }
 
 } // namespace

@@ -11,6 +11,8 @@
 #include <iterator>
 #include <string>
 #include <system_error>
+#include <thread>
+#include <tuple>
 #include <utility>
 
 namespace {
@@ -100,6 +102,18 @@ TEST_F(FileUtilsTest, CreatePathMakesWhatIsMissing) {
     EXPECT_THAT(d_log.take(), ElementsAre(failed, failed));
 }
 
+TEST_F(FileUtilsTest, CreatePathMayMeetAnother) {
+    for (int round = 0; round < 10; ++round) {
+        std::string path = d_folder / std::to_string(round);
+        for (int level = 0; level < 10; ++level)
+            path += "/d";
+        std::thread other([&path] { EXPECT_TRUE(FileUtils::createPath(path)); });
+        EXPECT_TRUE(FileUtils::createPath(path));
+        other.join();
+    }
+    EXPECT_THAT(d_log.take(), IsEmpty());
+}
+
 TEST_F(FileUtilsTest, CreatePathTakesRootsAsGiven) {
     for (const char* root : {"", "/", "\\", "C:", "z:\\", "\\\\server\\share", "\\\\server\\"})
         EXPECT_TRUE(FileUtils::createPath(root)) << root;
@@ -156,12 +170,16 @@ TEST_F(FileUtilsTest, FailedTempFileIsEmptyText) {
     const std::string missing = d_folder / "missing";
     const std::string failed = "WARN FileUtils::createTempFile - failed getting temp filename ";
     EXPECT_EQ(FileUtils::createTempFile(missing, "Settings"), "");
-    EXPECT_EQ(FileUtils::createTempFile("", "Settings"), "");
-    const std::string reason = std::generic_category().message(ENOENT);
-    EXPECT_THAT(
-        d_log.take(),
-        ElementsAre(StartsWith(failed + "(path='" + missing + "', prefix='Settings', err='"),
-                    failed + "(path='', prefix='Settings', err='" + reason + "')"));
+    EXPECT_THAT(d_log.take(), ElementsAre(StartsWith(failed + "(path='" + missing +
+                                                     "', prefix='Settings', err='")));
+    const std::tuple<std::string, std::string, int> rows[] = {
+        {"", "Settings", ENOENT}, {missing, "../x", EINVAL}, {d_folder / "", "a\\b", EINVAL}};
+    for (const auto& [folder, prefix, error] : rows) {
+        EXPECT_EQ(FileUtils::createTempFile(folder, prefix), "");
+        EXPECT_THAT(d_log.take(),
+                    ElementsAre(failed + "(path='" + folder + "', prefix='" + prefix + "', err='" +
+                                std::generic_category().message(error) + "')"));
+    }
     EXPECT_THAT(d_folder.names(), IsEmpty());
 }
 
