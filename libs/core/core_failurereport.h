@@ -40,8 +40,8 @@ struct ReportContext {
     int64_t time = 0;    ///< core::now()
 };
 
-/// An XML document of one `assert` element, well-formed whatever the texts hold, that
-/// fits into one datagram. What is too long is cut and ends in "...": a message after
+/// An XML document of one `assert` element, well-formed whatever the texts hold, since all
+/// of them are escaped, that fits into one datagram. What is too long is cut and ends in "...": a message after
 /// 32 KiB, a condition after 8 KiB, other texts after 1 KiB, and the backtrace when
 /// there is no more room.
 std::string assertDocument(const FailureReport& report, const ReportContext& context);

@@ -62,6 +62,8 @@ bool SmartSocket::create(int32_t family, int32_t type, int32_t protocol, uint32_
 }
 
 bool SmartSocket::setReuseAddr() {
+    if (!CHECKF(isOpen()))
+        return false;
     const bool set = d_calls->setReuseAddr(d_handle);
     if (!set)
         logFrom(kChannelWarn, "core::SmartSocket::setReuseAddr", "failed to set REUSEADDR");

@@ -12,7 +12,8 @@ const SocketCalls& systemSockets();
 } // namespace detail
 
 /// Owns one socket of the system and closes it at last. Child processes do not inherit
-/// it. Failures are logged on WARN. One thread at a time.
+/// it. Failures are logged on WARN, without the system's reason; a call on a closed socket
+/// is a failed check, and false. One thread at a time.
 class SmartSocket {
 public:
     enum Flags : uint32_t { kNonBlocking = 1, kReuseAddr = 2 };
@@ -29,10 +30,10 @@ public:
     [[nodiscard]] bool create(int32_t family, int32_t type, int32_t protocol, uint32_t flags);
 
     /// Lets other sockets bind to the same address.
-    bool setReuseAddr();
+    [[nodiscard]] bool setReuseAddr();
 
-    /// Lets no call wait. A closed socket is a failed check, and false.
-    bool setNonBlocking();
+    /// Lets no call wait.
+    [[nodiscard]] bool setNonBlocking();
 
     bool isOpen() const { return d_handle != kInvalidSocket; }
     SocketHandle handle() const { return d_handle; }

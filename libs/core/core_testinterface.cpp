@@ -151,8 +151,8 @@ void TestInterface::requestSendLogs(const CheckSite& site) {
         return;
     }
     const TestSettings asked = settings();
-    socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
-                 sendLogsDocument(site, asked.sendAddress));
+    (void)socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
+                       sendLogsDocument(site, asked.sendAddress));
 }
 
 } // namespace core

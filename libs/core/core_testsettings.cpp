@@ -121,7 +121,8 @@ void TestSettings::readEffect(FailureType type, std::string_view key, std::strin
     else if (value == "false" || value == "disable")
         flags &= ~*bit;
     else
-        logAt(kChannelWarn, kUnknownValue);
+        logAt(kChannelWarn, kUnknownValue, nullptr,
+              format("unknown value '%s' of '%s'", value, key).c_str());
 }
 
 } // namespace core

@@ -91,28 +91,34 @@ int32_t Udp4Socket::setReceiveBuffer(int32_t bytes) {
 }
 
 bool Udp4Socket::send(const sockaddr_in& to, const void* data, int32_t length) const {
-    if (!CHECKF_AT(kSendClosed, isOpen()))
-        return false;
-    const auto sent =
-        sendto(systemSocket(d_socket), static_cast<const char*>(data), static_cast<size_t>(length),
-               0, reinterpret_cast<const sockaddr*>(&to), sizeof to);
-    if (sent >= 0)
-        return true;
-    const uint32_t error = detail::lastSocketError();
-    logCallFailed("core::Udp4Socket::send",
-                  format("(%u,%u,%s)", length, ntohs(to.sin_port), addressText(to)), "sendto",
-                  error);
-    return false;
+    // A negative length becomes one that is refused.
+    return sendBytes(to, {static_cast<const char*>(data), static_cast<uint32_t>(length)});
 }
 
 bool Udp4Socket::send(const std::string& ip, uint32_t port, std::string_view data) const {
     sockaddr_in to = endpoint(port);
-    if (!SetSockAddr(to, ip)) {
+    if (!std::in_range<uint16_t>(port) || !SetSockAddr(to, ip)) {
         logFrom(kChannelWarn, "core::Udp4Socket::send", "(%u,%u,%s) - failed to set sockaddr",
                 data.size(), port, ip);
         return false;
     }
-    return send(to, data.data(), static_cast<int32_t>(data.size()));
+    return sendBytes(to, data);
+}
+
+bool Udp4Socket::sendBytes(const sockaddr_in& to, std::string_view data) const {
+    if (!CHECKF_AT(kSendClosed, isOpen()))
+        return false;
+    uint32_t error = detail::kMessageTooLong; // the system's lengths may be shorter than ours
+    if (data.size() <= kMaxLength) {
+        if (sendto(systemSocket(d_socket), data.data(), data.size(), 0,
+                   reinterpret_cast<const sockaddr*>(&to), sizeof to) >= 0)
+            return true;
+        error = detail::lastSocketError();
+    }
+    logCallFailed("core::Udp4Socket::send",
+                  format("(%u,%u,%s)", data.size(), ntohs(to.sin_port), addressText(to)), "sendto",
+                  error);
+    return false;
 }
 
 std::optional<Udp4Socket::Datagram> Udp4Socket::receive() {
@@ -150,8 +156,10 @@ bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string&
     const detail::Membership membership{groupAddress.sin_addr.s_addr,
                                         interfaceAddress.sin_addr.s_addr};
     if (!d_socket.calls().join(d_socket.handle(), membership)) {
+        const uint32_t error = detail::lastSocketError();
         logFrom(kChannelWarn, "core::Udp4Socket::joinMulticastGroup",
-                "(%s) - failed adding membership for interface %s", group, interfaceIp);
+                "(%s) - failed adding membership for interface %s (%u: %s)", group, interfaceIp,
+                error, Wrapper::systemErrorText(error));
         return false;
     }
     d_memberships.push_back(membership);
@@ -184,7 +192,7 @@ bool Udp4Socket::leave(const detail::Membership& membership) const {
 
 int Udp4Socket::close() {
     if (isOpen() && !d_memberships.empty())
-        leaveMulticastGroup(kAnyInterface);
+        (void)leaveMulticastGroup(kAnyInterface);
     d_memberships.clear();
     d_localPort = -1;
     return d_socket.close();

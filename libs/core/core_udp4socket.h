@@ -16,8 +16,9 @@ struct Membership;
 
 /// Sends and receives datagrams over IPv4. Addresses are texts as core::SetSockAddr
 /// takes them, ports are in the computer's byte order. What fails is logged on WARN
-/// with the system's reason; a call on a closed socket is a failed check and does
-/// nothing. One thread at a time, except that any number of threads may send.
+/// with the system's reason, which only opening and leaving a group do not tell; a call
+/// on a closed socket is a failed check and does nothing. One thread at a time, except
+/// that any number of threads may send.
 class Udp4Socket : public Socket {
 public:
     Udp4Socket();
@@ -40,10 +41,11 @@ public:
     /// The port that it is bound to, -1 for none.
     int32_t localPort() const { return d_localPort; }
 
-    /// Sends one datagram of at most kMaxLength bytes.
+    /// Sends one datagram of 0 to kMaxLength bytes to a port from 1 to 65535; others are
+    /// refused.
     static constexpr size_t kMaxLength = 65507;
-    bool send(const sockaddr_in& to, const void* data, int32_t length) const;
-    bool send(const std::string& ip, uint32_t port, std::string_view data) const;
+    [[nodiscard]] bool send(const sockaddr_in& to, const void* data, int32_t length) const;
+    [[nodiscard]] bool send(const std::string& ip, uint32_t port, std::string_view data) const;
 
     struct Datagram {
         std::string data;
@@ -56,17 +58,18 @@ public:
 
     /// Receives what is sent to the group, on the interface with the address given,
     /// until the group is left.
-    bool joinMulticastGroup(const std::string& group, const std::string& interfaceIp);
+    [[nodiscard]] bool joinMulticastGroup(const std::string& group, const std::string& interfaceIp);
 
     /// Leaves the groups that were joined on the interface, with "0.0.0.0" all. False
     /// when the system refused one; none is remembered in either case.
-    bool leaveMulticastGroup(const std::string& interfaceIp);
+    [[nodiscard]] bool leaveMulticastGroup(const std::string& interfaceIp);
 
     /// Leaves all groups first. The system's result, 0 for success; -1 when nothing
     /// was open.
     int close();
 
 private:
+    bool sendBytes(const sockaddr_in& to, std::string_view data) const;
     bool leave(const detail::Membership& membership) const;
 
     std::vector<detail::Membership> d_memberships;

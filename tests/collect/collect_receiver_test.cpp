@@ -69,7 +69,7 @@ TEST(Receiver, ShowsWhatArrivesAndSurvivesTheRest) {
     for (const std::string& datagram :
          {documentOf("<b>one</b>"), std::string(65507, 'x'), std::string(), documentOf("two"),
           core::sendLogsDocument({"a.cpp", 1}, "127.0.0.1")})
-        sender.send("127.0.0.1", port, datagram);
+        EXPECT_TRUE(sender.send("127.0.0.1", port, datagram));
     collector.runUntil([&] { return collector.page().find("two") != std::string::npos; });
     EXPECT_EQ(receiver.counts().reports, 2U);
     EXPECT_EQ(receiver.counts().malformed, 2U);
@@ -85,8 +85,8 @@ TEST(Receiver, EndsAfterOneReportWhereThatIsAsked) {
     core::Udp4Socket sender;
     ASSERT_TRUE(sender.open());
     for (const char* message : {"one", "two"})
-        sender.send("127.0.0.1", static_cast<uint32_t>(collector.receiver.port()),
-                    documentOf(message));
+        EXPECT_TRUE(sender.send("127.0.0.1", static_cast<uint32_t>(collector.receiver.port()),
+                                documentOf(message)));
     collector.loop.run();
     EXPECT_EQ(collector.receiver.counts().reports, 1U);
 }
@@ -112,8 +112,8 @@ void failWhileReceiving(const std::string& address, bool reportsToItself) {
     CHECKF(false, "a fault of the collector's own");
     core::Udp4Socket sender;
     ASSERT_TRUE(sender.open());
-    sender.send("127.0.0.1", static_cast<uint32_t>(collector.receiver.port()),
-                documentOf("of another"));
+    EXPECT_TRUE(sender.send("127.0.0.1", static_cast<uint32_t>(collector.receiver.port()),
+                            documentOf("of another")));
     collector.runUntil([&] { return collector.receiver.counts().reports > 0; });
     EXPECT_EQ(collector.receiver.counts().reports, 1U);
     EXPECT_EQ(collector.table.entries().front().report.message, "of another");

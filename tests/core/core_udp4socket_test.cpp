@@ -76,6 +76,8 @@ TEST(SmartSocket, SetsReuseBeforeNonBlockingAndLeavesNothingOpenOnFailure) {
     EXPECT_FALSE(socket.create(AF_INET, SOCK_DGRAM, 0, kBothFlags));
     EXPECT_THAT(checks.take(), ElementsAre(misuse("core_smartsocket.cpp", 440)));
     EXPECT_THAT(log.take(), testing::Contains("WARN Log at core_smartsocket.cpp:79"));
+    EXPECT_FALSE(socket.setReuseAddr());
+    EXPECT_EQ(checks.take().size(), 1);
 }
 
 TEST(Udp4Socket, OpensOnceAndRefusesToWorkClosed) {
@@ -122,14 +124,21 @@ TEST(Udp4Socket, CarriesDatagramsUpToTheLimit) {
     }
     EXPECT_EQ(receiver.close(), 0);
 
-    EXPECT_FALSE(sender.send("127.0.0.1", port, most + 'x'));
-    EXPECT_FALSE(sender.send("127.0.0", 70000, "four"));
+    // As a length of 32 bits this would be 5.
+    const uint64_t tooLong = sizeof(size_t) > 4 ? (uint64_t{1} << 32U) + 5 : most.size() + 1;
+    const std::string_view beyond(most.data(), static_cast<size_t>(tooLong));
+    EXPECT_FALSE(sender.send("127.0.0.1", port, beyond));
+    EXPECT_FALSE(sender.send("127.0.0.1", 65536 + port, "four"));
+    EXPECT_FALSE(sender.send("127.0.0", port, "four"));
     const std::string function = "WARN core::Udp4Socket::send";
-    EXPECT_THAT(log.take(),
-                ElementsAre(StartsWith(core::format("%s(65508,%u,127.0.0.1) - failed in sendto (",
-                                                    function, port)),
-                            "WARN core::SetSockAddr - invalid ip '127.0.0'",
-                            function + "(4,70000,127.0.0) - failed to set sockaddr"));
+    EXPECT_THAT(
+        log.take(),
+        ElementsAre(
+            StartsWith(core::format("%s(%u,%u,127.0.0.1) - failed in sendto (%u: ", function,
+                                    tooLong, port, core::detail::kMessageTooLong)),
+            core::format("%s(4,%u,127.0.0.1) - failed to set sockaddr", function, 65536 + port),
+            "WARN core::SetSockAddr - invalid ip '127.0.0'",
+            core::format("%s(4,%u,127.0.0) - failed to set sockaddr", function, port)));
 }
 
 TEST(Udp4Socket, LeavesTheGroupsOfAnInterfaceAndAtLastAll) {
@@ -142,15 +151,19 @@ TEST(Udp4Socket, LeavesTheGroupsOfAnInterfaceAndAtLastAll) {
     calls.take();
     EXPECT_TRUE(socket.leaveMulticastGroup("192.0.2.7"));
     EXPECT_EQ(calls.take(), "leave;");
+    calls.failing = "join";
+    EXPECT_FALSE(socket.joinMulticastGroup("239.0.0.1", "127.0.0.1"));
     calls.failing = "leave";
     EXPECT_FALSE(socket.joinMulticastGroup("239.0.0.1", "lo"));
     EXPECT_EQ(socket.close(), 0);
-    EXPECT_EQ(calls.take(), "leave;leave;close;");
+    EXPECT_EQ(calls.take(), "join;leave;leave;close;");
     const std::string function = "WARN core::Udp4Socket::";
     const std::string left = function + "leaveMulticastGroup(239.0.0.1) - failed dropping "
                                         "membership for interface ";
     EXPECT_THAT(log.take(),
-                ElementsAre("WARN core::SetSockAddr - invalid ip 'lo'",
+                ElementsAre(StartsWith(function + "joinMulticastGroup(239.0.0.1) - failed adding "
+                                                  "membership for interface 127.0.0.1 ("),
+                            "WARN core::SetSockAddr - invalid ip 'lo'",
                             function + "joinMulticastGroup(239.0.0.1) - invalid inteface ip 'lo'",
                             left + "127.0.0.1", left + "0.0.0.0"));
 }

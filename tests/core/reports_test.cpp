@@ -39,7 +39,7 @@ public:
     }
     /// Files what has come since the last time; a datagram of its own marks the end.
     void file() {
-        d_socket.send("127.0.0.1", static_cast<uint32_t>(d_socket.localPort()), "end");
+        EXPECT_TRUE(d_socket.send("127.0.0.1", static_cast<uint32_t>(d_socket.localPort()), "end"));
         for (std::string data; (data = d_socket.receive()->data) != "end";)
             test::writeFile(std::to_string(++d_count), data);
     }

@@ -139,7 +139,8 @@ TEST(PollLoop, WaitsForSocketsTimersAndOtherThreads) {
     Owner owner([&](Owner& self, int64_t) {
         if (self.activeTimers() == 1) {
             self.killTimer(1);
-            sender.send("127.0.0.1", static_cast<uint32_t>(receiver.localPort()), "hello");
+            EXPECT_TRUE(
+                sender.send("127.0.0.1", static_cast<uint32_t>(receiver.localPort()), "hello"));
         } else if (const auto datagram = receiver.receive()) {
             received = datagram->data;
             stopper = std::thread([&] { loop.stop(); });

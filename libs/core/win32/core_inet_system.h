@@ -14,6 +14,8 @@ using ReceiveTimeout = DWORD;
 /// The option that sets a receive buffer of any size, for programs that may.
 inline constexpr int kUnlimitedReceiveBuffer = SO_RCVBUF;
 
+inline constexpr uint32_t kMessageTooLong = WSAEMSGSIZE;
+
 inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
     return static_cast<DWORD>(milliseconds);
 }
