@@ -16,6 +16,7 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include <limits>
 #include <memory>
 #include <string>
 
@@ -36,14 +37,20 @@ struct Connection {
     bool operator==(const Connection&) const = default;
 };
 
-/// The two fields of the dialog, which owns them.
+/// All of it: Qt takes a byte order mark at the beginning for none of the text.
+QString fieldText(const std::string& value) { return QString::fromStdString(' ' + value).mid(1); }
+
+/// The two fields of the dialog, which owns them. They hold what the file does, however
+/// long: what they cut would count as a change.
 struct Fields {
-    explicit Fields(QDialog* dialog)
-        : address(new QLineEdit(dialog)), port(new QLineEdit(dialog)) {}
+    explicit Fields(QDialog* dialog) : address(new QLineEdit(dialog)), port(new QLineEdit(dialog)) {
+        address->setMaxLength(std::numeric_limits<int>::max());
+        port->setMaxLength(std::numeric_limits<int>::max());
+    }
 
     void show(const Connection& connection) const {
-        address->setText(QString::fromStdString(connection.address));
-        port->setText(QString::fromStdString(connection.port));
+        address->setText(fieldText(connection.address));
+        port->setText(fieldText(connection.port));
     }
     Connection entered() const {
         return {address->text().toStdString(), port->text().toStdString()};

@@ -106,6 +106,15 @@ TEST_F(Configure, ShowsWhatIsStoredAndStoresAndLogsWhatWasEntered) {
                                         "'Tür→北 7٨٠'"));
 }
 
+TEST_F(Configure, LeavesTheFileAloneWhateverItHolds) {
+    const std::string settings = folder / "Quorvane/Orvistrand/Settings";
+    std::filesystem::create_directories(folder / "Quorvane/Orvistrand");
+    const std::string content = "[NVR]\nAddress=\xEF\xBB\xBF" + std::string(1000000, 'x') + "\n";
+    test::writeFile(settings, content);
+    run([](const Window& window) { QTest::keyClicks(window.port, "8\b"); });
+    EXPECT_EQ(test::readFile(settings), content);
+}
+
 TEST_F(Configure, GrowsBetweenTheFieldsAndTheTrailingButtons) {
     run([](const Window& window) {
         window.dialog->resize(window.dialog->sizeHint() + QSize(200, 100));
