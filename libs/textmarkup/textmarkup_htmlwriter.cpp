@@ -80,7 +80,8 @@ void HtmlWriter::element(std::string_view name, std::string_view text,
 }
 
 void HtmlWriter::text(std::string_view text) {
-    if (!d_open.empty() && isRawTextElement(d_open.back()))
+    const HtmlContent content = d_open.empty() ? HtmlContent::Markup : contentOf(d_open.back());
+    if (content == HtmlContent::Raw || content == HtmlContent::Script)
         appendRawText(d_text, text, d_open.back());
     else
         appendEscaped(d_text, text, Whitespace::KeepReturns);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "textmarkup_htmlreader.h"
 #include "textmarkup_jsonreader.h"
 #include "textmarkup_xmlreader.h"
 
@@ -7,14 +8,15 @@
 
 namespace test {
 
-/// What a reader tells about a document, in short: `<a x="1">`, `</a>`, texts in
-/// brackets, and the error last.
-inline std::string traceXml(const std::string& document, const textmarkup::Limits& limits = {}) {
+/// What a reader of tags tells about a document, in short: `<a x="1">`, `</a>`, texts in
+/// brackets; or the error.
+template <typename Reader>
+std::string traceTags(const std::string& document, const textmarkup::Limits& limits) {
     using textmarkup::Event;
-    textmarkup::XmlReader reader(document, limits);
+    Reader reader(document, limits);
     std::string trace;
     for (;;) {
-        switch (const Event event = reader.next(); event) {
+        switch (reader.next()) {
         case Event::StartElement:
             trace.append("<").append(reader.name());
             for (const auto& [name, value] : reader.attributes())
@@ -33,10 +35,25 @@ inline std::string traceXml(const std::string& document, const textmarkup::Limit
         case Event::Instruction:
             trace.append("<?").append(reader.name()).append(" ").append(reader.text()).append("?>");
             break;
+        case Event::DocumentType:
+            trace.append("<!").append(reader.text()).append(">");
+            break;
+        case Event::End:
+            return trace;
         default:
-            return event == Event::Error ? reader.error().text() : trace;
+            if constexpr (requires { reader.error(); })
+                return reader.error().text();
+            return "not an event of HTML";
         }
     }
+}
+
+inline std::string traceXml(const std::string& document, const textmarkup::Limits& limits = {}) {
+    return traceTags<textmarkup::XmlReader>(document, limits);
+}
+
+inline std::string traceHtml(const std::string& document, const textmarkup::Limits& limits = {}) {
+    return traceTags<textmarkup::HtmlReader>(document, limits);
 }
 
 /// The value without blanks, strings in single quotes and names in none; or the error.

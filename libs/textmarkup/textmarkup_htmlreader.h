@@ -1,0 +1,112 @@
+#pragma once
+
+#include "textmarkup_attributes.h"
+#include "textmarkup_cursor.h"
+#include "textmarkup_gathered.h"
+#include "textmarkup_htmlelements.h"
+#include "textmarkup_htmlreferences.h"
+#include "textmarkup_reader.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace textmarkup {
+
+/// Reads HTML in UTF-8 as browsers cut it into tags, texts and comments. There are no
+/// errors: whatever a text holds, it is read, and each StartElement has its EndElement.
+///
+/// Names of elements and attributes come in lower case. Elements end where browsers end
+/// them: void ones at once, `p`, `li`, `td` and their like before what cannot stand in
+/// them, the others in an element with the element; an end tag that closes nothing does
+/// not come, nor a tag that the document ends in. Unlike browsers, this adds no `html`,
+/// `head`, `body` and `tbody`, and opens nothing again: of `<b><i></b></i>` the last
+/// tag closes nothing.
+///
+/// Text comes without references; in `script`, `style` and their like as it is. One text
+/// may come in pieces. Bytes that are no UTF-8, and NUL, become U+FFFD. Beyond the limits
+/// texts come in more pieces, values and comments are cut, attributes are left out, and
+/// an element ends before one that would stand too deep.
+///
+/// What the accessors return is valid until the next call of `next`, and as long as the
+/// document; most are slices of it.
+class HtmlReader {
+public:
+    explicit HtmlReader(std::string_view document, const Limits& limits = {});
+    HtmlReader(const HtmlReader&) = delete;
+    HtmlReader& operator=(const HtmlReader&) = delete;
+
+    /// Never Event::Error.
+    Event next();
+
+    /// Of the element.
+    std::string_view name() const;
+
+    /// Of Text and Comment; of DocumentType what follows the word.
+    std::string_view text() const { return d_text.view(); }
+
+    /// Of StartElement; of attributes with the same name the first.
+    Attributes attributes() const { return Attributes(d_attributes); }
+
+    /// How many elements are open, one that starts or ends now among them.
+    size_t depth() const { return d_open.size(); }
+
+    /// Where the event begins in the document, in bytes; of an EndElement without tag,
+    /// where it became necessary.
+    size_t offset() const { return d_start; }
+
+private:
+    // They yield whether there is an event.
+    bool read();
+    bool readText(size_t end, const ReferenceIn* place);
+    bool readMarkup();
+    bool readComment();
+    bool readUntilBracket(Event event);
+
+    // They only prepare events.
+    void readStartTag();
+    void readEndTag();
+    void closeBefore(std::string_view element);
+    Event start();
+    Event end();
+
+    // False when the document ends before the tag does.
+    bool readTag();
+    bool readAttribute();
+    bool readValue(Gathered& value);
+
+    size_t nextMarkup() const;
+    bool isMarkupAt(size_t at) const;
+    size_t contentEnd() const;
+    size_t scriptEnd() const;
+    bool isTagAt(size_t at, std::string_view opening, std::string_view name) const;
+    bool isIn(std::string_view element) const;
+    void skipLineEnd();
+
+    void gather(size_t end, const PlainBytes& plain, const ReferenceIn* place, Gathered& out);
+    size_t gatherOther(std::string_view rest, const ReferenceIn* place, Gathered& out);
+
+    static constexpr size_t kAll = static_cast<size_t>(-1);
+
+    Cursor d_cursor;
+    Limits d_limits;
+    size_t d_start = 0;
+    Event d_event = Event::End;
+
+    std::vector<std::string> d_open;
+    size_t d_closeTo = kAll;                     ///< so many elements are to stay open
+    bool d_startWaits = false;                   ///< for others to end
+    bool d_endsAtOnce = false;                   ///< the element of the latest start tag
+    HtmlContent d_content = HtmlContent::Markup; ///< of the innermost element
+    size_t d_contentEnd = 0;                     ///< unless that is markup
+
+    Gathered d_text;
+    Gathered d_name;                ///< of the latest tag
+    bool d_hasSlash = false;        ///< it has one at its end
+    size_t d_count = 0;             ///< of its attributes, of which these are
+    std::vector<Gathered> d_names;  ///< the names
+    std::vector<Gathered> d_values; ///< and values
+    std::vector<Attribute> d_attributes;
+};
+
+} // namespace textmarkup

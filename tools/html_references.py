@@ -1,0 +1,38 @@
+#!/usr/bin/env python3
+"""Prints libs/textmarkup/textmarkup_htmlreferences.inc: the named references of HTML, as
+Python's standard library has them.
+"""
+import unicodedata
+from html.entities import html5
+
+
+def literal(text):
+    """A C++ string; what is not plainly visible is escaped."""
+    def piece(ch):
+        if ch in "\"\\":
+            return "\\" + ch
+        if unicodedata.category(ch)[0] in "LNPS":
+            return ch
+        return {"\t": "\\t", "\n": "\\n"}.get(ch, f"\\u{ord(ch):04x}")
+    return '"' + "".join(map(piece, text)) + '"'
+
+
+def print_rows(rows, width=96):
+    line = ""
+    for row in rows:
+        if len(line) + len(row) >= width:
+            print(line)
+            line = ""
+        line += row
+    print(line)
+
+
+names = {name.rstrip(";") for name in html5}
+print("// Made by tools/html_references.py. All names, sorted, and what they stand for.")
+print("constexpr NamedReference kReferences[] = {")
+print_rows(f'{{"{name}",{literal(html5[name + ";"])}}},' for name in sorted(names))
+print("};")
+print("// Those that need no semicolon.")
+print("constexpr std::string_view kWithoutSemicolon[] = {")
+print_rows(f'"{name}",' for name in sorted(names) if name in html5)
+print("};")
