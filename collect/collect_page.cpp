@@ -178,13 +178,14 @@ void addDetail(HtmlWriter& page, const char* name, const std::string& text) {
 
 void addStationsOfSite(HtmlWriter& page, const Site& site) {
     openTable(page, "Where it fails",
-              {"Station", "Product", "Version", "Failures", "Total", "First", "Last"});
+              {"Station", "Product", "Version", "Received", "In all", "First", "Last"});
     for (const Entry* entry : site) {
         const Report& report = entry->report;
         page.open("tr");
         page.element("th", report.hostname, {{"scope", "row"}});
-        for (const std::string& text : {report.product, report.swver, failuresText(Sum({entry})),
-                                        std::to_string(entry->total)})
+        for (const std::string& text :
+             {report.product, report.swver, std::to_string(entry->arrived),
+              std::to_string(entry->total)})
             addCell(page, text);
         addTimeCell(page, entry->first);
         addTimeCell(page, entry->last);
@@ -208,7 +209,8 @@ void addSiteSummary(HtmlWriter& page, const Site& site) {
                  {{"class", "headline"}});
     page.text(" ");
     page.open("span", {{"class", "numbers"}});
-    page.text(failuresText(Sum(site)) + " on " + countText(stations.size(), "station", "stations") +
+    page.text(countText(static_cast<uint64_t>(sum.arrived), "failure", "failures") +
+              missingText(sum) + " on " + countText(stations.size(), "station", "stations") +
               ", last ");
     addTime(page, site.front()->last);
     page.close();

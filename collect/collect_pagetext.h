@@ -31,7 +31,7 @@ table{border-collapse:collapse;width:100%;margin:.5rem 0}
 caption{text-align:left;font-size:.9rem}
 th,td{padding:.3rem .8rem .3rem 0;border-top:1px solid var(--line);text-align:left;vertical-align:top}
 thead th{font-weight:600;color:var(--soft);white-space:nowrap}
-tbody th{font-weight:600}
+tbody th{font-weight:600;white-space:nowrap}
 time{white-space:nowrap}
 .backtrace{margin-top:.5rem;margin-bottom:.8rem}
 .backtrace summary{padding-left:0;padding-right:0}
@@ -47,7 +47,7 @@ inline constexpr const char* kScript =
 /// SHA-256 these are. To compute them anew: `openssl dgst -sha256 -binary | base64`.
 inline constexpr const char* kPolicy =
     "default-src 'none'; base-uri 'none'; form-action 'none'; "
-    "style-src 'sha256-QzQ+681dw2AkudQ6zs0UGWkLu6ZDxexA7POiFiDRTpQ='; "
+    "style-src 'sha256-80rafUTPzEm/C3u9yJcOWPHpN7CiZpJW76XWKd9n6Q8='; "
     "script-src 'sha256-tsK5un/knHjsRea0vB989CtT/iwVAb5QIyJqddKyQic='";
 
 } // namespace collect

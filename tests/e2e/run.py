@@ -26,6 +26,8 @@ def parse_arguments():
     parser.add_argument("--list", action="store_true", help="print the scenarios' names")
     parser.add_argument("--tool", type=Path, default=BUILD / "configure" / "configure")
     parser.add_argument("--helper", type=Path, default=BUILD / "tests" / "e2e" / "configure_e2e")
+    parser.add_argument("--collector", type=Path,
+                        default=BUILD / "collect" / "orvistrand-collect")
     parser.add_argument("--common-data", type=Path, default=BUILD / "common-data")
     parser.add_argument("--wine", type=Path, help="a command that runs Windows programs, "
                         "of which the tool is one")
@@ -67,6 +69,7 @@ def main():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     with platform_for(arguments) as platform, Desktop() as desktop:
         scenarios.Scenario.platform = platform
+        scenarios.Scenario.collector = arguments.collector.resolve()
         scenarios.Scenario.desktop = desktop
         result = unittest.TextTestRunner(verbosity=2).run(suite)
     return 0 if result.testsRun and result.wasSuccessful() else 1

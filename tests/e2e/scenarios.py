@@ -107,8 +107,9 @@ class Scenario(unittest.TestCase):
     """A scenario starts with an empty data folder and an empty working directory."""
 
     maxDiff = None
-    desktop = None  # both are set by the runner
+    desktop = None  # these are set by the runner
     platform = None
+    collector = None
 
     def setUp(self):
         recreate(self.platform.common_data)
@@ -358,3 +359,28 @@ class Logging(Scenario):
         # Nothing stands between the new address and port; readers of the log rely on it.
         self.assert_ended(self.run_tool(NEW_ADDRESS, TAB, NEW_PORT, ENTER, helper=shown),
                           "[NORM] NVR connection changed from '10.0.0.1:80' to '10.0.0.281'\n")
+
+
+class Reporting(Scenario):
+    """From a failing check on a station to the page that shows it."""
+
+    def test_a_failure_is_on_the_page_with_its_backtrace(self):
+        collector = self.platform.start(self.desktop, self.work, program=self.collector,
+                                        arguments=["--port", "0", "--once"])
+        self.addCleanup(collector.communicate)
+        self.addCleanup(collector.kill)
+        port = re.fullmatch(r"receiving on 127\.0\.0\.1 port (\d+), showing on (\S+)\r?\n",
+                            collector.stdout.readline())
+        station = self.work / "station"
+        (station / "settings").mkdir(parents=True)
+        (station / "settings" / "testing.ini").write_text(
+            f"[general]\nsend_address 127.0.0.1\nsend_port {port[1]}\n"
+            "[assert]\nsend true\nbacktrace true\n", "ascii")
+        line = self.block_folder()
+        self.assert_ended(self.run_tool(ESCAPE, folder=station), line)
+        result = finish(collector)
+        self.assertEqual((result.status, result.stderr), (0, ""))
+        page = (self.work / port[2]).read_text("utf-8")
+        self.assertIn("<strong>configure.cpp:34</strong>", page)
+        self.assertIn(f"<dd>{self.platform.folder_text}</dd>", page)
+        self.assertRegex(page.split("<pre")[1].split("</pre>")[0], r"configure::main\b")
