@@ -14,7 +14,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using Name = std::pair<uint32_t, uint8_t>; // hash and rest
 
     fuzz::Input input(data, size);
-    utl::detail::HashIndex index(size); // more than there will be names
+    utl::detail::HashIndex index(size + 1, 2); // more than there will be names
+    const auto other = index.addArea(1);
+    const auto area = index.addArea(size);
     std::vector<Name> names;
     std::map<Name, uint32_t> expected;
     const auto named = [&names](const Name& name) {
@@ -27,13 +29,14 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const auto number = static_cast<uint32_t>(names.size());
         names.push_back(name);
         const auto known = expected.find(name);
-        fuzz::require(index.find(name.first, named(name)) ==
+        fuzz::require(index.find(area, name.first, named(name)) ==
                       (known != expected.end() ? std::optional(known->second) : std::nullopt));
-        fuzz::require(index.insert(name.first, number, named(name)) ==
+        fuzz::require(index.insert(area, name.first, number, named(name)) ==
                       expected.emplace(name, number).first->second);
     }
     fuzz::require(index.size() == expected.size());
     for (const auto& [name, number] : expected)
-        fuzz::require(index.find(name.first, named(name)) == number);
+        fuzz::require(index.find(area, name.first, named(name)) == number);
+    fuzz::require(!index.find(other, 0, [](uint32_t) { return true; }));
     return 0;
 }

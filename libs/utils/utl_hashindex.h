@@ -10,29 +10,43 @@
 namespace utl::detail {
 
 /// Finds items that are kept elsewhere, numbered from 0, by the hash of their names.
-/// Made for all items at once, it takes eight bytes for each; a slot's bits that the
+/// Made for all items at once, it takes six bytes for each; a slot's bits that the
 /// number leaves free hold a part of the hash, so that hardly any other name is
-/// looked at. Not for other modules than utl_inireader.
+/// looked at. The slots are split into areas, since items that belong together are found
+/// sooner where they lie together; each item is looked for in its own area alone. Not for
+/// other modules than utl_inireader.
 class HashIndex {
 public:
+    struct Area {
+        uint32_t begin;
+        uint32_t size;
+    };
+
     /// One that can only be assigned to.
     HashIndex() = default;
 
-    /// With room for `count` items, fewer than 2^31.
-    explicit HashIndex(size_t count)
-        : d_numberBits(static_cast<unsigned>(std::bit_width(count))), d_slots(2 * count + 1) {}
+    /// For `count` items in all, fewer than 2^31, in so many areas.
+    HashIndex(size_t count, size_t areas)
+        : d_numberBits(static_cast<unsigned>(std::bit_width(count))) {
+        d_slots.reserve(count + count / 2 + areas);
+    }
+
+    /// Room for `count` more items.
+    Area addArea(size_t count) {
+        const Area area{static_cast<uint32_t>(d_slots.size()),
+                        static_cast<uint32_t>(count + count / 2 + 1)};
+        d_slots.resize(d_slots.size() + area.size);
+        return area;
+    }
 
     size_t size() const { return d_size; }
-
-    /// Starts to fetch what `insert` or `find` will need.
-    void prefetch(uint32_t hash) const { __builtin_prefetch(&d_slots[slotOf(hash)]); }
 
     /// Adds the item unless there is one with the same name, and returns the number of
     /// the one that is in. `same(number)` says whether a number's name is the one that
     /// `hash` was made of.
     template <typename Same>
-    uint32_t insert(uint32_t hash, uint32_t number, Same same) {
-        uint32_t& entry = d_slots[search(hash, same)];
+    uint32_t insert(Area area, uint32_t hash, uint32_t number, const Same& same) {
+        uint32_t& entry = d_slots[search(area, hash, same)];
         if (entry == 0) {
             entry = tagOf(hash) | (number + 1);
             ++d_size;
@@ -41,8 +55,8 @@ public:
     }
 
     template <typename Same>
-    std::optional<uint32_t> find(uint32_t hash, Same same) const {
-        const uint32_t entry = d_slots[search(hash, same)];
+    std::optional<uint32_t> find(Area area, uint32_t hash, const Same& same) const {
+        const uint32_t entry = d_slots[search(area, hash, same)];
         return entry == 0 ? std::nullopt : std::optional(numberOf(entry));
     }
 
@@ -52,25 +66,25 @@ private:
     uint32_t numberMask() const { return (uint32_t{1} << d_numberBits) - 1; }
     uint32_t tagOf(uint32_t hash) const { return hash << d_numberBits; }
     uint32_t numberOf(uint32_t entry) const { return (entry & numberMask()) - 1; }
-    size_t slotOf(uint32_t hash) const {
-        return static_cast<size_t>(uint64_t{hash} * d_slots.size() >> 32);
+    static size_t slotOf(Area area, uint32_t hash) {
+        return area.begin + static_cast<size_t>(uint64_t{hash} * area.size >> 32);
     }
 
     /// The slot of the item, or the free one where it belongs.
     template <typename Same>
-    size_t search(uint32_t hash, Same same) const {
-        size_t slot = slotOf(hash);
+    size_t search(Area area, uint32_t hash, const Same& same) const {
+        size_t slot = slotOf(area, hash);
         for (uint32_t entry = 0; (entry = d_slots[slot]) != 0;) {
             if (((entry ^ tagOf(hash)) & ~numberMask()) == 0 && same(numberOf(entry)))
                 break;
-            if (++slot == d_slots.size())
-                slot = 0;
+            if (++slot == size_t{area.begin} + area.size)
+                slot = area.begin;
         }
         return slot;
     }
 
     unsigned d_numberBits = 0;
-    std::vector<uint32_t> d_slots; // half of them free
+    std::vector<uint32_t> d_slots; // a third of them free
     size_t d_size = 0;
 };
 

@@ -12,11 +12,16 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <new>
 #include <optional>
 #include <utility>
 #include <vector>
+
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace utl {
 namespace {
@@ -40,28 +45,40 @@ constexpr auto kKinds = [] {
 
 Kind kindOf(char ch) { return kKinds[static_cast<uint8_t>(ch)]; }
 
-const char* skip(const char* pos, const char* end, Kind kind) {
-    while (pos != end && kindOf(*pos) == kind)
-        ++pos;
-    return pos;
+constexpr size_t kBlock = 64;
+
+// Lines are read by the few bytes that are not just text, which are found many at a time.
+#ifdef __SSE2__
+template <char... characters>
+uint32_t findAny(const char* sixteen) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(sixteen));
+    __m128i found = _mm_setzero_si128();
+    ((found = _mm_or_si128(found, _mm_cmpeq_epi8(bytes, _mm_set1_epi8(characters)))), ...);
+    return static_cast<uint32_t>(_mm_movemask_epi8(found));
 }
 
-const char* endOfLine(const char* pos, const char* end) {
-    while (pos != end && kindOf(*pos) != Kind::LineEnd)
-        ++pos;
-    return pos;
+/// A bit for each byte of a block that is not just text.
+uint64_t findSpecial(const char* block) {
+    uint64_t found = 0;
+    for (unsigned i = 0; i < kBlock; i += 16)
+        found |= uint64_t{findAny<'=', ' ', '"', '\'', '#', ';', '\n', '\r'>(block + i)} << i;
+    return found;
 }
+#else
+uint64_t findSpecial(const char* block) {
+    uint64_t found = 0;
+    for (unsigned i = 0; i < kBlock; ++i)
+        found |= uint64_t{kindOf(block[i]) != Kind::Text} << i;
+    return found;
+}
+#endif
 
 std::string_view slice(const char* begin, const char* end) {
     return {begin, static_cast<size_t>(end - begin)};
 }
 
-uint32_t hashOf(std::string_view section) {
-    return static_cast<uint32_t>(absl::HashOf(absl::string_view(section.data(), section.size())));
-}
-
-uint32_t hashOf(uint32_t section, std::string_view key) {
-    return static_cast<uint32_t>(absl::HashOf(section, absl::string_view(key.data(), key.size())));
+uint32_t hashOf(std::string_view name) {
+    return static_cast<uint32_t>(absl::HashOf(absl::string_view(name.data(), name.size())));
 }
 
 /// A line's first words: all of it that counts.
@@ -69,21 +86,6 @@ struct Words {
     size_t count = 0;
     std::array<std::string_view, 2> word;
 };
-
-/// The words of a line without quotes, which most are. Where it stopped, which is
-/// behind the words, or null when it met a quote before.
-const char* scanPlainLine(const char* pos, const char* end, Words& words) {
-    for (words.count = 0; words.count < words.word.size(); ++words.count) {
-        const char* const begin = skip(pos, end, Kind::Delimiter);
-        pos = skip(begin, end, Kind::Text);
-        if (pos != end && kindOf(*pos) == Kind::Quote)
-            return nullptr;
-        if (pos == begin)
-            break;
-        words.word[words.count] = slice(begin, pos);
-    }
-    return pos;
-}
 
 /// The part of a line before its comment. Any quote character opens or closes,
 /// whatever opened: the words' own quoting is stricter.
@@ -106,13 +108,68 @@ void scanQuotedLine(std::string_view line, Words& words) {
         ++words.count;
 }
 
-/// Stores the words of the line at `pos` and returns its end.
-const char* scanLine(const char* pos, const char* end, Words& words) {
-    if (const char* const behind = scanPlainLine(pos, end, words))
-        return endOfLine(behind, end);
-    const char* const lineEnd = endOfLine(pos, end);
-    scanQuotedLine(slice(pos, lineEnd), words);
-    return lineEnd;
+/// Reads lines one after the other, by the bytes that are not just text.
+class LineScanner {
+public:
+    LineScanner(const char* pos, const char* end) : d_pos(pos), d_block(pos), d_end(end) {
+        findInBlock();
+    }
+
+    /// Stores the words of the next line. Where it begins, or null when there is none left.
+    const char* next(Words& words);
+
+private:
+    void findInBlock() {
+        const auto left = static_cast<size_t>(d_end - d_block);
+        if (left >= kBlock) {
+            d_special = findSpecial(d_block);
+        } else {
+            char last[kBlock] = {};
+            std::copy_n(d_block, left, last);
+            d_special = findSpecial(last);
+        }
+    }
+    const char* nextSpecial() {
+        while (d_special == 0) {
+            if (static_cast<size_t>(d_end - d_block) <= kBlock)
+                return d_end;
+            d_block += kBlock;
+            findInBlock();
+        }
+        const char* const special = d_block + std::countr_zero(d_special);
+        d_special &= d_special - 1;
+        return special;
+    }
+
+    const char* d_pos;
+    const char* d_block; // of which d_special has the bytes that are still ahead
+    const char* const d_end;
+    uint64_t d_special;
+};
+
+const char* LineScanner::next(Words& words) {
+    const char* const begin = d_pos;
+    const char* word = begin;
+    bool quoted = false;
+    words.count = 0;
+    for (size_t wanted = words.word.size();;) {
+        const char* const special = nextSpecial();
+        const Kind kind = special == d_end ? Kind::LineEnd : kindOf(*special);
+        if (words.count < wanted) {
+            quoted = quoted || kind == Kind::Quote;
+            if (special != word)
+                words.word[words.count++] = slice(word, special);
+        }
+        if (kind == Kind::LineEnd) {
+            d_pos = special == d_end ? d_end : special + 1;
+            if (quoted)
+                scanQuotedLine(slice(begin, special), words);
+            return begin != d_end ? begin : nullptr;
+        }
+        if (kind == Kind::Comment)
+            wanted = words.count; // no more, also of quotes
+        word = special + 1;
+    }
 }
 
 /// Says what editors and scripts put into files without being asked, and what hides lines
@@ -145,21 +202,26 @@ bool isHeader(std::string_view word) {
 
 } // namespace
 
-/// The text and, as slices of it, what it says. Filled in two steps: all properties
-/// first, then the indices, which are made for their number.
+/// The text and where its properties and sections begin in it. Filled in two steps: all
+/// properties first, then the indices, which are made for their number. What a property
+/// says is read from its line again, so that the table is small.
 class IniReader::Table {
 public:
     explicit Table(std::string text);
     Table(const Table&) = delete;
     Table& operator=(const Table&) = delete;
 
-    std::string_view text() const { return d_text; }
+    const std::string& text() const { return d_text; }
 
     /// Goes on in the section, which comes into being with its first property.
     void enterSection(std::string_view name);
 
-    /// Adds slices of `text()` to the section.
-    void add(std::string_view key, std::string_view value);
+    /// Adds the property of the line that begins there in `text()` to the section.
+    void add(const char* line, std::string_view key) {
+        d_lines.push_back(offsetOf(line));
+        const bool isShort = key.data() == line && key.size() <= UINT8_MAX;
+        d_keySizes.push_back(isShort ? static_cast<uint8_t>(key.size()) : 0);
+    }
 
     /// After the last `add`: makes all known to `find`, except properties whose section
     /// has the key already, for which it calls `repeated(key, section)`.
@@ -167,122 +229,116 @@ public:
     void buildIndices(Repeated repeated);
 
     size_t size() const { return d_propertyIndex.size(); }
-    bool hasSection(std::string_view name) const { return findSection(name).has_value(); }
+    bool hasSection(std::string_view name) const { return findSection(name) != nullptr; }
     std::optional<std::string_view> find(std::string_view section, std::string_view key) const;
 
 private:
-    struct Slice { // 32 bits are enough, and what keeps the table small
-        uint32_t begin;
-        uint32_t size;
-    };
-    struct Property {
-        Slice key;
-        Slice value;
-        uint32_t section; // its passage until the indices are built
-    };
-    /// What stands below one header. A section goes by its first passage's number.
+    /// What stands below one header. The first one of a name stands for the section.
     struct Passage {
-        std::string_view name;
-        uint32_t section;
+        uint32_t name;
+        uint32_t nameSize;
+        uint32_t begin;       // its first property
+        uint32_t section = 0; // the number of the first one of the name
+        uint32_t count = 0;   // the section's properties
+        detail::HashIndex::Area slots{};
     };
 
-    Slice sliceOf(std::string_view text) const {
-        return {static_cast<uint32_t>(text.data() - d_text.data()),
-                static_cast<uint32_t>(text.size())};
+    uint32_t offsetOf(const char* pos) const { return static_cast<uint32_t>(pos - d_text.data()); }
+    std::string_view nameOf(const Passage& passage) const {
+        return passage.nameSize == 0
+                   ? kFirstSection
+                   : std::string_view(d_text).substr(passage.name, passage.nameSize);
     }
-    std::string_view view(const Slice& slice) const {
-        return {d_text.data() + slice.begin, slice.size};
+    Words wordsOf(uint32_t property) const {
+        Words words;
+        LineScanner(d_text.data() + d_lines[property], d_text.data() + d_text.size()).next(words);
+        return words;
     }
-    bool isInUse(size_t passage) const {
-        return !d_properties.empty() && d_properties.back().section == passage;
+    std::string_view keyOf(uint32_t property) const {
+        const uint8_t size = d_keySizes[property];
+        return size != 0 ? std::string_view(d_text.data() + d_lines[property], size)
+                         : wordsOf(property).word[0];
+    }
+    uint32_t endOf(size_t passage) const {
+        return passage + 1 < d_passages.size() ? d_passages[passage + 1].begin
+                                               : static_cast<uint32_t>(d_lines.size());
     }
     void indexPassages();
-    std::optional<uint32_t> findSection(std::string_view name) const;
+    const Passage* findSection(std::string_view name) const;
     auto hasName(std::string_view name) const {
-        return [this, name](uint32_t passage) { return d_passages[passage].name == name; };
+        return [this, name](uint32_t passage) { return nameOf(d_passages[passage]) == name; };
     }
-    auto hasName(uint32_t section, std::string_view key) const {
-        return [this, section, key](uint32_t number) {
-            const Property& property = d_properties[number];
-            return property.section == section && view(property.key) == key;
-        };
+    auto hasKey(std::string_view key) const {
+        return [this, key](uint32_t property) { return keyOf(property) == key; };
     }
 
     std::string d_text;
     std::vector<Passage> d_passages; // the last one may be without properties
-    std::vector<Property> d_properties;
+    std::vector<uint32_t> d_lines;   // where the properties' lines begin
+    std::vector<uint8_t> d_keySizes; // of keys that begin there, or 0
     detail::HashIndex d_passageIndex;
-    detail::HashIndex d_propertyIndex;
+    detail::HashIndex::Area d_passageSlots{};
+    detail::HashIndex d_propertyIndex; // an area for each section
 };
 
-IniReader::Table::Table(std::string text)
-    : d_text(std::move(text)), d_passages{{kFirstSection, 0}} {
+IniReader::Table::Table(std::string text) : d_text(std::move(text)), d_passages{{0, 0, 0}} {
     constexpr size_t kUsualLine = 16; // a little shorter, since growing is dear
-    d_properties.reserve(d_text.size() / kUsualLine + 1);
+    d_lines.reserve(d_text.size() / kUsualLine + 1);
+    d_keySizes.reserve(d_lines.capacity());
 }
 
 void IniReader::Table::enterSection(std::string_view name) {
-    if (isInUse(d_passages.size() - 1))
-        d_passages.push_back({name, 0});
-    else
-        d_passages.back().name = name;
-}
-
-void IniReader::Table::add(std::string_view key, std::string_view value) {
-    const auto passage = static_cast<uint32_t>(d_passages.size() - 1);
-    d_properties.push_back({sliceOf(key), sliceOf(value), passage});
+    const auto first = static_cast<uint32_t>(d_lines.size());
+    if (d_passages.back().begin == first) // without properties
+        d_passages.pop_back();
+    d_passages.push_back({offsetOf(name.data()), static_cast<uint32_t>(name.size()), first});
 }
 
 void IniReader::Table::indexPassages() {
-    if (!isInUse(d_passages.size() - 1))
+    if (d_passages.back().begin == d_lines.size())
         d_passages.pop_back();
-    d_passageIndex = detail::HashIndex(d_passages.size());
+    d_passageIndex = detail::HashIndex(d_passages.size(), 1);
+    d_passageSlots = d_passageIndex.addArea(d_passages.size());
     for (uint32_t number = 0; number < d_passages.size(); ++number) {
         Passage& passage = d_passages[number];
-        passage.section =
-            d_passageIndex.insert(hashOf(passage.name), number, hasName(passage.name));
+        passage.section = d_passageIndex.insert(d_passageSlots, hashOf(nameOf(passage)), number,
+                                                hasName(nameOf(passage)));
+        d_passages[passage.section].count += endOf(number) - passage.begin;
     }
 }
 
 template <typename Repeated>
 void IniReader::Table::buildIndices(Repeated repeated) {
     indexPassages();
-    const auto count = static_cast<uint32_t>(d_properties.size());
-    d_propertyIndex = detail::HashIndex(count);
-    // In groups, so that the slots of a group are fetched while hashes are made.
-    std::array<uint32_t, 16> hashes;
-    for (uint32_t begin = 0; begin < count; begin += hashes.size()) {
-        const auto end = static_cast<uint32_t>(std::min<size_t>(begin + hashes.size(), count));
-        for (uint32_t number = begin; number < end; ++number) {
-            Property& property = d_properties[number];
-            property.section = d_passages[property.section].section;
-            hashes[number - begin] = hashOf(property.section, view(property.key));
-            d_propertyIndex.prefetch(hashes[number - begin]);
-        }
-        for (uint32_t number = begin; number < end; ++number) {
-            const uint32_t section = d_properties[number].section;
-            const std::string_view key = view(d_properties[number].key);
-            if (d_propertyIndex.insert(hashes[number - begin], number, hasName(section, key)) !=
-                number)
-                repeated(key, d_passages[section].name);
+    d_propertyIndex = detail::HashIndex(d_lines.size(), d_passages.size());
+    for (Passage& passage : d_passages) {
+        if (passage.count != 0)
+            passage.slots = d_propertyIndex.addArea(passage.count);
+    }
+    for (size_t number = 0; number < d_passages.size(); ++number) {
+        const Passage& section = d_passages[d_passages[number].section];
+        for (uint32_t property = d_passages[number].begin; property < endOf(number); ++property) {
+            const std::string_view key = keyOf(property);
+            if (d_propertyIndex.insert(section.slots, hashOf(key), property, hasKey(key)) !=
+                property)
+                repeated(key, nameOf(section));
         }
     }
 }
 
-std::optional<uint32_t> IniReader::Table::findSection(std::string_view name) const {
-    return d_passageIndex.find(hashOf(name), hasName(name));
+const IniReader::Table::Passage* IniReader::Table::findSection(std::string_view name) const {
+    const std::optional<uint32_t> number =
+        d_passageIndex.find(d_passageSlots, hashOf(name), hasName(name));
+    return number ? &d_passages[*number] : nullptr;
 }
 
 std::optional<std::string_view> IniReader::Table::find(std::string_view section,
                                                        std::string_view key) const {
-    const std::optional<uint32_t> known = findSection(section);
-    if (!known)
-        return std::nullopt;
-    const std::optional<uint32_t> number =
-        d_propertyIndex.find(hashOf(*known, key), hasName(*known, key));
-    if (!number)
-        return std::nullopt;
-    return view(d_properties[*number].value);
+    const Passage* const known = findSection(section);
+    const auto property = known != nullptr
+                              ? d_propertyIndex.find(known->slots, hashOf(key), hasKey(key))
+                              : std::nullopt;
+    return property ? std::optional(wordsOf(*property).word[1]) : std::nullopt;
 }
 
 IniReader::IniReader() = default;
@@ -314,16 +370,13 @@ bool IniReader::parse(const char* bytes, size_t size) {
 
 void IniReader::parseOwned(std::string text, const std::string& path) {
     auto table = std::make_unique<Table>(std::move(text));
-    const char* pos = table->text().data();
-    const char* const end = pos + table->text().size();
-    Words words;
-    while ((pos = skip(pos, end, Kind::LineEnd)) != end) {
-        pos = scanLine(pos, end, words);
-        const auto& [key, value] = words.word;
+    LineScanner lines(table->text().data(), table->text().data() + table->text().size());
+    for (Words words; const char* const line = lines.next(words);) {
+        const std::string_view key = words.word[0];
         if (words.count >= 1 && isHeader(key))
             table->enterSection(key.substr(1, key.size() - 2));
         else if (words.count == 2)
-            table->add(key, value);
+            table->add(line, key);
     }
     table->buildIndices([&](std::string_view key, std::string_view section) {
         core::logFrom(core::kChannelWarn, kLoad, "(%s) - duplicate property '%s' in section '%s'",

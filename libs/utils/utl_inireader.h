@@ -22,7 +22,7 @@ namespace utl {
 /// repeated key the first value stays, with a line on WARN for each later one. A
 /// section exists only if it has a property; a later header continues it.
 ///
-/// Takes about two and a half times the file's size in memory, up to eight times for keys
+/// Takes about one and a half times the file's size in memory, up to four times for keys
 /// of a byte or two. Neither copied nor moved; one thread at a time.
 class IniReader {
 public:
