@@ -33,12 +33,6 @@ int complain(int status, const std::string& text) {
     return status;
 }
 
-bool makeFolder(const std::string& folder) {
-    bool isFolder = false;
-    return (utl::FileUtils::exists(folder, isFolder) && isFolder) ||
-           utl::FileUtils::createPath(folder);
-}
-
 int exportKept(const Options& options) {
     const core::DefaultGlobals globals;
     Table table;
@@ -69,7 +63,7 @@ int receiveUntilStopped(const Options& options, core::FileLogImpl* log) {
 
 int receive(const Options& options) {
     core::MasterLogger::setChannelEcho(core::kChannelWarn, true); // for who watches
-    if (!makeFolder(options.folder))
+    if (!utl::FileUtils::createPath(options.folder))
         return complain(kFailed, core::format("cannot make '%s'", options.folder));
     auto* const log = new core::FileLogImpl({.path = options.folder + "/collect.log"});
     const core::Globals globals(log); // which owns it, to its own end

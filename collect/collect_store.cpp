@@ -62,9 +62,7 @@ bool Store::replay(Table& table) {
 }
 
 bool Store::open(const Table& table) {
-    bool isFolder = false;
-    if (!(utl::FileUtils::exists(d_folder, isFolder) && isFolder) &&
-        !utl::FileUtils::createPath(d_folder))
+    if (!utl::FileUtils::createPath(d_folder))
         return false;
     return utl::FileUtils::exists(path()) ? openFile() : begin(table);
 }
