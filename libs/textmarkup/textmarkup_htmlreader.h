@@ -7,6 +7,7 @@
 #include "textmarkup_htmlreferences.h"
 #include "textmarkup_reader.h"
 
+#include <concepts>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -33,6 +34,8 @@ namespace textmarkup {
 class HtmlReader {
 public:
     explicit HtmlReader(std::string_view document, const Limits& limits = {});
+    template <std::same_as<std::string> Temporary>
+    explicit HtmlReader(Temporary&&, const Limits& = {}) = delete; // it would be gone
     HtmlReader(const HtmlReader&) = delete;
     HtmlReader& operator=(const HtmlReader&) = delete;
 

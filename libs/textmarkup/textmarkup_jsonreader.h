@@ -2,6 +2,7 @@
 
 #include "textmarkup_strictreader.h"
 
+#include <concepts>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -23,6 +24,8 @@ namespace textmarkup {
 class JsonReader : public StrictReader {
 public:
     explicit JsonReader(std::string_view document, const Limits& limits = {});
+    template <std::same_as<std::string> Temporary>
+    explicit JsonReader(Temporary&&, const Limits& = {}) = delete; // it would be gone
 
     Event next();
 

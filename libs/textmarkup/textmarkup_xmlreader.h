@@ -3,6 +3,7 @@
 #include "textmarkup_attributes.h"
 #include "textmarkup_strictreader.h"
 
+#include <concepts>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,8 @@ namespace textmarkup {
 class XmlReader : public StrictReader {
 public:
     explicit XmlReader(std::string_view document, const Limits& limits = {});
+    template <std::same_as<std::string> Temporary>
+    explicit XmlReader(Temporary&&, const Limits& = {}) = delete; // it would be gone
 
     Event next();
 

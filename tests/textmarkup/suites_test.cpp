@@ -2,8 +2,8 @@
 // JSONTestSuite (files y_* must be taken, n_* refused, i_* may be either) and James
 // Clark's cases of the W3C XML suite.
 
+#include "markup_traces.h"
 #include "temp_folder.h"
-#include "traces.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "textmarkup_jsonreader.h"
 
-#include "traces.h"
+#include "markup_traces.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #include "textmarkup_xmlreader.h"
 
-#include "traces.h"
+#include "markup_traces.h"
 
 #include <gtest/gtest.h>
 

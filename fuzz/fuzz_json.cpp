@@ -1,0 +1,94 @@
+// What the JSON reader takes, Qt's takes, too, and reads the same; what it reads comes
+// out of the writer, and back, unchanged.
+
+#include "fuzz_input.h"
+#include "markup_peers.h"
+#include "markup_traces.h"
+#include "textmarkup_jsonwriter.h"
+
+#include <sanitizer/lsan_interface.h>
+
+#include <limits>
+#include <string>
+
+namespace {
+
+using textmarkup::Event;
+
+bool isRefused(const std::string& trace) { return trace.starts_with("line "); }
+
+/// Qt takes no numbers beyond a double, keeps halves of surrogate pairs and wants an
+/// object or array.
+bool isForPeers(const std::string& document) {
+    textmarkup::JsonReader reader(document);
+    const Event first = reader.next();
+    if (first != Event::StartObject && first != Event::StartArray)
+        return false;
+    for (Event event = first; event != Event::End; event = reader.next()) {
+        if (event == Event::Number && !reader.toDouble())
+            return false;
+        for (const std::string_view text : {reader.name(), reader.text()}) {
+            if (text.find("\uFFFD") != std::string_view::npos ||
+                text.find('\0') != std::string_view::npos)
+                return false;
+        }
+    }
+    return true;
+}
+
+std::string writtenAgain(const std::string& document) {
+    textmarkup::JsonReader reader(document);
+    textmarkup::JsonWriter writer;
+    for (;;) {
+        switch (reader.next()) {
+        case Event::StartObject:
+            writer.openObject(reader.name());
+            break;
+        case Event::StartArray:
+            writer.openArray(reader.name());
+            break;
+        case Event::EndObject:
+        case Event::EndArray:
+            writer.close();
+            break;
+        case Event::String:
+            writer.member(reader.name(), reader.text());
+            break;
+        case Event::Boolean:
+            writer.member(reader.name(), reader.boolean());
+            break;
+        case Event::Number:
+            if (reader.toInt64().value_or(0) != 0) // -0 is a double
+                writer.member(reader.name(), *reader.toInt64());
+            else
+                writer.member(reader.name(),
+                              reader.toDouble().value_or(std::numeric_limits<double>::infinity()));
+            break;
+        case Event::Null:
+            writer.member(reader.name(), nullptr);
+            break;
+        default:
+            return writer.finish();
+        }
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string document(data, data + size);
+    if (isRefused(test::traceJson(document))) {
+        fuzz::require(!isRefused(test::traceJson(writtenAgain(document))));
+        return 0;
+    }
+    const std::string again = writtenAgain(document);
+    fuzz::require(!isRefused(test::traceJson(again)) && writtenAgain(again) == again);
+    if (isForPeers(document)) {
+        const __lsan::ScopedDisabler qtForgetsRepeatedMembers;
+        textmarkup::JsonReader reader(document);
+        const QJsonValue ours = test::toQt(reader, reader.next());
+        const QJsonDocument qt = QJsonDocument::fromJson(test::bytesOf(document));
+        fuzz::require(qt.isArray() ? ours == qt.array() : ours == qt.object());
+    }
+    return 0;
+}
