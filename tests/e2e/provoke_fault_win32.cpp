@@ -4,16 +4,23 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 
-// Has the main thread of a running program jump to an address, as an overwritten pointer
-// would, so that its fault is one of the program itself:
-//     provoke_fault NAME.exe ADDRESS
+// Does to a running program what faults and strangers do:
+//     provoke_fault NAME.exe ADDRESS      has its main thread jump there, as an overwritten
+//                                         pointer would, so that its fault is its own
+//     provoke_fault NAME.exe load FILE    has it load a library; status 3: it finds none
 
 namespace {
 
+struct Running {
+    DWORD process;
+    DWORD mainThread; // 0: there is no such program
+};
+
 /// The system lists a process's threads in the order of their creation.
-DWORD mainThreadOf(std::string_view program) {
+Running find(std::string_view program) {
     HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPPROCESS | TH32CS_SNAPTHREAD, 0);
     PROCESSENTRY32 process{};
     process.dwSize = sizeof(process);
@@ -26,30 +33,52 @@ DWORD mainThreadOf(std::string_view program) {
     while (found != 0 && thread.th32OwnerProcessID != process.th32ProcessID)
         found = Thread32Next(snapshot, &thread);
     CloseHandle(snapshot);
-    return found != 0 ? thread.th32ThreadID : 0;
+    return {process.th32ProcessID, found != 0 ? thread.th32ThreadID : 0};
 }
 
-bool jump(HANDLE thread, DWORD address) {
-    if (SuspendThread(thread) == static_cast<DWORD>(-1))
+bool jump(DWORD threadId, const char* address) {
+    HANDLE thread = OpenThread(THREAD_ALL_ACCESS, FALSE, threadId);
+    if (thread == nullptr || SuspendThread(thread) == static_cast<DWORD>(-1))
         return false;
     CONTEXT context{};
     context.ContextFlags = CONTEXT_CONTROL;
     bool done = GetThreadContext(thread, &context) != 0;
-    context.Eip = address;
+    context.Eip = std::strtoul(address, nullptr, 0);
     done = done && SetThreadContext(thread, &context) != 0;
-    return ResumeThread(thread) != static_cast<DWORD>(-1) && done;
+    done = ResumeThread(thread) != static_cast<DWORD>(-1) && done;
+    PostThreadMessageW(threadId, WM_NULL, 0, 0); // it may be waiting inside the system
+    CloseHandle(thread);
+    return done;
+}
+
+/// The status of this program. The system's library lies at one place in all programs.
+int load(DWORD processId, std::string library) {
+    HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, FALSE, processId);
+    const std::size_t size = library.size() + 1;
+    void* name = VirtualAllocEx(process, nullptr, size, MEM_COMMIT, PAGE_READWRITE);
+    WriteProcessMemory(process, name, library.c_str(), size, nullptr);
+    HANDLE thread = CreateRemoteThread(process, nullptr, 0,
+                                       reinterpret_cast<LPTHREAD_START_ROUTINE>(LoadLibraryA), name,
+                                       0, nullptr);
+    DWORD module = 0;
+    if (WaitForSingleObject(thread, INFINITE) != WAIT_OBJECT_0 ||
+        GetExitCodeThread(thread, &module) == 0)
+        return 1;
+    CloseHandle(thread);
+    CloseHandle(process);
+    return module != 0 ? 0 : 3;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
-    const DWORD threadId = argc == 3 ? mainThreadOf(argv[1]) : 0;
-    HANDLE thread = threadId != 0 ? OpenThread(THREAD_ALL_ACCESS, FALSE, threadId) : nullptr;
-    if (thread == nullptr || !jump(thread, std::strtoul(argv[2], nullptr, 0))) {
+    const Running running = argc >= 3 ? find(argv[1]) : Running{};
+    int status = 1;
+    if (running.mainThread != 0 && argc == 4 && argv[2] == std::string_view("load"))
+        status = load(running.process, argv[3]);
+    else if (running.mainThread != 0 && argc == 3 && jump(running.mainThread, argv[2]))
+        status = 0;
+    if (status == 1)
         std::fprintf(stderr, "provoke_fault: error %lu\n", GetLastError());
-        return 1;
-    }
-    PostThreadMessageW(threadId, WM_NULL, 0, 0); // it may be waiting inside the system
-    CloseHandle(thread);
-    return 0;
+    return status;
 }
