@@ -98,13 +98,18 @@ install_packages() {
     fi
 }
 
-# build_preset NAME [TARGET...]: configures and builds build/NAME.
+# build_preset NAME [TARGET...] [-- OPTION...]: configures, with the options, and builds
+# build/NAME.
 build_preset() {
-    local preset=$1
+    local preset=$1 targets=()
     shift
+    while [[ $# -gt 0 && $1 != -- ]]; do
+        targets+=("$1")
+        shift
+    done
     say "Building preset $preset"
-    cmake --preset "$preset" --log-level=NOTICE &&
-        cmake --build --preset "$preset" ${1:+--target "$@"}
+    cmake --preset "$preset" --log-level=NOTICE "${@:2}" &&
+        cmake --build --preset "$preset" ${targets[0]:+--target "${targets[@]}"}
 }
 
 # A locale with a decimal comma, which tests ask for and few machines have: it is made

@@ -14,7 +14,11 @@ function(orvistrand_target name)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
         -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wundef -fno-omit-frame-pointer)
     # What __FILE__ says is the same wherever it was built.
-    target_compile_options(${name} PRIVATE -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+    if(ORVISTRAND_RELEASE)
+        orvistrand_release(${name})
+    else()
+        target_compile_options(${name} PRIVATE -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+    endif()
     if(ORVISTRAND_WERROR)
         target_compile_options(${name} PRIVATE -Werror)
     endif()

@@ -132,7 +132,7 @@ cross_build() {
     command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
     logged cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
         -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -gdwarf-4 -fno-omit-frame-pointer \
--fmacro-prefix-map=$source/=" \
+-ffile-prefix-map=$source/= -fdebug-prefix-map=$work/build=." \
         -DCMAKE_TOOLCHAIN_FILE="$repository/tools/windows/i686-w64-mingw32.cmake" \
         -DCMAKE_CXX_STANDARD=20 -DCMAKE_INSTALL_PREFIX="$cache/$step" "${launcher[@]}" "$@" &&
         logged cmake --build "$work/build" &&

@@ -26,7 +26,7 @@ prepare_build() {
     compiler=$(i686-w64-mingw32-g++-posix -dumpfullversion)
     run_step runtime "1 $compiler" 100 "Collecting the compiler's runtime"
     run_step qt "$qt_recipe" "$(qt_megabytes)" "$(qt_title)"
-    run_step abseil "2 $compiler" 500 "Building Abseil for Windows"
+    run_step abseil "3 $compiler" 500 "Building Abseil for Windows"
     run_step googletest "1 $compiler" 300 "Building GoogleTest for Windows"
 }
 

@@ -1,0 +1,70 @@
+# What packages hold: programs that are hardened, and the same wherever and whenever they
+# were built. Target `orvistrand_shipped` builds them all.
+
+option(ORVISTRAND_RELEASE
+    "Harden the programs, and leave the paths and times of this machine out of them" OFF)
+
+file(RELATIVE_PATH toSources "${CMAKE_BINARY_DIR}" "${CMAKE_SOURCE_DIR}")
+string(REGEX REPLACE "([^/])$" "\\1/" toSources "${toSources}")
+
+# orvistrand_release(NAME): what Debian calls hardening=+all, and what of it MinGW has;
+# docs/packaging.md says what is missing there. Sources are named relative to the
+# repository, whether the compiler is given absolute or relative paths.
+function(orvistrand_release name)
+    target_compile_options(${name} PRIVATE -fstack-protector-strong -U_FORTIFY_SOURCE
+        -D_FORTIFY_SOURCE=2 -Wformat -Werror=format-security -Wdate-time
+        -ffile-prefix-map=${toSources}=)
+    if(WIN32)
+        target_compile_options(${name} PRIVATE -ffile-compilation-dir=.)
+        # The archive itself, since the import library beside it needs one more DLL.
+        target_link_options(${name} PRIVATE -l:libssp.a -Wl,-Xlink=-Brepro
+            -Wl,-Xlink=-pdbsourcepath:.)
+    else()
+        target_compile_options(${name} PRIVATE -fstack-clash-protection
+            -ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -fdebug-prefix-map=${CMAKE_BINARY_DIR}=.)
+        target_link_options(${name} PRIVATE -pie -Wl,-z,relro -Wl,-z,now)
+    endif()
+endfunction()
+
+# A PDB holds the command lines of compiler and linker, which therefore get relative paths.
+if(ORVISTRAND_RELEASE AND WIN32)
+    set(launcher "\"${PROJECT_SOURCE_DIR}/tools/windows/relative_paths.sh\" \
+\"${CMAKE_BINARY_DIR}\" \"${CMAKE_SOURCE_DIR}\" ${toSources}")
+    set_property(GLOBAL PROPERTY RULE_LAUNCH_COMPILE "${launcher}")
+    set_property(GLOBAL PROPERTY RULE_LAUNCH_LINK "${launcher}")
+endif()
+
+# orvistrand_ship(NAME [AS LINUX_NAME]): puts program NAME into the packages, without its
+# debug information, which debuggers find by the name of its file.
+add_custom_target(orvistrand_shipped)
+function(orvistrand_ship name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" AS "")
+    if(WIN32)
+        set(program ${name}.exe)
+        set(programFolder .)
+        set(debugFolder .)
+    else()
+        set(program ${arg_AS})
+        set(programFolder bin)
+        set(debugFolder lib/debug/usr/bin)
+    endif()
+    set(folder "${PROJECT_BINARY_DIR}/shipped")
+    add_custom_command(OUTPUT "${folder}/${program}" "${folder}/${program}.debug"
+        DEPENDS ${name}
+        COMMAND ${CMAKE_COMMAND} -E make_directory "${folder}"
+        COMMAND ${CMAKE_COMMAND} -E chdir "${folder}"
+            ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${name}> ${program}.debug
+        COMMAND ${CMAKE_COMMAND} -E chdir "${folder}"
+            ${CMAKE_OBJCOPY} --strip-all --add-gnu-debuglink=${program}.debug
+            $<TARGET_FILE:${name}> ${program}
+        VERBATIM)
+    add_custom_target(${name}_shipped ALL
+        DEPENDS "${folder}/${program}" "${folder}/${program}.debug")
+    add_dependencies(orvistrand_shipped ${name}_shipped)
+    install(PROGRAMS "${folder}/${program}" DESTINATION ${programFolder} COMPONENT tool)
+    install(FILES "${folder}/${program}.debug" DESTINATION ${debugFolder} COMPONENT debug)
+    # Where the program looks for the names and lines of its own stacks.
+    if(ORVISTRAND_PDB)
+        install(FILES $<TARGET_FILE_DIR:${name}>/${name}.pdb DESTINATION symbols COMPONENT tool)
+    endif()
+endfunction()
