@@ -10,7 +10,6 @@ mark_as_advanced(ORVISTRAND_BUILD_TAG ORVISTRAND_BUILD_STAMP ORVISTRAND_BUILD_MO
 
 set(ORVISTRAND_PRODUCT "Orvistrand Configure")
 set(ORVISTRAND_COMPANY "Quorvane")
-set(ORVISTRAND_CONTACT "support@quorvane.invalid" CACHE STRING "Who answers for the packages")
 
 # The version as packages carry it: "2.1-rc1" by the tag of a release candidate, "2.1" by
 # that of a release, the project's by any other.

@@ -2,6 +2,9 @@
 # runs in place and an installer. For Linux: a Debian package. For both: an archive with the
 # debug information.
 
+set(ORVISTRAND_CONTACT "support@quorvane.invalid" CACHE STRING "Who answers for the packages")
+set(ORVISTRAND_URL "https://quorvane.invalid" CACHE STRING "Where the maker is found")
+
 set(CPACK_PACKAGE_NAME orvistrand-configure)
 set(CPACK_PACKAGE_VENDOR "${ORVISTRAND_COMPANY}")
 set(CPACK_PACKAGE_CONTACT "${ORVISTRAND_COMPANY} <${ORVISTRAND_CONTACT}>")
@@ -18,10 +21,18 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXE
 set(licenses /usr/share/common-licenses)
 set(copyrights /usr/share/doc)
 set(notices "${PROJECT_SOURCE_DIR}/packaging/notices")
+set(documents "${PROJECT_SOURCE_DIR}/docs/crashes.md" "${PROJECT_SOURCE_DIR}/docs/reporting.md")
 
 # installAs(FOLDER NAME FILE): installs FILE under another name.
 function(installAs folder name file)
     install(FILES "${file}" DESTINATION "${folder}" RENAME "${name}" COMPONENT tool)
+endfunction()
+
+# debianVersion(RESULT PACKAGE): of what the programs were built from.
+function(debianVersion result package)
+    execute_process(COMMAND dpkg-query -W -f "\${Version}" ${package}
+        OUTPUT_VARIABLE version ERROR_QUIET)
+    set(${result} "${version}" PARENT_SCOPE)
 endfunction()
 
 if(WIN32)
@@ -36,7 +47,19 @@ if(WIN32)
     set(CPACK_ORVISTRAND_PRODUCT "${ORVISTRAND_PRODUCT}")
     set(CPACK_ORVISTRAND_NUMBERS "${PROJECT_VERSION}.0")
     set(CPACK_ORVISTRAND_ICON "${PROJECT_SOURCE_DIR}/configure/resources/configure.ico")
+    set(CPACK_ORVISTRAND_NSIS "${PROJECT_SOURCE_DIR}/packaging/windows")
+    set(CPACK_ORVISTRAND_URL "${ORVISTRAND_URL}")
+    set(CPACK_ORVISTRAND_CONTACT "${ORVISTRAND_CONTACT}")
 
+    # What crashes and reports leave, in the folder in which the program works.
+    install(DIRECTORY DESTINATION dumps COMPONENT tool)
+    install(DIRECTORY DESTINATION files COMPONENT tool)
+    install(FILES ${documents} DESTINATION documents COMPONENT tool)
+    debianVersion(gccVersion gcc-mingw-w64-i686-posix-runtime)
+    debianVersion(mingwVersion mingw-w64-i686-dev)
+    debianVersion(nsisVersion nsis)
+    set(contents contents-windows.json)
+    set(contentsList ${CPACK_PACKAGE_NAME}.spdx.json)
     installAs(. third-party-notices.txt "${notices}/third-party-notices-windows.txt")
     installAs(licenses LGPL-3.txt "${licenses}/LGPL-3")
     installAs(licenses GPL-3.txt "${licenses}/GPL-3")
@@ -61,13 +84,37 @@ Shows the network address and port of the video recorder that the
 Orvistrand integration service connects to, and lets an operator change
 them.")
 
+    string(REGEX REPLACE "^(..)(..)(..)-(..)(..)(..)$" "20\\1-\\2-\\3 \\4:\\5:\\6 UTC"
+        stampTime "${ORVISTRAND_BUILD_STAMP}")
+    # dateOf(RESULT FORMAT): the time of the build.
+    function(dateOf result format)
+        execute_process(COMMAND date -u -d "${stampTime}" "${format}" OUTPUT_VARIABLE date
+            OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+        set(${result} "${date}" PARENT_SCOPE)
+    endfunction()
+    dateOf(packageDate -R)
+    dateOf(packageDay +%F)
+
+    # Where the entry of the menu has the program work.
+    set(ORVISTRAND_WORK_DIR "${ORVISTRAND_COMMON_DATA_DIR}/orvistrand-configure")
     set(linux "${PROJECT_SOURCE_DIR}/packaging/linux")
-    set(documents share/doc/${CPACK_PACKAGE_NAME})
-    installAs(share/applications orvistrand-configure.desktop "${linux}/orvistrand-configure.desktop")
+    set(made "${PROJECT_BINARY_DIR}/packaging")
+    set(papers share/doc/${CPACK_PACKAGE_NAME})
+    foreach(file orvistrand-configure.desktop orvistrand-configure.metainfo.xml postinst postrm)
+        configure_file("${linux}/${file}" "${made}/${file}" @ONLY)
+    endforeach()
+    set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${made}/postinst" "${made}/postrm")
+    set(CPACK_DEBIAN_PACKAGE_DEPENDS passwd)
+    set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${ORVISTRAND_URL}")
+    install(FILES "${made}/orvistrand-configure.desktop" DESTINATION share/applications
+        COMPONENT tool)
+    install(FILES "${made}/orvistrand-configure.metainfo.xml" DESTINATION share/metainfo
+        COMPONENT tool)
+    install(FILES ${documents} DESTINATION ${papers} COMPONENT tool)
     installAs(share/icons/hicolor/scalable/apps orvistrand-configure.svg
         "${PROJECT_SOURCE_DIR}/configure/resources/configure.svg")
-    installAs(${documents} copyright "${linux}/copyright")
-    installAs(${documents} third-party-notices.txt "${notices}/third-party-notices-linux.txt")
+    installAs(${papers} copyright "${linux}/copyright")
+    installAs(${papers} third-party-notices.txt "${notices}/third-party-notices-linux.txt")
 
     # Debian wants these two compressed, without a time in them.
     function(installCompressed folder name file)
@@ -77,13 +124,35 @@ them.")
             OUTPUT_FILE "${result}" COMMAND_ERROR_IS_FATAL ANY)
         install(FILES "${result}" DESTINATION "${folder}" COMPONENT tool)
     endfunction()
-    string(REGEX REPLACE "^(..)(..)(..)-(..)(..)(..)$" "20\\1-\\2-\\3 \\4:\\5:\\6 UTC"
-        packageDate "${ORVISTRAND_BUILD_STAMP}")
-    execute_process(COMMAND date -u -R -d "${packageDate}" OUTPUT_VARIABLE packageDate
-        OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-    installCompressed(${documents} changelog.gz "${linux}/changelog")
+    installCompressed(${papers} changelog.gz "${linux}/changelog")
     installCompressed(share/man/man1 orvistrand-configure.1.gz "${linux}/orvistrand-configure.1")
+    debianVersion(qtVersion libqt5core5a)
+    debianVersion(abslVersion libabsl-dev)
+    debianVersion(elfutilsVersion libdw1)
+    debianVersion(gccVersion libstdc++6)
+    set(contents contents-linux.json)
+    set(contentsList ${papers}/${CPACK_PACKAGE_NAME}.spdx.json)
 endif()
+
+# Last of all: the list of what was installed, and one time for all of it.
+find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
+configure_file("${notices}/${contents}.in" "${PROJECT_BINARY_DIR}/packaging/${contents}" @ONLY)
+set(finish "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tools/finish_package.py")
+set(listing --contents "${PROJECT_BINARY_DIR}/packaging/${contents}" ${contentsList})
+string(JOIN "' '" CPACK_ORVISTRAND_FINISH ${finish} ${listing})
+string(PREPEND CPACK_ORVISTRAND_FINISH "'")
+string(APPEND CPACK_ORVISTRAND_FINISH "'")
+foreach(component tool debug)
+    set(options)
+    if(component STREQUAL tool)
+        set(options ${listing})
+    endif()
+    string(JOIN "\" \"" command ${finish} ${options})
+    install(CODE "set(root \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}\")
+    if(root MATCHES \"/_CPack_Packages/\")
+        execute_process(COMMAND \"${command}\" \"\${root}\" COMMAND_ERROR_IS_FATAL ANY)
+    endif()" COMPONENT ${component})
+endforeach()
 
 set(CPACK_ARCHIVE_DEBUG_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}-debug")
 

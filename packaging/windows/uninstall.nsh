@@ -1,0 +1,82 @@
+; The uninstaller's own part.
+
+; A running program cannot delete its own file, so a copy does it as soon as it can. The
+; copy's remains go when Windows starts next.
+Function RemoveItself
+    GetTempFileName $0
+    Delete $0
+    CopyFiles /SILENT "$EXEPATH" "$0.exe"
+    Exec '"$0.exe" /S /FOLLOW=$INSTDIR'
+FunctionEnd
+
+Function Follow
+    ${For} $1 1 100
+        Sleep 100
+        Delete "$INSTDIR\uninstall.exe"
+        ${IfNot} ${FileExists} "$INSTDIR\uninstall.exe"
+            ${Break}
+        ${EndIf}
+    ${Next}
+    RMDir "$INSTDIR"
+    RMDir "$PROGRAMFILES\${COMPANY}"
+    Delete /REBOOTOK "$EXEPATH"
+    Quit
+FunctionEnd
+
+Function .onInit
+    SetOutPath "$TEMP" ; a current folder cannot be removed
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "/FOLLOW=" $INSTDIR
+    ${IfNot} ${Errors}
+        Call Follow
+    ${EndIf}
+    StrCpy $INSTDIR $EXEDIR
+    ${IfNot} ${Silent}
+        MessageBox MB_OKCANCEL|MB_ICONQUESTION "Remove ${PRODUCT} from $INSTDIR?" IDOK agreed
+        SetErrorLevel ${STATUS_CANCELLED}
+        Quit
+        agreed:
+    ${EndIf}
+FunctionEnd
+
+; A log without a line was made by the installer.
+Function RemoveEmptyLog
+    ClearErrors
+    FileOpen $0 "$INSTDIR\files\dumps.log" r
+    ${IfNot} ${Errors}
+        FileSeek $0 0 END $1
+        FileClose $0
+        ${If} $1 == 0
+            Delete "$INSTDIR\files\dumps.log"
+        ${EndIf}
+    ${EndIf}
+    RMDir "$INSTDIR\files"
+    RMDir "$INSTDIR\dumps"
+FunctionEnd
+
+Section
+    SetShellVarContext all
+    StrCpy $R0 $INSTDIR
+    Call RefuseWhileRunning
+    ClearErrors
+    Call RemoveFiles
+    ${If} ${Errors}
+        MessageBox MB_ICONSTOP "Some files in $INSTDIR cannot be removed. Please try again \
+            when nothing uses them." /SD IDOK
+        SetErrorLevel ${STATUS_REFUSED}
+        Quit
+    ${EndIf}
+    Call RemoveEmptyLog
+    Call RemoveFolders
+    Delete "$SMPROGRAMS\${COMPANY}\${PRODUCT}.lnk"
+    RMDir "$SMPROGRAMS\${COMPANY}"
+    DeleteRegKey HKLM "${UNINSTALL_KEY}"
+    ; With _?= it stays, for an installer that removes it when it has ended.
+    ${GetParameters} $0
+    ClearErrors
+    ${GetOptions} $0 "_?=" $1
+    ${If} ${Errors}
+        Call RemoveItself
+    ${EndIf}
+SectionEnd
