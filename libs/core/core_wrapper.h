@@ -28,8 +28,9 @@ public:
     static FILE* fopen(const std::string& path, const std::string& mode);
 
     /// Deletes a file, also a read-only one: refused access (EACCES) is met by making
-    /// it writable and trying once more. 0, or -1 with errno. After a refusal errno is
-    /// EACCES even when the second try succeeds; a path that is not UTF-8 is EILSEQ.
+    /// it writable (mode 0600, which stays if it cannot be deleted even then) and trying
+    /// once more. 0, or -1 with errno. After a refusal errno is EACCES even when the second
+    /// try succeeds; a path that is not UTF-8 is EILSEQ.
     static int unlink(const std::string& path);
 
     /// Whether this thread's `unlink` converts its path from UTF-8, true at start, or
