@@ -3,6 +3,7 @@
 #include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
 
+#include <absl/container/flat_hash_map.h>
 #include <absl/debugging/stacktrace.h>
 #include <absl/debugging/symbolize.h>
 #include <cxxabi.h>
@@ -28,11 +29,21 @@ namespace {
 
 constexpr size_t kDeepestStack = 1024;
 constexpr size_t kLongestName = 1024;
+constexpr size_t kMostPlaces = 4096; // as many as a program's checks are likely to meet
 
 struct Module {
     std::string image;
     uint64_t base;
     uint32_t size;
+
+    bool operator==(const Module&) const = default;
+};
+
+/// What is known of an address; the error is that of the search for its symbol.
+struct Place {
+    StackFrame frame;
+    bool located = false;
+    uint32_t error = 0;
 };
 
 int openModule(Dwfl_Module*, void**, const char* image, Dwarf_Addr, char** path, Elf**) {
@@ -116,8 +127,9 @@ void findLine(Dwfl_Module* module, uintptr_t address, StackFrame& frame) {
 constexpr Dwfl_Callbacks kCallbacks{openModule, findDebugFile, nullptr, nullptr};
 
 /// What libdw knows of this process; made once and kept, since reading debug
-/// information takes far longer than a walk. libdw is not made for several threads,
-/// hence the lock, under which nothing is logged and no check can fail.
+/// information takes far longer than a walk, as are the places found, since the same
+/// ones come again and again. libdw is not made for several threads, hence the lock,
+/// under which nothing is logged and no check can fail.
 class Symbols {
 public:
     static Symbols* instance() {
@@ -128,23 +140,49 @@ public:
     /// Forgets the modules that are not among these.
     std::vector<Module> replaceModules(const std::vector<Module>& modules) {
         const std::lock_guard lock(d_mutex);
-        dwfl_report_begin(d_dwfl);
         std::vector<Module> refused;
+        if (modules == d_modules)
+            return refused;
+        d_places.clear();
+        dwfl_report_begin(d_dwfl);
         std::copy_if(modules.begin(), modules.end(), std::back_inserter(refused),
                      [this](const Module& module) { return !report(module); });
         dwfl_report_end(d_dwfl, nullptr, nullptr);
+        d_modules = refused.empty() ? modules : std::vector<Module>(); // or they are tried again
         return refused;
     }
 
     bool addModule(const Module& module) {
         const std::lock_guard lock(d_mutex);
+        d_modules.clear();
+        d_places.clear();
         dwfl_report_begin_add(d_dwfl);
         return report(module) && dwfl_report_end(d_dwfl, nullptr, nullptr) == 0;
     }
 
-    /// Fills in what is known; false when no module holds the address.
-    bool locate(const char* pointer, StackFrame& frame) {
+    Place locate(const char* address) {
         const std::lock_guard lock(d_mutex);
+        if (const auto known = d_places.find(address); known != d_places.end())
+            return known->second;
+        if (d_places.size() >= kMostPlaces)
+            d_places.clear();
+        Place place;
+        errno = 0;
+        place.located = find(address, place.frame);
+        place.error = static_cast<uint32_t>(errno);
+        return d_places.emplace(address, std::move(place)).first->second;
+    }
+
+private:
+    explicit Symbols(Dwfl* dwfl) : d_dwfl(dwfl) {}
+
+    static Symbols* start() {
+        Dwfl* const dwfl = dwfl_begin(&kCallbacks);
+        return dwfl != nullptr ? new Symbols(dwfl) : nullptr;
+    }
+
+    /// Fills in what is known; false when no module holds the address.
+    bool find(const char* pointer, StackFrame& frame) {
         const auto address = reinterpret_cast<uintptr_t>(pointer);
         frame.function = functionAt(pointer);
         Dwfl_Module* const module = dwfl_addrmodule(d_dwfl, address);
@@ -164,14 +202,6 @@ public:
         return true;
     }
 
-private:
-    explicit Symbols(Dwfl* dwfl) : d_dwfl(dwfl) {}
-
-    static Symbols* start() {
-        Dwfl* const dwfl = dwfl_begin(&kCallbacks);
-        return dwfl != nullptr ? new Symbols(dwfl) : nullptr;
-    }
-
     bool report(const Module& module) {
         return dwfl_report_module(d_dwfl, module.image.c_str(), module.base,
                                   module.base + module.size) != nullptr;
@@ -179,6 +209,8 @@ private:
 
     std::mutex d_mutex;
     Dwfl* const d_dwfl;
+    std::vector<Module> d_modules; // that libdw knows
+    absl::flat_hash_map<const void*, Place> d_places;
 };
 
 int addLoadedModule(dl_phdr_info* info, size_t, void* modules) {
@@ -201,15 +233,12 @@ int addLoadedModule(dl_phdr_info* info, size_t, void* modules) {
 }
 
 StackFrame frameAt(Symbols& symbols, const char* address) {
-    StackFrame frame;
-    errno = 0;
-    const bool located = symbols.locate(address, frame);
-    const auto error = static_cast<uint32_t>(errno);
-    if (frame.function.empty())
-        detail::logNoSymbol(reinterpret_cast<uintptr_t>(address), error);
-    if (!located)
+    Place place = symbols.locate(address);
+    if (place.frame.function.empty())
+        detail::logNoSymbol(reinterpret_cast<uintptr_t>(address), place.error);
+    if (!place.located)
         detail::logNoModuleInfo();
-    return frame;
+    return std::move(place.frame);
 }
 
 [[gnu::noinline]] void* addressInCaller() { return __builtin_return_address(0); }
