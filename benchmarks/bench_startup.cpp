@@ -1,8 +1,9 @@
 // The tool's start beside that of a bare QDialog, with OpenGL as Qt loads it by default and
 // without, and of a GTK dialog (yad): from the start of the process until the X server has
 // seen the first drawing in its window. The processor time until then and the peak memory
-// are counters. Each runs as its user starts it; an environment that names no display server
-// but X11 is expected.
+// are counters. Each runs as its user starts it; a display on X11 is expected.
+//
+//     bench_startup --wine LAUNCHER FOLDER ...    the Windows programs in that folder instead
 
 #include <benchmark/benchmark.h>
 
@@ -47,15 +48,14 @@ public:
         const uint32_t created = XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
         const auto* const screen = xcb_setup_roots_iterator(xcb_get_setup(d_connection)).data;
         xcb_change_window_attributes(d_connection, screen->root, XCB_CW_EVENT_MASK, &created);
-        d_processAtom = atom("_NET_WM_PID");
         xcb_flush(d_connection);
     }
     ~Screen() { xcb_disconnect(d_connection); }
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
-    /// Returns once there is a drawing in a window of the process.
-    void waitForDrawing(pid_t process) {
+    /// Returns once there is a drawing in a window of that class.
+    void waitForDrawing(const std::string& name) {
         for (;;) {
             const Event event(xcb_wait_for_event(d_connection), &std::free);
             const int type = event->response_type & 0x7F;
@@ -63,45 +63,34 @@ public:
                 watch(reinterpret_cast<const xcb_create_notify_event_t&>(*event).window);
             } else if (type == d_damageEvent + XCB_DAMAGE_NOTIFY) {
                 const auto& drawn = reinterpret_cast<const xcb_damage_notify_event_t&>(*event);
-                if (processOf(drawn.drawable) == process)
+                if (classOf(drawn.drawable) == name)
                     return;
             }
         }
     }
 
 private:
-    xcb_atom_t atom(const std::string& name) {
-        const auto request =
-            xcb_intern_atom(d_connection, 0, static_cast<uint16_t>(name.size()), name.data());
-        xcb_intern_atom_reply_t* const reply =
-            xcb_intern_atom_reply(d_connection, request, nullptr);
-        const xcb_atom_t result = reply->atom;
-        std::free(reply);
-        return result;
-    }
-
     void watch(xcb_window_t window) {
         xcb_damage_create(d_connection, xcb_generate_id(d_connection), window,
                           XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
         xcb_flush(d_connection);
     }
 
-    pid_t processOf(xcb_window_t window) {
-        const auto request =
-            xcb_get_property(d_connection, 0, window, d_processAtom, XCB_ATOM_CARDINAL, 0, 1);
-        xcb_get_property_reply_t* const reply =
-            xcb_get_property_reply(d_connection, request, nullptr);
+    std::string classOf(xcb_window_t window) {
+        constexpr uint32_t kLongest = 64; // in words of four bytes
+        const auto request = xcb_get_property(d_connection, 0, window, XCB_ATOM_WM_CLASS,
+                                              XCB_ATOM_STRING, 0, kLongest);
+        const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+            xcb_get_property_reply(d_connection, request, nullptr), &std::free);
         if (reply == nullptr)
-            return 0;
-        const bool given = xcb_get_property_value_length(reply) == sizeof(uint32_t);
-        const uint32_t process = given ? *static_cast<uint32_t*>(xcb_get_property_value(reply)) : 0;
-        std::free(reply);
-        return static_cast<pid_t>(process);
+            return {};
+        const std::string text(static_cast<char*>(xcb_get_property_value(reply.get())),
+                               static_cast<size_t>(xcb_get_property_value_length(reply.get())));
+        return text.c_str(); // of the two strings in it the first
     }
 
     xcb_connection_t* d_connection;
     uint8_t d_damageEvent;
-    xcb_atom_t d_processAtom;
 };
 
 pid_t start(const std::vector<std::string>& command) {
@@ -117,14 +106,15 @@ pid_t start(const std::vector<std::string>& command) {
     return process;
 }
 
-void startOnce(benchmark::State& state, const std::vector<std::string>& command) {
+void startOnce(benchmark::State& state, const std::vector<std::string>& command,
+               const std::string& windowClass) {
     Screen screen;
     double processor = 0;
     double peak = 0;
     for (auto _ : state) {
         const Clock::time_point begin = Clock::now();
         const pid_t process = start(command);
-        screen.waitForDrawing(process);
+        screen.waitForDrawing(windowClass);
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
         kill(process, SIGKILL);
         struct rusage usage {};
@@ -137,9 +127,9 @@ void startOnce(benchmark::State& state, const std::vector<std::string>& command)
     state.counters["memory"] = peak;
 }
 
-void measure(const char* name, std::vector<std::string> command) {
-    benchmark::RegisterBenchmark(name,
-                                 [command](benchmark::State& state) { startOnce(state, command); })
+void measure(const char* name, std::vector<std::string> command, std::string windowClass) {
+    benchmark::RegisterBenchmark(
+        name, [=](benchmark::State& state) { startOnce(state, command, windowClass); })
         ->UseManualTime()
         ->Iterations(1)
         ->Repetitions(kRuns)
@@ -147,18 +137,35 @@ void measure(const char* name, std::vector<std::string> command) {
         ->Unit(benchmark::kMillisecond);
 }
 
+void measureHere() {
+    const auto folder = std::filesystem::canonical("/proc/self/exe").parent_path();
+    const std::string tool = folder.parent_path() / "configure" / "configure";
+    const std::string bare = folder / "bare_dialog";
+    const std::string nobody = "BUS_ADDRESS=unix:path=/nonexistent";
+    measure("Start_core", {tool}, "configure");
+    measure("StartWithDeadBuses_core", {"env", "DBUS_SESSION_" + nobody, "AT_SPI_" + nobody, tool},
+            "configure");
+    measure("Start_QDialog", {bare}, "bare_dialog");
+    measure("Start_QDialogWithoutOpenGL", {"env", "QT_XCB_GL_INTEGRATION=none", bare},
+            "bare_dialog");
+    measure("Start_yad", {"yad", "--form", "--field=NVR IP", "--field=Port"}, "yad");
+}
+
+void measureWindows(const std::string& launcher, const std::string& folder) {
+    measure("StartWine_core", {launcher, folder + "/configure.exe"}, "configure.exe");
+    measure("StartWine_QDialog", {launcher, folder + "/bare_dialog.exe"}, "bare_dialog.exe");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    const auto folder = std::filesystem::canonical("/proc/self/exe").parent_path();
-    const std::string bare = folder / "bare_dialog";
-    measure("Start_core", {folder.parent_path() / "configure" / "configure"});
-    measure("Start_QDialog", {bare});
-    measure("Start_QDialogWithoutOpenGL", {"env", "QT_XCB_GL_INTEGRATION=none", bare});
-    const std::string nobody = "BUS_ADDRESS=unix:path=/nonexistent";
-    measure("StartWithDeadBuses_core", {"env", "DBUS_SESSION_" + nobody, "AT_SPI_" + nobody,
-                                        folder.parent_path() / "configure" / "configure"});
-    measure("Start_yad", {"yad", "--form", "--field=NVR IP", "--field=Port"});
+    if (argc > 3 && std::string(argv[1]) == "--wine") {
+        measureWindows(argv[2], argv[3]);
+        std::copy(argv + 4, argv + argc, argv + 1);
+        argc -= 3;
+    } else {
+        measureHere();
+    }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();
     return 0;

@@ -28,7 +28,7 @@ get_target_property(qtCore Qt5::Core LOCATION)
 cmake_path(GET qtCore PARENT_PATH qtPlugins)
 cmake_path(REPLACE_FILENAME qtPlugins plugins)
 # The folders and files of Qt's plugins, those of tests as well.
-set(toolPlugins platforms/qwindows.dll styles/qwindowsvistastyle.dll imageformats/qico.dll)
+set(toolPlugins platforms/qwindows.dll styles/qwindowsvistastyle.dll)
 set(testPlugins platforms/qoffscreen.dll platforms/qminimal.dll)
 
 install(FILES ${runtimeFiles} DESTINATION . COMPONENT tool)
