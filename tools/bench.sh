@@ -7,26 +7,33 @@ source tools/lib.sh
 
 usage() {
     cat <<'END'
-./bench [--compare COMMIT] [ARGUMENT...]
+./bench [--compare COMMIT] [--windows] [ARGUMENT...]
 
 Prints what was measured beside its peers and its aims, and leaves a picture of that.
   --compare COMMIT  runs the benchmarks of this working tree also with the libraries and the
                     tool of that commit, in turns, and prints both figures and their ratio
+  --windows         measures also the start of the Windows program under Wine
 Arguments go to every benchmark, such as --benchmark_filter=Parse.
 END
 }
 
 before=
-case ${1:-} in
-    --compare)
-        before=$(git rev-parse --verify "${2:?--compare needs a commit}^{commit}")
-        shift 2
-        ;;
-    -h | --help)
-        usage
-        exit 0
-        ;;
-esac
+windows=no
+while [[ $# -gt 0 ]]; do
+    case $1 in
+        --compare)
+            before=$(git rev-parse --verify "${2:?--compare needs a commit}^{commit}")
+            shift
+            ;;
+        --windows) windows=yes ;;
+        -h | --help)
+            usage
+            exit 0
+            ;;
+        *) break ;;
+    esac
+    shift
+done
 
 purposes=(build bench)
 screen=()
@@ -61,6 +68,22 @@ run() {
         --benchmark_out="$reports/$program.$round.json" "$@"
 }
 
+# The Windows program beside the same bare dialog, in one prefix that is up already.
+measure_windows() {
+    tools/windows/prepare.sh
+    cmake --preset win32 --log-level=NOTICE -DORVISTRAND_BUILD_BENCH=ON
+    cmake --build --preset win32 --target configure bare_dialog orvistrand_runtime
+    say "bench_startup, Windows programs"
+    local WINEPREFIX programs=$PWD/build/win32/run
+    WINEPREFIX=$(tools/windows/wine --new-prefix)
+    export WINEPREFIX
+    "${screen[@]}" env -u QT_QPA_PLATFORM build/linux-bench/bench/bench_startup \
+        --wine "$PWD/tools/windows/wine" "$programs" \
+        --benchmark_enable_random_interleaving=true \
+        --benchmark_out="$PWD/$now/bench_startup.windows.json" "$@" || complain "no Wine figures"
+    tools/windows/wine --remove-prefix
+}
+
 now=build/linux-bench/reports/now
 old=build/linux-bench/reports/before
 rm -rf "$now" "$old"
@@ -79,4 +102,5 @@ for file in build/linux-bench/bench/bench_*; do
         done
     fi
 done
+[[ $windows == no ]] || measure_windows "$@"
 tools/ratios.py "$now" ${before:+--before "$old"}
