@@ -35,7 +35,7 @@ class HtmlReader {
 public:
     explicit HtmlReader(std::string_view document, const Limits& limits = {});
     template <std::same_as<std::string> Temporary>
-    explicit HtmlReader(Temporary&&, const Limits& = {}) = delete; // it would be gone
+    explicit HtmlReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
     HtmlReader(const HtmlReader&) = delete;
     HtmlReader& operator=(const HtmlReader&) = delete;
 

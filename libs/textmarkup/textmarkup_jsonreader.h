@@ -25,7 +25,7 @@ class JsonReader : public StrictReader {
 public:
     explicit JsonReader(std::string_view document, const Limits& limits = {});
     template <std::same_as<std::string> Temporary>
-    explicit JsonReader(Temporary&&, const Limits& = {}) = delete; // it would be gone
+    explicit JsonReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
 
     Event next();
 

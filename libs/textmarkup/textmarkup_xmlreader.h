@@ -25,7 +25,7 @@ class XmlReader : public StrictReader {
 public:
     explicit XmlReader(std::string_view document, const Limits& limits = {});
     template <std::same_as<std::string> Temporary>
-    explicit XmlReader(Temporary&&, const Limits& = {}) = delete; // it would be gone
+    explicit XmlReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
 
     Event next();
 
