@@ -79,7 +79,7 @@ Report reportOf(const Members& members) {
 std::string runsText(const std::vector<Run>& runs) {
     std::string text;
     for (const Run& run : runs)
-        text += core::format(text.empty() ? "%s=%d" : " %s=%d", run.sender, run.total);
+        text += core::format("%s%s=%d", text.empty() ? "" : " ", run.sender, run.total);
     return text;
 }
 

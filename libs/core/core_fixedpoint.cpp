@@ -34,7 +34,7 @@ std::string fixedPointText(int64_t value, uint32_t digits) {
     // The sign is written apart, since the whole part of -0.05 has none; the width goes
     // into the format, since `*` is not supported.
     const std::string form = format("%s%%llu.%%0%ullu", value < 0 ? "-" : "", digits);
-    return format(form.c_str(), whole, fraction);
+    return format(runtimeFormat(form.c_str()), whole, fraction);
 }
 
 } // namespace core

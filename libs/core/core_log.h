@@ -22,12 +22,13 @@ inline void logText(Logger& logger, int32_t channel, std::string_view text) {
 /// Formats by core::format and logs, if the channel is enabled. The arguments are
 /// evaluated by the call; where they cost something use CORE_LOGF.
 template <typename... Args>
-void logf(Logger& logger, int32_t channel, const char* format, const Args&... args) {
+void logf(Logger& logger, int32_t channel, FormatString<kFormatKind<Args>...> format,
+          const Args&... args) {
     if (channelEnabled(channel))
         MasterLogger::logText(logger, channel, core::format(format, args...));
 }
 template <typename... Args>
-void logf(int32_t channel, const char* format, const Args&... args) {
+void logf(int32_t channel, FormatString<kFormatKind<Args>...> format, const Args&... args) {
     logf(MasterLogger::defaultLogger(), channel, format, args...);
 }
 
@@ -38,7 +39,8 @@ std::string withFunction(std::string_view function, std::string_view message);
 
 /// logf for a line of the named function.
 template <typename... Args>
-void logFrom(int32_t channel, std::string_view function, const char* format, const Args&... args) {
+void logFrom(int32_t channel, std::string_view function, FormatString<kFormatKind<Args>...> format,
+             const Args&... args) {
     if (channelEnabled(channel))
         logText(channel, withFunction(function, core::format(format, args...)));
 }

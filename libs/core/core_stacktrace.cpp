@@ -49,8 +49,9 @@ std::vector<std::string> detail::stackLines(const std::vector<StackFrame>& frame
 void detail::logNoModule(const std::string& image, const std::string& module, uint64_t base,
                          uint32_t size) {
     // "%d" of a name is itself a reported mismatch; the line is known by this text.
-    logFrom(kChannelNorm, "core::StackTrace::loadModule",
-            "failed to load image=%s module=%d base_addr=%d, size=%d", image, module, base, size);
+    constexpr RuntimeFormat kForm =
+        runtimeFormat("failed to load image=%s module=%d base_addr=%d, size=%d");
+    logFrom(kChannelNorm, "core::StackTrace::loadModule", kForm, image, module, base, size);
 }
 
 void detail::logNoSymbol(uint64_t address, uint32_t error) {

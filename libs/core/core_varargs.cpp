@@ -20,13 +20,29 @@ constexpr CheckSite kNoPlaceholder{"core_varargs.cpp", 35};
 constexpr CheckSite kShortTruncation{"core_varargs.cpp", 65};
 constexpr CheckSite kCountMismatch{"core_varargs.cpp", 462};
 
-// The lines that mismatch messages name, by the routine that refused.
+// The lines that mismatch messages name, by what was refused.
 constexpr int32_t kStringLine = 249;
 constexpr int32_t kPointerLine = 311;
 constexpr int32_t kIntegerLine = 336;
 constexpr int32_t kCharacterLine = 349;
 constexpr int32_t kNoArgumentLine = 480;
 constexpr int32_t kFloatLine = 504;
+
+int32_t mismatchLine(FormatKind kind) {
+    switch (kind) {
+    case FormatKind::Int8:
+        return kCharacterLine;
+    case FormatKind::CString:
+    case FormatKind::Text:
+        return kStringLine;
+    case FormatKind::Pointer:
+        return kPointerLine;
+    case FormatKind::Double:
+        return kFloatLine;
+    default:
+        return kIntegerLine;
+    }
+}
 
 constexpr size_t kStringScanCap = 10000;
 constexpr size_t kNullEstimate = 5;
@@ -37,101 +53,11 @@ constexpr int32_t kMaxFloatPrecision = 1100;
 // A bad format must not exhaust the memory.
 constexpr size_t kMaxPadding = 1'000'000;
 
-enum Flag : uint8_t { kLeft = 1, kZero = 2, kPlus = 4, kSpace = 8, kIgnored = 16, kModifier = 32 };
-
-struct Conversion {
-    const char* format; // the whole format, for messages
-    char letter = '\0';
-    uint32_t flags = 0;
-    int32_t width = 0;
-    int32_t precision = -1;
-};
-
-// What a character between '%' and the letter says; a length modifier ends the flags.
-constexpr auto kFlagOf = [] {
-    std::array<uint8_t, 256> flags{};
-    for (const char modifier : {'h', 'l', 'L', 'j', 't', 'z'})
-        flags[static_cast<uint8_t>(modifier)] = kModifier;
-    flags['-'] = kLeft;
-    flags['0'] = kZero;
-    flags['+'] = kPlus;
-    flags[' '] = kSpace;
-    flags['#'] = kIgnored;
-    return flags;
-}();
-
-uint32_t flagOf(char ch) { return kFlagOf[static_cast<uint8_t>(ch)]; }
-
-uint32_t readFlags(const char*& cursor) {
-    uint32_t flags = 0;
-    for (; (flagOf(*cursor) & ~kModifier) != 0; ++cursor)
-        flags |= flagOf(*cursor);
-    return flags;
-}
-
-// Reads decimal digits; a number too large for the type is its largest value.
-int32_t readNumber(const char*& cursor) {
-    constexpr uint32_t kMax = std::numeric_limits<int32_t>::max();
-    uint32_t value = 0;
-    for (; *cursor >= '0' && *cursor <= '9'; ++cursor)
-        value = value < kMax / 10 ? value * 10 + static_cast<uint32_t>(*cursor - '0') : kMax;
-    return static_cast<int32_t>(value);
-}
-
-// The argument's own type decides its width, so the modifiers only have to go.
-void skipLengthModifier(const char*& cursor) {
-    if (flagOf(*cursor) != kModifier)
-        return;
-    const bool twice = (*cursor == 'h' || *cursor == 'l') && cursor[1] == *cursor;
-    cursor += twice ? 2 : 1;
-}
-
-// `cursor` stands after the '%', and afterwards after the letter; it stays on the
-// terminator of a format that ends within the directive.
-Conversion readConversion(const char* format, const char*& cursor) {
-    Conversion conversion{format};
-    if (*cursor < 'A') { // mostly a bare letter follows
-        conversion.flags = readFlags(cursor);
-        conversion.width = readNumber(cursor);
-        if (*cursor == '.')
-            conversion.precision = readNumber(++cursor);
-    }
-    skipLengthModifier(cursor);
-    conversion.letter = *cursor;
-    if (*cursor != '\0')
-        ++cursor;
-    return conversion;
-}
-
-bool isIntegerLetter(char letter) {
-    switch (letter) {
-    case 'd':
-    case 'i':
-    case 'u':
-    case 'o':
-    case 'x':
-    case 'X':
-        return true;
-    default:
-        return false;
-    }
-}
-
-bool isFloatLetter(char letter) {
-    switch (letter) {
-    case 'f':
-    case 'F':
-    case 'g':
-    case 'G':
-    case 'e':
-    case 'E':
-    case 'a':
-    case 'A':
-        return true;
-    default:
-        return false;
-    }
-}
+using detail::Conversion;
+using detail::kLeft;
+using detail::kPlus;
+using detail::kSpace;
+using detail::kZero;
 
 size_t lengthUpTo(const char* text, size_t cap) {
     const void* const end = std::memchr(text, '\0', cap);
@@ -399,13 +325,17 @@ void putFloat(Output& out, double value, const Conversion& conversion) {
               (conversion.flags & kLeft) != 0);
 }
 
+bool isOneOf(char letter, std::string_view letters) {
+    return letters.find(letter) != std::string_view::npos;
+}
+
 // What stands in the text for an argument that could not be printed.
 void putPlaceholder(Output& out, const Conversion& conversion) {
     Conversion zero = conversion;
-    if (isIntegerLetter(conversion.letter)) {
+    if (isOneOf(conversion.letter, detail::kIntegerLetters)) {
         zero.precision = -1;
         putInteger(out, 0, sizeof(int32_t), zero);
-    } else if (isFloatLetter(conversion.letter)) {
+    } else if (isOneOf(conversion.letter, detail::kFloatLetters)) {
         putFloat(out, 0.0, conversion);
     } else if (conversion.letter == 'c') {
         out.put('?');
@@ -424,76 +354,61 @@ void putPlaceholder(Output& out, const Conversion& conversion) {
     putPlaceholder(out, conversion);
 }
 
-void putIntegerArgument(Output& out, const FormatArg& arg, unsigned size,
-                        const Conversion& conversion) {
-    if (isIntegerLetter(conversion.letter))
-        putInteger(out, arg.integer(), size, conversion);
-    else if (conversion.letter == 'c')
-        putCharacter(out, static_cast<char>(arg.integer()), conversion);
+void putIntegerArgument(Output& out, uint64_t bits, unsigned size, const Conversion& conversion) {
+    if (conversion.letter == 'c')
+        putCharacter(out, static_cast<char>(bits), conversion);
     else
-        refuse(out, conversion, kIntegerLine);
+        putInteger(out, bits, size, conversion);
 }
 
 // Characters are numbers of their own: sign-extended, whatever their type's sign.
-void putCharacterArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
-    const auto byte = static_cast<int32_t>(arg.integer() & 0xFF);
-    const int32_t extended = (byte ^ 0x80) - 0x80;
-    if (conversion.letter == 'c')
-        putCharacter(out, static_cast<char>(arg.integer()), conversion);
-    else if (isIntegerLetter(conversion.letter))
-        putInteger(out, static_cast<uint32_t>(extended), sizeof extended, conversion);
-    else
-        refuse(out, conversion, kCharacterLine);
+uint32_t extendCharacter(uint64_t bits) {
+    const auto byte = static_cast<int32_t>(bits & 0xFF);
+    return static_cast<uint32_t>((byte ^ 0x80) - 0x80);
 }
 
 bool isText(const FormatArg& arg) {
-    return arg.kind() == FormatArg::Kind::CString || arg.kind() == FormatArg::Kind::Text;
+    return arg.kind() == FormatKind::CString || arg.kind() == FormatKind::Text;
 }
 
 inline std::string_view textOf(const FormatArg& arg) {
-    const bool null = arg.kind() == FormatArg::Kind::CString && arg.text() == nullptr;
+    const bool null = arg.kind() == FormatKind::CString && arg.text() == nullptr;
     return null ? "(null)" : std::string_view(arg.text(), arg.length());
 }
 
 void putTextArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
-    if (conversion.letter == 's' || conversion.letter == 'S') {
-        putString(out, textOf(arg), conversion);
-    } else if (conversion.letter == 'p' && arg.kind() == FormatArg::Kind::CString) {
+    if (conversion.letter == 'p')
         putPointer(out, arg.text(), conversion);
-    } else {
-        refuse(out, conversion, kStringLine);
-    }
+    else
+        putString(out, textOf(arg), conversion);
 }
 
+// For a conversion that the argument takes.
 void putArgument(Output& out, const FormatArg& arg, const Conversion& conversion) {
     switch (arg.kind()) {
-    case FormatArg::Kind::Int8:
-        putCharacterArgument(out, arg, conversion);
+    case FormatKind::Int8:
+        putIntegerArgument(out, extendCharacter(arg.integer()), 4, conversion);
         break;
-    case FormatArg::Kind::Int16:
-        putIntegerArgument(out, arg, 2, conversion);
+    case FormatKind::Int16:
+        putIntegerArgument(out, arg.integer(), 2, conversion);
         break;
-    case FormatArg::Kind::Int32:
-        putIntegerArgument(out, arg, 4, conversion);
+    case FormatKind::Int32:
+        putIntegerArgument(out, arg.integer(), 4, conversion);
         break;
-    case FormatArg::Kind::Int64:
-        putIntegerArgument(out, arg, 8, conversion);
+    case FormatKind::Int64:
+        putIntegerArgument(out, arg.integer(), 8, conversion);
         break;
-    case FormatArg::Kind::CString:
-    case FormatArg::Kind::Text:
+    case FormatKind::CString:
+    case FormatKind::Text:
         putTextArgument(out, arg, conversion);
         break;
-    case FormatArg::Kind::Double:
-        if (isFloatLetter(conversion.letter))
-            putFloat(out, arg.real(), conversion);
-        else
-            refuse(out, conversion, kFloatLine);
+    case FormatKind::Double:
+        putFloat(out, arg.real(), conversion);
         break;
-    case FormatArg::Kind::Pointer:
-        if (conversion.letter == 'p')
-            putPointer(out, arg.pointer(), conversion);
-        else
-            refuse(out, conversion, kPointerLine);
+    case FormatKind::Pointer:
+        putPointer(out, arg.pointer(), conversion);
+        break;
+    case FormatKind::None:
         break;
     }
 }
@@ -521,11 +436,13 @@ bool putLiterals(Output& out, const char*& cursor, const char* end) {
 // Out of the loop below, which then keeps to what most directives are.
 [[gnu::noinline]] void putDirective(Output& out, const char* format, const char*& cursor,
                                     const FormatArg* arg) {
-    const Conversion conversion = readConversion(format, cursor);
-    if (arg != nullptr)
-        putArgument(out, *arg, conversion);
-    else
+    const Conversion conversion = detail::readConversion(format, cursor);
+    if (arg == nullptr)
         refuse(out, conversion, kNoArgumentLine);
+    else if (!detail::takes(arg->kind(), conversion.letter))
+        refuse(out, conversion, mismatchLine(arg->kind()));
+    else
+        putArgument(out, *arg, conversion);
 }
 
 // Yields how many conversions the format has.
@@ -553,20 +470,20 @@ size_t estimate(size_t formatLength, const FormatArg* args, size_t count) {
 } // namespace
 
 FormatArg::FormatArg(const char* text)
-    : d_kind(Kind::CString),
+    : d_kind(FormatKind::CString),
       d_text(text),
       d_length(text != nullptr ? lengthUpTo(text, kStringScanCap) : 0) {}
 
 size_t FormatArg::length() const {
-    const bool longer = d_kind == Kind::CString && d_length == kStringScanCap;
+    const bool longer = d_kind == FormatKind::CString && d_length == kStringScanCap;
     return longer ? std::strlen(d_text) : d_length;
 }
 
 size_t FormatArg::estimate() const {
     switch (d_kind) {
-    case Kind::CString:
+    case FormatKind::CString:
         return d_text != nullptr ? d_length : kNullEstimate;
-    case Kind::Text:
+    case FormatKind::Text:
         return d_length;
     default:
         return kNumberEstimate;

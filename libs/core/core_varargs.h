@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core_formatrules.h"
+
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -28,41 +30,26 @@
 ///  - `#` and the length modifiers are accepted and mean nothing; `*` is not supported;
 ///  - a number or text is padded by at most a million characters.
 ///
-/// A mismatch, a missing or a surplus argument is a failed check, after which
-/// formatting goes on with a neutral placeholder: a faulty message never crashes.
+/// A mismatch, a missing or a surplus argument does not compile where the format is a
+/// literal. In a format from elsewhere, which is passed as runtimeFormat(text), it is a
+/// failed check, after which formatting goes on with a neutral placeholder: a faulty
+/// message never crashes.
 namespace core {
-
-namespace detail {
-
-template <typename T>
-concept FormatInteger = std::integral<T> && sizeof(T) <= 8;
-template <typename T>
-concept FormatEnum = std::is_enum_v<T>;
-template <typename T>
-concept FormatText = requires(const T& text) {
-    { text.data() } -> std::convertible_to<const char*>;
-    { text.size() } -> std::convertible_to<size_t>;
-};
-template <typename T>
-concept FormatPointee = (std::is_object_v<T> ||
-                         std::is_void_v<T>)&&!std::is_same_v<std::remove_cv_t<T>, char>;
-
-} // namespace detail
 
 /// One erased argument: a view, valid while the argument it was made from is.
 class FormatArg {
 public:
-    enum class Kind : uint8_t { Int8, Int16, Int32, Int64, Double, CString, Text, Pointer };
-
     template <detail::FormatInteger T>
     constexpr FormatArg(T value)
-        : d_kind(kindOfInteger<T>()), d_integer(static_cast<uint64_t>(value)) {}
+        : d_kind(kFormatKind<T>), d_integer(static_cast<uint64_t>(value)) {}
 
-    template <detail::FormatEnum T>
-    constexpr FormatArg(T value) : FormatArg(static_cast<int32_t>(value)) {}
+    template <typename T>
+    requires std::is_enum_v<T>
+    constexpr FormatArg(T value) : FormatArg(static_cast<std::underlying_type_t<T>>(value)) {}
 
     template <std::floating_point T>
-    constexpr FormatArg(T value) : d_kind(Kind::Double), d_double(static_cast<double>(value)) {}
+    constexpr FormatArg(T value)
+        : d_kind(FormatKind::Double), d_double(static_cast<double>(value)) {}
 
     /// Null is allowed and prints as "(null)".
     FormatArg(const char* text);
@@ -70,14 +57,16 @@ public:
     /// Text with a length of its own; embedded NUL characters are kept.
     template <detail::FormatText T>
     FormatArg(const T& text)
-        : d_kind(Kind::Text), d_text(text.data()), d_length(static_cast<size_t>(text.size())) {}
+        : d_kind(FormatKind::Text),
+          d_text(text.data()),
+          d_length(static_cast<size_t>(text.size())) {}
 
     template <detail::FormatPointee T>
     constexpr FormatArg(T* pointer)
-        : d_kind(Kind::Pointer), d_pointer(const_cast<const std::remove_cv_t<T>*>(pointer)) {}
-    constexpr FormatArg(std::nullptr_t) : d_kind(Kind::Pointer), d_pointer(nullptr) {}
+        : d_kind(FormatKind::Pointer), d_pointer(const_cast<const std::remove_cv_t<T>*>(pointer)) {}
+    constexpr FormatArg(std::nullptr_t) : d_kind(FormatKind::Pointer), d_pointer(nullptr) {}
 
-    Kind kind() const { return d_kind; }
+    FormatKind kind() const { return d_kind; }
     uint64_t integer() const { return d_integer; } ///< zero- or sign-extended bits
     double real() const { return d_double; }
     const char* text() const { return d_text; }
@@ -88,19 +77,7 @@ public:
     size_t estimate() const;
 
 private:
-    template <typename T>
-    static constexpr Kind kindOfInteger() {
-        if constexpr (sizeof(T) == 4 || std::is_same_v<T, bool>)
-            return Kind::Int32;
-        else if constexpr (sizeof(T) == 1)
-            return Kind::Int8;
-        else if constexpr (sizeof(T) == 2)
-            return Kind::Int16;
-        else
-            return Kind::Int64;
-    }
-
-    Kind d_kind;
+    FormatKind d_kind;
     union {
         uint64_t d_integer;
         double d_double;
@@ -113,15 +90,31 @@ private:
 /// The engine behind `format`: appends the text to `out`.
 void formatTo(std::string& out, const char* format, const FormatArg* args, size_t count);
 
+namespace detail {
+
+template <typename T>
+FormatArg eraseArgument(const T& value) {
+    if constexpr (kFormatKind<T> == FormatKind::None) {
+        static_assert(kFormatKind<T> != FormatKind::None,
+                      "this argument cannot be formatted: it is no number, enumeration, text "
+                      "or pointer to an object");
+        return nullptr;
+    } else {
+        return value;
+    }
+}
+
+} // namespace detail
+
 /// Formats to a new string; `format` ends at its NUL. Any thread.
 template <typename... Args>
-std::string format(const char* format, const Args&... args) {
+std::string format(FormatString<kFormatKind<Args>...> format, const Args&... args) {
     std::string out;
     if constexpr (sizeof...(args) == 0) {
-        formatTo(out, format, nullptr, 0);
+        formatTo(out, format.text(), nullptr, 0);
     } else {
-        const FormatArg erased[] = {FormatArg(args)...};
-        formatTo(out, format, erased, sizeof...(args));
+        const FormatArg erased[] = {detail::eraseArgument(args)...};
+        formatTo(out, format.text(), erased, sizeof...(args));
     }
     return out;
 }
