@@ -3,6 +3,7 @@
 #include "states.h"
 
 #include <QLabel>
+#include <QTabBar>
 #include <QTabWidget>
 #include <QVBoxLayout>
 
@@ -12,6 +13,7 @@ Gallery::Gallery() : d_pages(new QTabWidget(this)), d_signalled(new QLabel(this)
     setWindowTitle("Widgets");
     auto* const layout = new QVBoxLayout(this);
     layout->addWidget(d_pages);
+    d_pages->tabBar()->setAccessibleName("Pages");
     layout->addWidget(d_signalled);
     d_signalled->setAlignment(leading());
     d_signalled->setText("Signals of the widgets appear here.");
@@ -32,6 +34,13 @@ bool Gallery::showPage(const QString& name) {
     auto* const page = d_pages->findChild<QWidget*>(name);
     d_pages->setCurrentWidget(page);
     return page != nullptr;
+}
+
+QStringList Gallery::pageNames() const {
+    QStringList names;
+    for (int index = 0; index < d_pages->count(); ++index)
+        names << d_pages->widget(index)->objectName();
+    return names;
 }
 
 } // namespace gallery

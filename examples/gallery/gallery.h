@@ -2,6 +2,7 @@
 
 #include "pages.h"
 
+#include <QStringList>
 #include <QWidget>
 
 class QLabel;
@@ -16,6 +17,8 @@ public:
 
     /// Shows the page of that name ("inputs"); false if there is none.
     bool showPage(const QString& name);
+
+    QStringList pageNames() const;
 
 private:
     void addPage(const QString& name, const QString& title, QWidget* (*make)(const Report&));

@@ -3,10 +3,12 @@
 //     gallery                                    opens the window
 //     gallery --page links --dark --rtl          the same, on that page and in that look
 //     gallery --shot FILE.png --scale 2          stores a picture of the window instead
+//     gallery --inspect --scale 1.5              names what is wrong with it at that scale
 //
 // Without a display, set QT_QPA_PLATFORM=offscreen for pictures.
 
 #include "gallery.h"
+#include "inspection.h"
 #include "qt_timermanager.h"
 
 #include <QApplication>
@@ -20,6 +22,7 @@ namespace {
 
 constexpr int kNoSuchPage = 2;
 constexpr int kNotStored = 3;
+constexpr int kFaulty = 4;
 
 void addOptions(QCommandLineParser& parser) {
     parser.setApplicationDescription("Shows every widget of the toolkit.");
@@ -29,6 +32,7 @@ void addOptions(QCommandLineParser& parser) {
         {"scale", "Draws everything so many times as large.", "factor"},
         {"dark", "Dark colours."},
         {"rtl", "From right to left."},
+        {"inspect", "Lists what has no name for screen readers or is not sharp, and ends."},
         {"shot", "Stores a picture of the window as PNG and ends.", "file"},
     });
 }
@@ -55,6 +59,20 @@ int store(gallery::Gallery& window, const QString& file) {
         return 0;
     std::fprintf(stderr, "cannot write %s\n", qUtf8Printable(file));
     return kNotStored;
+}
+
+int inspect(gallery::Gallery& window) {
+    window.show();
+    QStringList faults;
+    for (const QString& page : window.pageNames()) {
+        window.showPage(page);
+        QCoreApplication::processEvents();
+        for (const QString& fault : gallery::inspect(window))
+            faults << page + ": " + fault;
+    }
+    for (const QString& fault : faults)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(fault));
+    return faults.isEmpty() ? 0 : kFaulty;
 }
 
 } // namespace
@@ -85,6 +103,8 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "no page %s\n", qUtf8Printable(parser.value("page")));
         return kNoSuchPage;
     }
+    if (parser.isSet("inspect"))
+        return inspect(window);
     if (parser.isSet("shot"))
         return store(window, parser.value("shot"));
     window.show();

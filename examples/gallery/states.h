@@ -2,6 +2,7 @@
 
 #include "qt_widgetbuilder.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QFontMetrics>
 #include <QGroupBox>
@@ -39,6 +40,8 @@ void addStates(NS_QT::WidgetBuilder& builder, const QString& caption, Make make,
     for (const bool enabled : {true, false}) {
         row->addSpacing(kGap);
         QWidget* const widget = make();
+        if (QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name).isEmpty())
+            widget->setAccessibleName(caption);
         widget->setEnabled(enabled);
         row->addWidget(widget, 1, alignment);
     }

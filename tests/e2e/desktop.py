@@ -47,7 +47,7 @@ class Desktop:
             home = stack.enter_context(tempfile.TemporaryDirectory(prefix="desktop-"))
             self._environment = clean_environment(home)
             self._environment["DISPLAY"] = f":{self._start_server(stack)}"
-            self._run("setxkbmap", "-layout", "de")
+            self.run("setxkbmap", "-layout", "de")
             self._start(stack, "openbox", "--sm-disable")
             wait_until(lambda: self._ask("get_num_desktops"), "the window manager")
             self._stack = stack.pop_all()
@@ -74,11 +74,11 @@ class Desktop:
         return wait_until(active_window, f"an active window of class {window_class}")
 
     def type(self, text):
-        self._run("xdotool", "type", "--delay", "5", "--", text)
+        self.run("xdotool", "type", "--delay", "5", "--", text)
 
     def press(self, *keys):
         """Keys by name, with modifiers as in "ctrl+a"."""
-        self._run("xdotool", "key", "--delay", "5", *keys)
+        self.run("xdotool", "key", "--delay", "5", *keys)
 
     def click(self, window, x, y):
         """Presses the left button at a point of the window; negative counts from its far edges."""
@@ -86,7 +86,7 @@ class Desktop:
                         self._ask("getwindowgeometry", "--shell", window).splitlines())
         x += int(geometry["WIDTH"]) if x < 0 else 0
         y += int(geometry["HEIGHT"]) if y < 0 else 0
-        self._run("xdotool", "mousemove", "--sync", "--window", window, str(x), str(y),
+        self.run("xdotool", "mousemove", "--sync", "--window", window, str(x), str(y),
                   "click", "1")
 
     def take_picture(self, window, path):
@@ -97,7 +97,7 @@ class Desktop:
         def is_at_rest():
             time.sleep(0.1)
             previous = path.read_bytes() if path.exists() else None
-            self._run("import", "-window", window, "-frame",
+            self.run("import", "-window", window, "-frame",
                       "-define", "png:exclude-chunks=date,time", str(path))
             return path.read_bytes() == previous
 
@@ -125,7 +125,8 @@ class Desktop:
                                    stderr=subprocess.DEVNULL, **options)
         stack.callback(end, process)
 
-    def _run(self, *command):
+    def run(self, *command):
+        """Runs a command on the screen, which has to succeed."""
         subprocess.run(command, env=self._environment, check=True, timeout=PATIENCE,
                        stdout=subprocess.DEVNULL)
 

@@ -1,5 +1,6 @@
 #include "qt_fractionspinbox.h"
 
+#include "check_recorder.h"
 #include "log_recorder.h"
 
 #include <QLineEdit>
@@ -62,6 +63,26 @@ TEST(FractionSpinBox, TakesTheNearestAllowedValue) {
     box.setAllowed({-2147483647 - 1, 2147483647});
     box.setValue(0);
     EXPECT_EQ(box.value(), 2147483647);
+}
+
+TEST(FractionSpinBox, CountsTheSetWithinTheRange) {
+    test::CheckRecorder checks;
+    NS_QT::FractionSpinBox box;
+    box.setAllowed({10, 20, 400});
+    box.setProperty("value", 99);
+    EXPECT_EQ(box.value(), 20);
+    box.setRange(0, 500);
+    box.setValue(350);
+    EXPECT_EQ(box.value(), 400);
+    box.setMaximum(399);
+    EXPECT_EQ(box.value(), 20);
+    EXPECT_THAT(checks.takeSites(), IsEmpty());
+    box.setMinimum(30);
+    box.setAllowed({1});
+    EXPECT_THAT(checks.takeSites(),
+                ElementsAre("CHECKF qt_fractionspinbox.cpp", "CHECKF qt_fractionspinbox.cpp"));
+    box.setValue(77);
+    EXPECT_EQ(box.value(), 77) << "every value while there is none in common";
 }
 
 TEST(FractionSpinBox, StepsThroughTheAllowedValues) {

@@ -1,6 +1,7 @@
 #include "qt_iconset.h"
 
 #include "check_recorder.h"
+#include "qt_iconwidget.h"
 
 #include <gmock/gmock.h>
 
@@ -19,6 +20,11 @@ TEST(IconSet, UnknownSizesAreReportedAndMean24) {
     for (const int32_t unknown : {-1, 4}) {
         EXPECT_EQ(IconSet::edgeLength(unknown), 24);
         EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_iconset.cpp"));
+        NS_QT::IconWidget widget;
+        widget.setSizeCode(unknown);
+        widget.grab();
+        EXPECT_EQ(widget.sizeHint(), QSize(24, 24));
+        EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_iconset.cpp")) << "once";
     }
 }
 

@@ -28,13 +28,18 @@ void reportsKeys(const std::vector<Key>& keys) {
     EXPECT_EQ(combo.currentText(), "c");
     combo.setCurrentKey(Key());
     EXPECT_EQ(combo.currentKey(), keys[2]) << "the same without such a key";
+    combo.addItem("without");
+    combo.setCurrentKey(Key());
+    EXPECT_EQ(combo.currentText(), "without");
+    combo.setItemData(3, combo.itemData(2)); // of the current item
     EXPECT_THAT(activated, IsEmpty()) << "nobody chose";
 
+    combo.setCurrentIndex(2);
     QTest::keyClick(&combo, Qt::Key_Up);
     combo.slotActivated(0);
     EXPECT_THAT(activated, ElementsAre(keys[1], keys[1])) << "the current one, whatever the index";
     combo.clear();
-    EXPECT_THAT(current, ElementsAre(keys[1], keys[2], keys[1], Key()));
+    EXPECT_THAT(current, ElementsAre(keys[1], keys[2], Key(), keys[2], keys[1], Key()));
 }
 
 TEST(SmartComboBox, ReportsNumbers) { reportsKeys<NS_QT::SmartComboBox, int>({-7, 300, 5}); }

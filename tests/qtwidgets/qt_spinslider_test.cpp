@@ -15,10 +15,6 @@ namespace {
 using testing::Each;
 using testing::ElementsAre;
 
-struct TestedSlider : NS_QT::SpinSlider {
-    void changeOrientation() { sliderChange(SliderOrientationChange); }
-};
-
 std::vector<int> valuesOf(const NS_QT::SpinSlider& both) {
     return {both.value(), both.slider()->value(), both.spinBox()->value()};
 }
@@ -54,21 +50,52 @@ TEST(SpinSlider, AChangeAnywhereIsReportedOnce) {
 }
 
 TEST(SpinSlider, OtherOrientationsAreStillToDo) {
-    TestedSlider both;
+    NS_QT::SpinSlider both;
     test::CheckRecorder checks;
-    both.changeOrientation();
+    both.setOrientation(Qt::Horizontal);
+    EXPECT_THAT(checks.takeSites(), testing::IsEmpty());
+    both.setProperty("orientation", Qt::Vertical);
     EXPECT_THAT(checks.takeSites(), ElementsAre("STILLTODO qt_spinslider.cpp"));
+    EXPECT_EQ(both.orientation(), Qt::Horizontal);
+}
+
+// By the slider, as by any of Qt's.
+TEST(SpinSlider, TellsOfItsDragging) {
+    NS_QT::SpinSlider both;
+    std::vector<std::string> said;
+    const auto note = [&](const char* what) { return [&said, what] { said.push_back(what); }; };
+    QObject::connect(&both, &QAbstractSlider::rangeChanged, note("range"));
+    QObject::connect(&both, &QAbstractSlider::valueChanged, note("value"));
+    QObject::connect(&both, &QAbstractSlider::sliderPressed, note("pressed"));
+    QObject::connect(&both, &QAbstractSlider::sliderMoved, note("moved"));
+    QObject::connect(&both, &QAbstractSlider::sliderReleased, note("released"));
+    both.setRange(10, 50);
+    for (const bool tracking : {true, false}) {
+        both.setTracking(tracking);
+        both.slider()->setSliderDown(true);
+        EXPECT_TRUE(both.isSliderDown());
+        both.slider()->setSliderPosition(tracking ? 20 : 30);
+        both.slider()->setSliderDown(false);
+        EXPECT_THAT(valuesOf(both), Each(tracking ? 20 : 30));
+    }
+    EXPECT_THAT(said, ElementsAre("range", "value", "pressed", "moved", "value", "released",
+                                  "pressed", "moved", "released", "value"));
 }
 
 TEST(SpinSlider, TakesTheFocusInItsSpinBox) {
     NS_QT::SpinSlider both;
     both.setAccessibleName("Volume");
+    both.slider()->setAccessibleName("Drag");
     both.show();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&both));
     both.setFocus();
     EXPECT_EQ(QApplication::focusWidget(), both.spinBox());
     EXPECT_EQ(both.spinBox()->accessibleName(), "Volume");
-    EXPECT_EQ(both.slider()->accessibleName(), "Volume");
+    EXPECT_EQ(both.slider()->accessibleName(), "Drag");
+    both.spinBox()->selectAll();
+    QTest::keyClicks(both.spinBox(), "01");
+    EXPECT_EQ(both.spinBox()->text(), "01") << "as it is typed";
+    EXPECT_EQ(both.value(), 1);
 }
 
 } // namespace

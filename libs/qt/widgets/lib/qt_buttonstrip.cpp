@@ -106,6 +106,8 @@ void QT_ButtonStrip::setImages(std::unique_ptr<Images> images) {
 const QPixmap& QT_ButtonStrip::picture() const { return d_data->images->strip; }
 
 void QT_ButtonStrip::setPicture(const QPixmap& picture) {
+    if (picture.cacheKey() == this->picture().cacheKey())
+        return;
     if (d_data->evenly) {
         divide(picture, count());
         return;
@@ -116,7 +118,10 @@ void QT_ButtonStrip::setPicture(const QPixmap& picture) {
     setImages(std::make_unique<Images>(picture, rects));
 }
 
-void QT_ButtonStrip::setButtonCount(int count) { divide(picture(), count); }
+void QT_ButtonStrip::setButtonCount(int count) {
+    if (!d_data->evenly || count != this->count())
+        divide(picture(), count);
+}
 
 void QT_ButtonStrip::divide(const QPixmap& picture, int count) {
     const QSize size = pictures::sizeOf(picture);

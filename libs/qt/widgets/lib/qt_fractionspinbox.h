@@ -18,7 +18,9 @@ namespace NS_QT {
 /// Numbers are shown in plain digits; a prefix is not supported.
 ///
 /// QSpinBox's functions are not virtual: connect to this class's setValue and setRange,
-/// since those of a QSpinBox* know nothing of the set. GUI thread only.
+/// since those of a QSpinBox* know nothing of the set. Like any QSpinBox it must not be
+/// deleted by a slot that is told of its value; deleteLater() may be called. GUI thread
+/// only.
 class FractionSpinBox : public QSpinBox {
     Q_OBJECT
     Q_PROPERTY(int value READ value WRITE setValue NOTIFY numberChanged USER true)

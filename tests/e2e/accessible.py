@@ -1,0 +1,81 @@
+#!/usr/bin/env python3
+"""accessible.py TOOL COMMON_DATA: works the tool through the accessibility interface alone, as
+a screen reader does: finds the address by its label, changes it and presses OK. The file
+has to have it.
+"""
+
+import os
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+from assistant import SKIPPED, AssistedDesktop, is_available
+from desktop import end, wait_until
+from tool import Linux, recreate, set_aside
+
+BEFORE = b"[NVR]\nAddress 10.0.0.1\nPort 80\n"
+AFTER = b"[NVR]\nAddress 10.0.0.2\nPort 80\n"
+
+
+def elements(root):
+    """All elements below one, as far as they are still there."""
+    for index in range(root.get_child_count()):
+        child = root.get_child_at_index(index)
+        if child is not None:
+            yield child
+            yield from elements(child)
+
+
+def find(atspi, role, name):
+    def found():
+        return next((element for element in elements(atspi.get_desktop(0))
+                     if element.get_role_name() == role and element.get_name() == name), None)
+    return wait_until(found, f"the {role} '{name}'")
+
+
+def press(element):
+    names = [element.get_action_name(i) for i in range(element.get_n_actions())]
+    assert element.do_action(names.index("Press")), names
+
+
+def work(atspi):
+    address = find(atspi, "text", "NVR IP")
+    assert address.get_text(0, -1) == "10.0.0.1", address.get_text(0, -1)
+    assert find(atspi, "text", "Port").get_text(0, -1) == "80"
+    assert address.set_text_contents("10.0.0.2")
+    press(find(atspi, "push button", "OK"))
+
+
+def main():
+    if not is_available():
+        print("there is no AT-SPI here: package at-spi2-core", file=sys.stderr)
+        return SKIPPED
+    tool, common_data = (Path(argument).resolve() for argument in sys.argv[1:])
+    with set_aside(common_data), AssistedDesktop() as desktop, \
+            tempfile.TemporaryDirectory() as folder:
+        os.environ.update(desktop.environment())
+        try:
+            import gi
+            gi.require_version("Atspi", "2.0")
+            from gi.repository import Atspi
+        except (ImportError, ValueError) as reason:
+            print(f"there is no AT-SPI for Python here: {reason}", file=sys.stderr)
+            return SKIPPED
+        recreate(common_data)
+        settings = Linux.settings_folder(common_data) / "Settings"
+        settings.parent.mkdir(parents=True)
+        settings.write_bytes(BEFORE)
+        process = subprocess.Popen([tool], cwd=folder)
+        try:
+            work(Atspi)
+            wait_until(lambda: process.poll() is not None, "the tool to end")
+        finally:
+            end(process)
+        assert process.returncode == 0, process.returncode
+        assert settings.read_bytes() == AFTER, settings.read_bytes()
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
