@@ -24,6 +24,10 @@ as() { setpriv --reuid "$1" --regid "$1" --groups "$2" "${@:3}"; }
 
 dpkg --no-triggers --install "$package" </dev/null >&2
 stat --format '%n %a %U:%G' "$settings" "$work"/{dumps,files,files/dumps.log}
+stat --format '%n %a %U:%G' /usr/bin/orvistrand-collect
+judge collector-is-sound systemd-analyze verify --man=no /usr/lib/systemd/system/orvistrand-collect.service
+judge collector-is-on test -e /etc/systemd/system/multi-user.target.wants/orvistrand-collect.service
+judge collector-has-a-user test "$(id -gn orvistrand-collect)" = orvistrand
 judge member-stores as 60001 orvistrand touch "$settings/new"
 judge stranger-stores as 60002 60002 touch "$settings/new2"
 judge user-adds as 60001 60001 sh -c "umask 077; echo text >$work/dumps/first"
@@ -46,3 +50,4 @@ judge evidence-stays-removed test -e "$work/dumps/first"
 dpkg --no-triggers --purge orvistrand-configure </dev/null >&2
 judge settings-stay-purged test -e "$settings/Settings"
 judge evidence-stays-purged test -e "$work"
+judge collector-stays-purged getent passwd orvistrand-collect

@@ -474,13 +474,16 @@ class DebianPackage(Trial):
             f"{work}/dumps 1733 root:root",
             f"{work}/files 1733 root:root",
             f"{work}/files/dumps.log 622 root:root",
+            "/usr/bin/orvistrand-collect 755 root:root",
+            "collector-is-sound yes", "collector-is-on no", "collector-has-a-user yes",
             "member-stores yes", "stranger-stores no",
             "user-adds yes", "other-lists no", "other-reads no", "other-replaces no",
             "other-logs yes", "other-reads-log no",
             f"works-in {work}",
             f"stored {AFTER.decode('ascii')}".replace("\n", "|"),
             "settings-stay-removed yes", "evidence-stays-removed yes",
-            "settings-stay-purged yes", "evidence-stays-purged no"])
+            "settings-stay-purged yes", "evidence-stays-purged no",
+            "collector-stays-purged no"])
 
     def test_edits_the_file_of_the_machine(self):
         subprocess.run(["dpkg-deb", "--extract", the_only("*.deb"), self.folder], check=True)

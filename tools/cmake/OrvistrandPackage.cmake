@@ -22,6 +22,7 @@ set(licenses /usr/share/common-licenses)
 set(copyrights /usr/share/doc)
 set(notices "${PROJECT_SOURCE_DIR}/packaging/notices")
 set(documents "${PROJECT_SOURCE_DIR}/docs/crashes.md" "${PROJECT_SOURCE_DIR}/docs/reporting.md")
+set(pictures "${PROJECT_SOURCE_DIR}/docs/images/collect-wide.png")
 
 # installAs(FOLDER NAME FILE): installs FILE under another name.
 function(installAs folder name file)
@@ -55,6 +56,7 @@ if(WIN32)
     install(DIRECTORY DESTINATION dumps COMPONENT tool)
     install(DIRECTORY DESTINATION files COMPONENT tool)
     install(FILES ${documents} DESTINATION documents COMPONENT tool)
+    install(FILES ${pictures} DESTINATION documents/images COMPONENT tool)
     debianVersion(gccVersion gcc-mingw-w64-i686-posix-runtime)
     debianVersion(mingwVersion mingw-w64-i686-dev)
     debianVersion(nsisVersion nsis)
@@ -82,7 +84,8 @@ else()
     set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "\
 Shows the network address and port of the video recorder that the
 Orvistrand integration service connects to, and lets an operator change
-them.")
+them. With it comes a collector of reports of failed checks, a service that
+is off until it is enabled.")
 
     string(REGEX REPLACE "^(..)(..)(..)-(..)(..)(..)$" "20\\1-\\2-\\3 \\4:\\5:\\6 UTC"
         stampTime "${ORVISTRAND_BUILD_STAMP}")
@@ -100,10 +103,11 @@ them.")
     set(linux "${PROJECT_SOURCE_DIR}/packaging/linux")
     set(made "${PROJECT_BINARY_DIR}/packaging")
     set(papers share/doc/${CPACK_PACKAGE_NAME})
-    foreach(file orvistrand-configure.desktop orvistrand-configure.metainfo.xml postinst postrm)
+    foreach(file orvistrand-configure.desktop orvistrand-configure.metainfo.xml
+            postinst prerm postrm)
         configure_file("${linux}/${file}" "${made}/${file}" @ONLY)
     endforeach()
-    set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${made}/postinst" "${made}/postrm")
+    set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA "${made}/postinst" "${made}/prerm" "${made}/postrm")
     set(CPACK_DEBIAN_PACKAGE_DEPENDS passwd)
     set(CPACK_DEBIAN_PACKAGE_HOMEPAGE "${ORVISTRAND_URL}")
     install(FILES "${made}/orvistrand-configure.desktop" DESTINATION share/applications
@@ -111,6 +115,7 @@ them.")
     install(FILES "${made}/orvistrand-configure.metainfo.xml" DESTINATION share/metainfo
         COMPONENT tool)
     install(FILES ${documents} DESTINATION ${papers} COMPONENT tool)
+    install(FILES ${pictures} DESTINATION ${papers}/images COMPONENT tool)
     installAs(share/icons/hicolor/scalable/apps orvistrand-configure.svg
         "${PROJECT_SOURCE_DIR}/configure/resources/configure.svg")
     installAs(${papers} copyright "${linux}/copyright")
@@ -126,6 +131,9 @@ them.")
     endfunction()
     installCompressed(${papers} changelog.gz "${linux}/changelog")
     installCompressed(share/man/man1 orvistrand-configure.1.gz "${linux}/orvistrand-configure.1")
+    installCompressed(share/man/man1 orvistrand-collect.1.gz "${linux}/orvistrand-collect.1")
+    install(FILES "${linux}/orvistrand-collect.service" DESTINATION lib/systemd/system
+        COMPONENT tool)
     debianVersion(qtVersion libqt5core5a)
     debianVersion(abslVersion libabsl-dev)
     debianVersion(elfutilsVersion libdw1)
