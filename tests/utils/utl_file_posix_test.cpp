@@ -61,9 +61,11 @@ TEST(FilePosix, AKilledStoreTearsNoFile) {
     std::mt19937 random(std::random_device{}());
     for (int kills = 0; kills < 50; ++kills) {
         const pid_t child = fork();
-        while (child == 0) { // files of one letter each
-            content.assign(content.size(), content[0] == 'a' ? 'b' : 'a');
-            (void)utl::File::createFromMemSafe(path, content.data(), content.size());
+        if (child == 0) {
+            for (;;) { // files of one letter each
+                content.assign(content.size(), content[0] == 'a' ? 'b' : 'a');
+                (void)utl::File::createFromMemSafe(path, content.data(), content.size());
+            }
         }
         usleep(random() % 3000);
         ::kill(child, SIGKILL);

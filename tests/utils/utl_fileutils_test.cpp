@@ -1,6 +1,7 @@
 #include "utl_fileutils.h"
 
 #include "check_recorder.h"
+#include "core_varargs.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
 
@@ -177,8 +178,8 @@ TEST_F(FileUtilsTest, FailedTempFileIsEmptyText) {
     for (const auto& [folder, prefix, error] : rows) {
         EXPECT_EQ(FileUtils::createTempFile(folder, prefix), "");
         EXPECT_THAT(d_log.take(),
-                    ElementsAre(failed + "(path='" + folder + "', prefix='" + prefix + "', err='" +
-                                std::generic_category().message(error) + "')"));
+                    ElementsAre(core::format("%s(path='%s', prefix='%s', err='%s')", failed, folder,
+                                             prefix, std::generic_category().message(error))));
     }
     EXPECT_THAT(d_folder.names(), IsEmpty());
 }
