@@ -10,11 +10,11 @@
 
 namespace {
 
-/// Where Qt differs on purpose: it reads document types, other encodings and names by an
-/// older edition, and knows version 1.0 only.
+/// Where Qt differs: it reads document types, other encodings and names by an older
+/// edition, knows version 1.0 only, and takes no attribute whose name begins with a colon.
 bool isForPeers(const std::string& document) {
     for (const char ch : document) {
-        if (static_cast<uint8_t>(ch) >= 0x80 || ch == '\0')
+        if (static_cast<uint8_t>(ch) >= 0x80 || ch == '\0' || ch == ':')
             return false;
     }
     return document.find("<!DOCTYPE") == std::string::npos &&
