@@ -29,6 +29,7 @@ using Clock = std::chrono::steady_clock;
 using Event = std::unique_ptr<xcb_generic_event_t, decltype(&std::free)>;
 
 constexpr int kRuns = 30;
+constexpr unsigned kPatience = 120; // seconds until a window that does not come ends all
 
 double inSeconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
@@ -114,7 +115,9 @@ void startOnce(benchmark::State& state, const std::vector<std::string>& command,
     for (auto _ : state) {
         const Clock::time_point begin = Clock::now();
         const pid_t process = start(command);
+        alarm(kPatience);
         screen.waitForDrawing(windowClass);
+        alarm(0);
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
         kill(process, SIGKILL);
         struct rusage usage {};
