@@ -21,7 +21,8 @@ set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXE
 set(licenses /usr/share/common-licenses)
 set(copyrights /usr/share/doc)
 set(notices "${PROJECT_SOURCE_DIR}/packaging/notices")
-set(documents "${PROJECT_SOURCE_DIR}/docs/crashes.md" "${PROJECT_SOURCE_DIR}/docs/reporting.md")
+set(documents "${PROJECT_SOURCE_DIR}/docs/crashes.md" "${PROJECT_SOURCE_DIR}/docs/reporting.md"
+    "${PROJECT_SOURCE_DIR}/packaging/operating.md")
 set(pictures "${PROJECT_SOURCE_DIR}/docs/images/collect-wide.png")
 
 # installAs(FOLDER NAME FILE): installs FILE under another name.
