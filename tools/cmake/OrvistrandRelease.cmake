@@ -15,7 +15,8 @@ function(orvistrand_release name)
         -D_FORTIFY_SOURCE=2 -Wformat -Werror=format-security -Wdate-time
         -ffile-prefix-map=${toSources}=)
     if(WIN32)
-        target_compile_options(${name} PRIVATE -ffile-compilation-dir=.)
+        # A compiler's cache would ask for colours, and the PDB would say so.
+        target_compile_options(${name} PRIVATE -ffile-compilation-dir=. -fno-color-diagnostics)
         # The archive itself, since the import library beside it needs one more DLL.
         target_link_options(${name} PRIVATE -l:libssp.a -Wl,-Xlink=-Brepro
             -Wl,-Xlink=-pdbsourcepath:.)
