@@ -101,6 +101,12 @@ TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
     label->setParent(&other);
     paint(parent, Qt::red);
     EXPECT_EQ(textColour(*label), QColor(Qt::yellow));
+    label->setLinkEnabled(false);
+    QPalette text = other.palette();
+    text.setColor(QPalette::WindowText, Qt::green); // of which Qt does not tell the label
+    other.setPalette(text);
+    EXPECT_EQ(textColour(*label), QColor(Qt::green));
+    label->setLinkEnabled(true);
     other.setFont(QFont("Courier", 40));
     EXPECT_EQ(label->font().pointSize(), 40);
     EXPECT_TRUE(label->font().underline());
