@@ -3,23 +3,26 @@
 #include "core_crashdump_calls.h"
 #include "core_paths.h"
 #include "core_rcsname.h"
+#include "core_wrapper.h"
 
 namespace core {
 namespace {
 
 using detail::PathText;
 
-PathText backslashed(std::string_view folder) {
-    PathText text;
-    text << folder;
+constinit detail::CrashNames names;
+constinit detail::DumpPlace place;
+
+void backslashed(PathText& text, std::string_view prefix, std::string_view folder) {
+    text.clear();
+    text << prefix << folder;
     text.replace('/', '\\');
-    return text;
 }
 
-PathText filePath(const PathText& folder, std::string_view executable, std::string_view tag) {
-    PathText path = folder;
-    path << "\\" << dumpModuleName(executable) << "-" << tag << ".dmp";
-    return path;
+void filePath(PathText& path, const PathText& folder, std::string_view module,
+              std::string_view tag) {
+    path.clear();
+    path << folder.view() << "\\" << module << "-" << tag << ".dmp";
 }
 
 } // namespace
@@ -35,14 +38,35 @@ std::string_view dumpModuleName(std::string_view executable) {
 
 std::string dumpFilePath(std::string_view folder, std::string_view executable,
                          std::string_view tag) {
-    return std::string(filePath(backslashed(folder), executable, tag).view());
+    PathText folderText;
+    PathText path;
+    backslashed(folderText, "", folder);
+    filePath(path, folderText, dumpModuleName(executable), tag);
+    return std::string(path.view());
 }
 
-detail::DumpPlace detail::dumpPlace(std::string_view executable) {
-    PathText folder;
-    folder << "./" << Paths::path(Paths::Dumps);
-    folder = backslashed(folder.view());
-    return {folder, filePath(folder, executable, dumpVersionTag())};
+const detail::CrashNames& detail::crashNames() { return names; }
+
+void detail::noteCrashNames() {
+    constexpr size_t kPathLimit = 4096;
+    // As Linux names a program whose file has been replaced.
+    constexpr std::string_view kReplaced = " (deleted)";
+    const std::string path = Wrapper::executablePath(kPathLimit);
+    std::string_view program = path;
+    if (program.ends_with(kReplaced))
+        program.remove_suffix(kReplaced.size());
+    const std::string_view executable = program.substr(program.find_last_of("\\/") + 1);
+    names = {};
+    names.moduleIsKnown = !executable.empty();
+    names.module << dumpModuleName(executable);
+    names.tag << dumpVersionTag();
+    names.program << program;
+}
+
+const detail::DumpPlace& detail::dumpPlace() {
+    backslashed(place.folder, "./", Paths::storedPath(Paths::Dumps));
+    filePath(place.file, place.folder, names.module.view(), names.tag.view());
+    return place;
 }
 
 } // namespace core

@@ -1,97 +1,62 @@
 #include "core_crashdump_calls.h"
-#include "core_paths.h"
-#include "core_rcsname.h"
+#include "core_crashdump_system.h"
+#include "core_historycopy_calls.h"
 #include "core_timespec.h"
 
-#include <absl/debugging/symbolize.h>
 #include <cxxabi.h>
-#include <dlfcn.h>
 #include <fcntl.h>
-#include <link.h>
 #include <signal.h>
-#include <sys/stat.h>
 #include <ucontext.h>
 #include <unistd.h>
-#include <unwind.h>
 
-#include <cerrno>
-#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <iterator>
-#include <memory>
+#include <typeinfo>
 
 namespace core {
 namespace {
 
-constexpr size_t kNameSize = 512;
-constexpr unsigned kMaxFrames = 100;
+// What each piece of a report may take, in milliseconds. All are far more than is needed.
+constexpr int kForLittle = 300;
+constexpr int kForThreads = 600;
+constexpr int kForNames = 1500;
 
-using Line = detail::FixedText<2048>;
+// As deep in the report's text as it is in the crash: the safest goes first.
+constinit detail::ReportFile file;
+constinit detail::CrashStack crashed;
 
-class ReportFile {
-public:
-    ReportFile(detail::DumpPlace place, detail::DumpResult& result) {
-        place.folder.replace('\\', '/');
-        place.file.replace('\\', '/');
-        ::mkdir(place.folder.c_str(), S_IRWXU | S_IRWXG | S_IRWXO);
-        d_file =
-            ::open(place.file.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, S_IRUSR | S_IWUSR);
-        result = {d_file >= 0, static_cast<uint32_t>(errno)};
-    }
-    ~ReportFile() {
-        if (d_file >= 0)
-            ::close(d_file);
-    }
-    ReportFile(const ReportFile&) = delete;
-    ReportFile& operator=(const ReportFile&) = delete;
+using detail::ReportLine;
 
-    /// What a full disk cuts off is lost; the beginning says enough.
-    void write(std::string_view text) const {
-        while (!text.empty()) {
-            const ssize_t written = ::write(d_file, text.data(), text.size());
-            if (written < 0 && errno == EINTR)
-                continue;
-            if (written <= 0)
-                return;
-            text.remove_prefix(static_cast<size_t>(written));
-        }
-    }
-    void write(const Line& line) const { write(line.view()); }
-
-private:
-    int d_file = -1;
-};
-
-detail::DumpPlace reportPlace() {
-    std::array<char, PATH_MAX> buffer;
-    const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
-    const std::string_view path(buffer.data(), length > 0 ? static_cast<size_t>(length) : 0);
-    return detail::dumpPlace(path.substr(path.rfind('/') + 1));
+/// A piece of the report.
+template <typename Piece>
+void attemptPiece(int milliseconds, Piece piece) {
+    if (!detail::attempt(milliseconds, piece))
+        file.write("    (cut short)\n");
 }
 
-Line& addTwoDigits(Line& line, int32_t number) {
-    return line << (number < 10 ? "0" : "") << number;
-}
-
-void writeHead(const ReportFile& file) {
-    const CivilTime time = utcCivilTime(now());
-    Line line;
-    line << "Crash report, version " << dumpVersionTag() << "\nTime ";
+void addTime(ReportLine& line, const CivilTime& time) {
     line << time.year;
-    addTwoDigits(line << "-", time.month);
-    addTwoDigits(line << "-", time.day);
-    addTwoDigits(line << " ", time.hour);
-    addTwoDigits(line << ":", time.minute);
-    addTwoDigits(line << ":", time.second);
+    (line << "-").addTwoDigits(time.month);
+    (line << "-").addTwoDigits(time.day);
+    (line << " ").addTwoDigits(time.hour);
+    (line << ":").addTwoDigits(time.minute);
+    (line << ":").addTwoDigits(time.second);
+}
+
+void writeHead() {
+    ReportLine line;
+    line << "Crash report, version " << detail::crashNames().tag.view() << "\nProgram "
+         << detail::crashNames().program.view() << "\nTime ";
+    addTime(line, utcCivilTime(now()));
     line << " UTC\nProcess " << getpid() << ", thread " << gettid() << "\n";
     file.write(line);
 }
 
-void writeSignal(const ReportFile& file, const siginfo_t& info) {
+void writeSignal(const siginfo_t& info) {
     const char* const name = sigabbrev_np(info.si_signo);
-    Line line;
+    ReportLine line;
     line << "Signal " << info.si_signo << " (SIG" << (name != nullptr ? name : "?") << "), code "
          << info.si_code;
     if (info.si_code <= 0)
@@ -101,23 +66,14 @@ void writeSignal(const ReportFile& file, const siginfo_t& info) {
     file.write(line << "\n");
 }
 
-template <typename T>
-T* pointerTo(uintptr_t address) {
-    return reinterpret_cast<T*>(address); // NOLINT(performance-no-int-to-ptr)
-}
-
-bool isCode(uintptr_t address, dl_find_object& object) {
-    return _dl_find_object(pointerTo<void>(address), &object) == 0;
-}
-
 #if defined(__x86_64__)
 
-void writeRegisters(const ReportFile& file, const ucontext_t& context) {
+void writeRegisters(const ucontext_t& context) {
     constexpr std::string_view kNames[] = {"r8",     "r9",  "r10",    "r11",     "r12", "r13",
                                            "r14",    "r15", "rdi",    "rsi",     "rbp", "rbx",
                                            "rdx",    "rax", "rcx",    "rsp",     "rip", "efl",
                                            "csgsfs", "err", "trapno", "oldmask", "cr2"};
-    Line line;
+    ReportLine line;
     line << "\nRegisters\n";
     for (size_t i = 0; i < std::size(kNames); ++i)
         (line << "    " << kNames[i] << " ")
@@ -126,26 +82,13 @@ void writeRegisters(const ReportFile& file, const ucontext_t& context) {
     file.write(line);
 }
 
-/// After a jump to nowhere the walk would end where it begins, so it begins at the jump,
-/// before the address that the call has pushed. The stack may be nowhere, too.
-__attribute__((no_sanitize("address", "undefined"))) void comeBackFromNowhere(ucontext_t& context) {
-    greg_t& programCounter = context.uc_mcontext.gregs[REG_RIP];
-    greg_t& stackPointer = context.uc_mcontext.gregs[REG_RSP];
-    dl_find_object object;
-    if (isCode(static_cast<uintptr_t>(programCounter), object))
-        return;
-    programCounter = *pointerTo<const greg_t>(static_cast<uintptr_t>(stackPointer)) - 1;
-    stackPointer += static_cast<greg_t>(sizeof(greg_t));
-}
-
 #else
 
-void writeRegisters(const ReportFile&, const ucontext_t&) {}
-void comeBackFromNowhere(ucontext_t&) {}
+void writeRegisters(const ucontext_t&) {}
 
 #endif
 
-void writeMemoryMap(const ReportFile& file) {
+void writeMemoryMap() {
     file.write("\nMemory map\n");
     const int map = ::open("/proc/self/maps", O_RDONLY | O_CLOEXEC);
     std::array<char, 4096> buffer;
@@ -154,89 +97,154 @@ void writeMemoryMap(const ReportFile& file) {
     ::close(map);
 }
 
-void writeFrame(const ReportFile& file, unsigned number, uintptr_t address) {
-    std::array<char, kNameSize> name{"?"};
-    absl::Symbolize(pointerTo<const void>(address), name.data(), kNameSize);
-    Line line;
-    addTwoDigits(line << "    #", static_cast<int32_t>(number)) << " ";
-    line.addHex(address) << " in " << name.data();
-    dl_find_object object;
-    if (isCode(address, object)) {
-        const char* const image = object.dlfo_link_map->l_name;
-        line << " (" << (*image != '\0' ? image : "the program") << "+";
-        line.addHex(address - object.dlfo_link_map->l_addr) << ")";
+/// The oldest first. Those that are being written are left out.
+void writeHistory() {
+    detail::HistoryLine kept{};
+    if (!detail::readHistoryCopy(0, kept) && !detail::readHistoryCopy(1, kept))
+        return;
+    file.write("\nLast lines of the log\n");
+    for (size_t age = detail::kHistoryCopyLines; age-- > 0;) {
+        if (!detail::readHistoryCopy(age, kept))
+            continue;
+        ReportLine line;
+        addTime(line << "    ", utcCivilTime(kept.time));
+        line << " " << std::string_view(kept.channel.data(), kept.channelSize) << " "
+             << std::string_view(kept.text.data(), kept.textSize) << "\n";
+        file.write(line);
     }
-    file.write(line << "\n");
 }
 
-struct Walk {
-    const ReportFile& file;
-    bool begun; // what lies before it is the handler's own
-    unsigned frames = 0;
-};
+// ---- Exceptions of C++
 
-_Unwind_Reason_Code visitFrame(_Unwind_Context* context, void* argument) {
-    auto& walk = *static_cast<Walk*>(argument);
-    int interrupted = 0;
-    const uintptr_t address = _Unwind_GetIPInfo(context, &interrupted);
-    walk.begun = walk.begun || interrupted != 0;
-    if (address == 0 || walk.frames == kMaxFrames)
-        return _URC_END_OF_STACK;
-    // A return address may lie behind the end of the function that called.
-    if (walk.begun)
-        writeFrame(walk.file, walk.frames++, interrupted != 0 ? address : address - 1);
-    return _URC_NO_REASON;
+constinit detail::FixedText<512> exceptionType;
+constinit detail::FixedText<4096> exceptionText;
+
+/// The object that was thrown, by which a throw is known.
+const void* currentException() {
+    const std::exception_ptr current = std::current_exception();
+    const void* object = nullptr;
+    static_assert(sizeof current == sizeof object);
+    std::memcpy(&object, static_cast<const void*>(&current), sizeof object);
+    return object;
 }
 
-/// By the compiler's own unwinder, which also knows the functions of the system's
-/// libraries, which keep no frame pointer.
-void writeStack(const ReportFile& file, bool inHandler) {
-    file.write("\nStack\n");
-    Walk walk{file, !inHandler};
-    _Unwind_Backtrace(visitFrame, &walk);
-}
-
-std::string currentExceptionText() {
-    const std::type_info* const type = abi::__cxa_current_exception_type();
-    if (type == nullptr)
-        return "none";
-    int status = 0;
-    const std::unique_ptr<char, decltype(&std::free)> name(
-        abi::__cxa_demangle(type->name(), nullptr, nullptr, &status), &std::free);
-    std::string text = name != nullptr ? name.get() : type->name();
+/// The words are those of the program: anything may go wrong in there.
+void askException() {
     try {
         throw;
     } catch (const std::exception& exception) {
-        text.append(": ").append(exception.what());
+        exceptionText << ": " << exception.what();
     } catch (...) { // the type is all there is to know
     }
-    return text;
+}
+
+/// In place of the type's raw name, if memory can be had.
+void demangleType(const char* raw) {
+    int status = 0;
+    char* const name = abi::__cxa_demangle(raw, nullptr, nullptr, &status);
+    if (name == nullptr)
+        return;
+    exceptionType.clear();
+    exceptionType << name;
+    std::free(name); // NOLINT(cppcoreguidelines-no-malloc): the runtime's
+}
+
+void writeException() {
+    const std::type_info* const type = abi::__cxa_current_exception_type();
+    exceptionType.clear();
+    exceptionText.clear();
+    exceptionType << type->name();
+    detail::attempt(kForLittle, askException);
+    detail::attempt(kForLittle, [type] { demangleType(type->name()); });
+    ReportLine line;
+    line << "C++ exception " << exceptionType.view() << exceptionText.view() << "\n";
+    file.write(line);
+}
+
+// ---- Its pieces
+
+void writeCause(const detail::CrashCause& cause) {
+    if (abi::__cxa_current_exception_type() != nullptr && (cause.terminated || !cause.info))
+        writeException();
+    else if (cause.info != nullptr)
+        writeSignal(*static_cast<const siginfo_t*>(cause.info));
+}
+
+/// The crash's own stack: where the exception was thrown, where the fault was, or here.
+void walkCrash(const detail::CrashCause& cause, const void* here) {
+    crashed.thread = gettid();
+    crashed.count = 0;
+    crashed.top = 0;
+    const bool thrown = cause.terminated || cause.info == nullptr;
+    const detail::CrashStack* const place =
+        thrown ? detail::stackOfThrow(currentException()) : nullptr;
+    if (place != nullptr) {
+        crashed.count = place->count;
+        crashed.frames = place->frames;
+        crashed.top = place->top;
+    } else if (cause.context != nullptr) {
+        detail::walkInterrupted(crashed, cause.context);
+    } else {
+        detail::walkFrom(crashed, here);
+    }
+}
+
+void writeAddresses(const detail::CrashCause& cause, const void* here) {
+    // What is known when the walk meets a fault is written all the same.
+    const bool whole = detail::attempt(kForLittle, [&] { walkCrash(cause, here); });
+    attemptPiece(kForLittle, [] { detail::writeAddresses(file, crashed); });
+    if (!whole)
+        file.write("    (cut short)\n");
+    attemptPiece(kForLittle, [] { detail::writeModules(file); });
+}
+
+const detail::OtherStacks* others = nullptr;
+
+void writeOtherAddresses() {
+    others = &detail::askOtherThreads(kForThreads / 2);
+    for (size_t i = 0; i < others->count; ++i) {
+        const detail::CrashStack& stack = others->stacks[i];
+        detail::writeAddresses(file, stack);
+        if (stack.answer != detail::CrashStack::Answer::Done)
+            file.write("    (no answer)\n");
+    }
+}
+
+void writeAllNames() {
+    detail::writeNames(file, crashed);
+    for (size_t i = 0; others != nullptr && i < others->count; ++i)
+        detail::writeNames(file, others->stacks[i]);
 }
 
 } // namespace
 
-detail::DumpResult detail::writeDump(const DumpPlace& place, void*) {
-    DumpResult result;
-    const ReportFile file(place, result);
-    writeHead(file);
-    file.write("C++ exception " + currentExceptionText() + "\n");
-    writeMemoryMap(file);
-    writeStack(file, false);
+[[gnu::noinline]] void detail::writeReport(const CrashCause& cause, DumpResult& result) {
+    const void* const here = __builtin_return_address(0);
+    others = nullptr;
+    detail::attempt(kForLittle, [] { file.open(); });
+    attemptPiece(kForLittle, writeHead);
+    writeCause(cause);
+    if (cause.context != nullptr)
+        attemptPiece(kForLittle,
+                     [&] { writeRegisters(*static_cast<const ucontext_t*>(cause.context)); });
+    core::writeAddresses(cause, here);
+    attemptPiece(kForThreads, writeOtherAddresses);
+    attemptPiece(kForLittle, writeHistory);
+    attemptPiece(kForLittle, writeMemoryMap);
+    attemptPiece(kForNames, writeAllNames);
+    file.write("\nEnd of report\n");
+    detail::attempt(kForLittle, [&] { file.finish(result); });
+}
+
+detail::FixedText<512> detail::errorText(uint32_t error) {
+    // Untranslated, since the translation takes locks and memory.
+    const char* const text = strerrordesc_np(static_cast<int>(error));
+    FixedText<512> result;
+    if (text != nullptr)
+        result << text;
+    else
+        result << "error " << error;
     return result;
 }
-
-void detail::writeDumpInDistress(void* fault, DumpResult& result) {
-    const auto& signalFault = *static_cast<const SignalFault*>(fault);
-    auto& context = *static_cast<ucontext_t*>(signalFault.context);
-    const ReportFile file(reportPlace(), result);
-    writeHead(file);
-    writeSignal(file, *static_cast<const siginfo_t*>(signalFault.info));
-    writeRegisters(file, context);
-    writeMemoryMap(file);
-    comeBackFromNowhere(context);
-    writeStack(file, true);
-}
-
-std::string detail::errorText(uint32_t error) { return std::strerror(static_cast<int>(error)); }
 
 } // namespace core

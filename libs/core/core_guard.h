@@ -19,28 +19,31 @@ inline constexpr int kCrashStatus = -127;
 /// Runs `start` under the crash guard and returns its result.
 ///
 /// A crash ends `start`, leaves what writeCrashDump writes and yields kCrashStatus: an
-/// exception that escapes, and a fault of the calling thread, stack overflow included. On
-/// Windows the latter is any structured exception, on Linux a fault signal or an abort.
-/// What `start` held or had locked stays as it was, so the process should then end; on
-/// Linux it does so, with that status, a few seconds after a fault at the latest, and so
-/// does one that meets another fault while the first is written down. The faults of other
-/// threads get the system's default. On Windows the runtime's invalid-parameter reports go
-/// to `onInvalidParameter` meanwhile.
+/// exception that nobody catches, std::terminate and abort, and a fault of the calling
+/// thread, stack overflow included: on Windows any structured exception, on Linux a fault
+/// signal. Exceptions do not get out of here, and nothing is cleaned up for them: the dump
+/// has the stack of the throw. What `start` held or had locked stays as it was, so the
+/// process must then end; it does so, with that status, half a second later if nobody else
+/// sees to it, and so does one whose stack is too damaged to return, or that meets another
+/// fault. All that a crash writes has a time limit. The faults of other threads get the
+/// system's default, but wait while a crash of this one is written down. On Windows the
+/// runtime's invalid-parameter reports go to `onInvalidParameter` meanwhile.
 ///
 /// An argument "jitd" behind the program's name leaves all of this out, so that a
-/// debugger sees the fault itself. One thread at a time; when it returns, the handlers
-/// that were in force before are in force again.
+/// debugger sees the fault itself. One thread at a time; after a run without a crash the
+/// handlers that were in force before are in force again.
 int runGuardedWith(StartFunction start, int argc, char** argv);
 
 /// Leaves the evidence of a crash: the dump at dumpFilePath, in the folder Paths::Dumps,
 /// which is made if only its last level is missing; a line on CRIT that says so, or why
 /// not; and a line in the file dumps.log of the folder Paths::Logs, if that exists. The
-/// dump of an earlier crash of the same build is replaced.
+/// dump of an earlier crash of the same build is replaced, on Linux only by a whole one.
+/// None of the three is lost when another fails.
 ///
-/// `fault` is the EXCEPTION_POINTERS of a structured exception, or null for the current
-/// exception of C++, the only kind on Linux. Returns 1, by which an exception filter asks
-/// for its handler. For the guard; the folders must have been set.
-int32_t writeCrashDump(void* fault);
+/// This form is for no fault, but the current exception of C++, if there is one;
+/// core_guard_win32.h has the one for structured exceptions. Returns 1, by which a filter
+/// asks for its handler. For code that ends a process; the folders must have been set.
+int32_t writeCrashDump();
 
 /// Ends the process at once: buffered output is written, but neither exit handlers nor
 /// static destructors run. For process entries, on kCrashStatus: the program is still
@@ -73,16 +76,8 @@ private:
 Arguments splitCommandLine(std::string_view commandLine);
 
 namespace detail {
-struct DumpResult;
-
 /// The platform's guard without the switch that leaves it out.
 int runUnderGuard(StartFunction start, int argc, char** argv);
-
-/// The lines about a dump that has been written, or not: the rest of writeCrashDump.
-void recordDump(const DumpResult& result);
-
-/// `start`, with kCrashStatus for an exception.
-int runCatching(StartFunction start, int argc, char** argv) noexcept;
 
 } // namespace detail
 } // namespace core

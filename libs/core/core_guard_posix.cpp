@@ -1,116 +1,262 @@
 #include "core_guard.h"
 
-#include "core_crashdump_calls.h"
+#include "core_crashdump_system.h"
+#include "core_crashlines_calls.h"
+#include "core_timespec.h"
 
 #include <setjmp.h>
 #include <signal.h>
+#include <sys/resource.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdio>
-#include <utility>
+#include <cstdlib>
+#include <exception>
 
 namespace core {
 namespace {
 
 constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT};
 
-// How long a crash may take from the fault to the end of the process: what it has locked,
-// the heap for example, it may come to wait for itself.
-constexpr unsigned kTimeLimit = 10; // seconds
+// Milliseconds that a crash may take from the fault to the end of the process, and what its
+// pieces may take: what it has locked, the heap for example, it may come to wait for itself.
+constexpr int kTimeLimit = 4000;
+constexpr int kForLittle = 300;
+constexpr int kForLog = 800;
+constexpr int kForEnd = 500;
 
-// The handler needs a stack of its own: a fault may be the end of the thread's.
-constexpr size_t kHandlerStackSize = 262144;
+// How long a fault of another thread waits whether the guarded thread follows.
+constexpr long kGrace = 100; // milliseconds
+
+// The handler needs a stack of its own: a fault may be the end of the thread's. The log's
+// observers run on it, too; what they do not touch costs nothing.
+constexpr size_t kHandlerStackSize = 1048576;
 alignas(std::max_align_t) constinit std::array<std::byte, kHandlerStackSize> handlerStack{};
 
-/// While it lives, faults of this thread end in `onFault`, on the handler's stack.
-class FaultGuard {
-public:
-    FaultGuard();
-    ~FaultGuard();
-    FaultGuard(const FaultGuard&) = delete;
-    FaultGuard& operator=(const FaultGuard&) = delete;
-
-    sigjmp_buf resume;       ///< where the thread goes on after a fault
-    detail::DumpResult dump; ///< of that fault
-
-    /// Takes a fault of the guarded thread; async-signal-safe. One that comes while the
-    /// first is reported cuts the report short; a third ends the process.
-    [[noreturn]] void take(const siginfo_t* info, void* context);
-
-private:
-    enum class Stage { Running, Reporting, Recording };
-
-    Stage d_stage = Stage::Running;
-    FaultGuard* d_outer;
-    stack_t d_previousStack{};
-    std::array<struct sigaction, kFaults.size()> d_previousActions{};
+/// A guarded run. It lies in static storage, where damage to the main stack does not reach.
+struct Guard {
+    pid_t thread = 0; ///< that is guarded; 0: none
+    sigjmp_buf resume;
+    const void* frame = nullptr;         ///< of the function to which `resume` leads
+    const void* returnAddress = nullptr; ///< from there
+    std::terminate_handler previousTerminate = nullptr;
+    stack_t previousStack{};
+    std::array<struct sigaction, kFaults.size()> previousActions{};
 };
+constinit Guard guard{};
 
-constinit thread_local FaultGuard* current = nullptr;
+// Of the thread that crashed first; 0: none. It stays when the guard has returned: whatever
+// faults after that ends the process.
+constinit std::atomic<pid_t> crashing{0};
+constinit bool terminating = false; // std::terminate was called
+constinit detail::CrashTold told{};
 
-void endLate(int) { _exit(kCrashStatus); }
-
-void limitTime() {
-    struct sigaction action {};
-    action.sa_handler = endLate;
-    sigaction(SIGALRM, &action, nullptr);
-    alarm(kTimeLimit);
+void pauseFor(long milliseconds) {
+    timespec time{milliseconds / 1000, milliseconds % 1000 * 1'000'000};
+    nanosleep(&time, nullptr);
 }
 
-/// Lets further faults in, and the end of the time, whatever the fault's place has blocked.
-void unblockSignals() {
+// ---- The evidence
+
+/// The computer's local time; where it cannot be had, that of UTC.
+void tellTime() {
+    told.time = utcCivilTime(now());
+    detail::attempt(kForLittle, [] { told.time = localCivilTime(now()); });
+}
+
+/// Dump, line on CRIT, line in dumps.log; none is lost by another.
+void leaveEvidence(const detail::CrashCause& cause) {
+    detail::startCrashClock(kTimeLimit - kForEnd);
+    told = {};
+    detail::writeReport(cause, told.dump);
+    detail::attempt(kForLog, detail::checkCrashNames);
+    detail::attempt(kForLog, [] { detail::echoDumpLine(told); });
+    detail::attempt(kForLog, [] { detail::deliverDumpLine(told); });
+    tellTime();
+    detail::attempt(kForLittle, [] { detail::recordCrash(told); });
+}
+
+// ---- Signals
+
+void setAction(int signal, void (*handler)(int, siginfo_t*, void*), int flags) {
+    struct sigaction action {};
+    action.sa_sigaction = handler;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | flags;
+    sigaction(signal, &action, nullptr);
+}
+
+void ignore(int signal) {
+    struct sigaction action {};
+    action.sa_handler = SIG_IGN;
+    sigaction(signal, &action, nullptr);
+}
+
+void onTimeOver(int, siginfo_t*, void*) {
+    const pid_t thread = crashing;
+    if (gettid() != thread) {
+        syscall(SYS_tgkill, getpid(), thread, SIGALRM);
+        return;
+    }
+    detail::cutAttempt();
+    if (told.recorded)
+        _exit(kCrashStatus); // the rest of the program does not come to its end
+}
+
+/// Lets in what ends an attempt, whatever the fault's place has blocked, and keeps out what
+/// would end the process before all is written. A limit of its own for memory is over, too.
+void prepareProcess() {
+    setAction(SIGALRM, onTimeOver, 0);
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGALRM);
     for (const int fault : kFaults)
         sigaddset(&signals, fault);
     pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
+    ignore(SIGPIPE);
+    ignore(SIGXFSZ);
+    rlimit memory{};
+    getrlimit(RLIMIT_AS, &memory);
+    memory.rlim_cur = memory.rlim_max;
+    setrlimit(RLIMIT_AS, &memory);
 }
 
-void onFault(int signal, siginfo_t* info, void* context) {
-    if (current != nullptr)
-        current->take(info, context);
+/// What follows must end, too: exit handlers are left out, but buffers are written.
+void limitTheEnd() {
+    itimerval timer{};
+    timer.it_value.tv_usec = kForEnd * 1000;
+    timer.it_interval = timer.it_value;
+    setitimer(ITIMER_REAL, &timer, nullptr);
+}
+
+/// Whether the guard can still return to its caller: an overrun of the stack comes to its
+/// frame before it comes to those of the callers.
+bool frameIsIntact() {
+    const void* frame[2] = {nullptr, nullptr}; // the caller's frame pointer, the return address
+    return detail::readMemory(reinterpret_cast<uintptr_t>(guard.frame), frame, sizeof frame) &&
+           frame[1] == guard.returnAddress;
+}
+
+[[noreturn]] void takeCrash(const detail::CrashCause& cause) {
+    prepareProcess();
+    leaveEvidence(cause);
+    limitTheEnd();
+    if (!frameIsIntact())
+        _exit(kCrashStatus);
+    siglongjmp(guard.resume, 1);
+}
+
+void waitForTheEnd() {
+    while (crashing != 0)
+        pauseFor(kGrace);
+}
+
+/// A signal for the process reaches any thread of it; it is meant for the guarded one. One
+/// for a thread, such as that of abort, is that thread's.
+bool handOver(const siginfo_t& info) {
+    if (guard.thread == 0 || (info.si_code != SI_USER && info.si_code != SI_QUEUE))
+        return false;
+    siginfo_t copy = info;
+    return syscall(SYS_rt_tgsigqueueinfo, getpid(), guard.thread, info.si_signo, &copy) == 0 ||
+           syscall(SYS_tgkill, getpid(), guard.thread, info.si_signo) == 0;
+}
+
+/// The system's default, unless the guarded thread crashes at the same time: then this
+/// thread waits for the end.
+void leaveToTheSystem(int signal) {
+    if (guard.thread != 0)
+        pauseFor(kGrace);
+    if (crashing != 0)
+        waitForTheEnd();
     struct sigaction systemDefault {};
     systemDefault.sa_handler = SIG_DFL;
     sigaction(signal, &systemDefault, nullptr);
     raise(signal);
 }
 
-FaultGuard::FaultGuard() : d_outer(std::exchange(current, this)) {
+void onFault(int signal, siginfo_t* info, void* context) {
+    const pid_t self = gettid();
+    if (crashing == self) { // a fault of what follows
+        detail::cutAttempt();
+        _exit(kCrashStatus);
+    }
+    if (crashing != 0)
+        waitForTheEnd();
+    if (guard.thread == self) {
+        crashing = self;
+        takeCrash({info, context, terminating});
+    }
+    if (!handOver(*info))
+        leaveToTheSystem(signal);
+}
+
+/// In place of a handler for all exceptions, at which the stack would be gone.
+void onTerminate() {
+    terminating = guard.thread == gettid();
+    if (!terminating && guard.previousTerminate != nullptr)
+        guard.previousTerminate();
+    raise(SIGABRT);
+    std::abort();
+}
+
+// ---- The guard
+
+void installHandlers() {
     stack_t stack{};
     stack.ss_sp = handlerStack.data();
     stack.ss_size = handlerStack.size();
-    sigaltstack(&stack, &d_previousStack);
+    sigaltstack(&stack, &guard.previousStack);
 
     struct sigaction action {};
     action.sa_sigaction = onFault;
-    action.sa_flags = SA_SIGINFO | SA_ONSTACK;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
     for (size_t i = 0; i < kFaults.size(); ++i)
-        sigaction(kFaults[i], &action, &d_previousActions[i]);
+        sigaction(kFaults[i], &action, &guard.previousActions[i]);
+    guard.previousTerminate = std::set_terminate(onTerminate);
 }
 
-FaultGuard::~FaultGuard() {
+void removeHandlers() {
     for (size_t i = 0; i < kFaults.size(); ++i)
-        sigaction(kFaults[i], &d_previousActions[i], nullptr);
-    current = d_outer;
-    sigaltstack(&d_previousStack, nullptr);
+        sigaction(kFaults[i], &guard.previousActions[i], nullptr);
+    sigaltstack(&guard.previousStack, nullptr);
+    std::set_terminate(guard.previousTerminate);
 }
 
-void FaultGuard::take(const siginfo_t* info, void* context) {
-    if (d_stage == Stage::Recording)
-        _exit(kCrashStatus);
-    unblockSignals();
-    if (d_stage == Stage::Running) {
-        d_stage = Stage::Reporting;
-        limitTime();
-        detail::SignalFault fault{info, context};
-        detail::writeDumpInDistress(&fault, dump);
-    }
-    d_stage = Stage::Recording;
-    siglongjmp(resume, 1);
+void begin() {
+    crashing = 0;
+    terminating = false;
+    told = {};
+    detail::noteCrashNames();
+    detail::reserveForReport();
+    installHandlers();
+    guard.thread = gettid();
+    detail::noteThrows(true);
 }
+
+void end(const Guard& outer) {
+    removeHandlers();
+    detail::releaseReserve();
+    guard = outer;
+    detail::noteThrows(guard.thread == gettid());
+}
+
+/// Exceptions are not let through: the search for a handler ends here, before anything has
+/// been cleaned up, as if this were the thread's first function.
+#if defined(__x86_64__)
+[[gnu::noinline]] int runOutermost(StartFunction start, int argc, char** argv) {
+    asm volatile(".cfi_undefined rip");
+    const int status = start(argc, argv);
+    asm volatile("" : : : "memory"); // or the call would be a jump
+    return status;
+}
+#else
+int runOutermost(StartFunction start, int argc, char** argv) noexcept { return start(argc, argv); }
+#endif
 
 } // namespace
 
@@ -119,13 +265,27 @@ void endProcess(int status) {
     _exit(status);
 }
 
-int detail::runUnderGuard(StartFunction start, int argc, char** argv) {
-    FaultGuard guard;
-    if (sigsetjmp(guard.resume, 0) != 0) {
-        recordDump(guard.dump);
+int32_t writeCrashDump() {
+    if (guard.thread == 0)
+        detail::noteCrashNames();
+    const pid_t previous = crashing.exchange(gettid());
+    if (previous == 0)
+        prepareProcess();
+    leaveEvidence({nullptr, nullptr, false});
+    crashing = previous;
+    return 1;
+}
+
+[[gnu::noinline]] int detail::runUnderGuard(StartFunction start, int argc, char** argv) {
+    const Guard outer = guard;
+    begin();
+    guard.frame = __builtin_frame_address(0);
+    guard.returnAddress = __builtin_return_address(0);
+    if (sigsetjmp(guard.resume, 1) != 0)
         return kCrashStatus;
-    }
-    return runCatching(start, argc, argv);
+    const int status = runOutermost(start, argc, argv);
+    end(outer);
+    return status;
 }
 
 } // namespace core

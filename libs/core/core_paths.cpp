@@ -2,7 +2,9 @@
 
 #include "core_check.h"
 
+#include <algorithm>
 #include <array>
+#include <cstddef>
 
 namespace core {
 namespace {
@@ -31,6 +33,13 @@ Table& table() {
     return instance;
 }
 
+// What a crash asks for, where damage to the heap does not reach.
+struct StoredPath {
+    std::array<char, 1024> text;
+    size_t size;
+};
+constinit std::array<StoredPath, std::size(kFolders)> storedPaths{};
+
 } // namespace
 
 const char* Paths::pathName(PathIndex index) {
@@ -44,6 +53,8 @@ void Paths::setPath(PathIndex index, const std::string& path) {
     PathInfo& pi = table().at(index);
     pi.path = path;
     pi.is_set = true;
+    StoredPath& stored = storedPaths.at(index);
+    stored.size = path.copy(stored.text.data(), stored.text.size() - 1);
 }
 
 void Paths::setDefaultPaths() {
@@ -55,6 +66,11 @@ const std::string& Paths::path(PathIndex index) {
     const PathInfo& pi = table().at(index);
     GASSERT_AT(kNotSet, pi.is_set, pathName(index));
     return pi.path;
+}
+
+std::string_view Paths::storedPath(PathIndex index) {
+    const StoredPath& stored = storedPaths[std::min<size_t>(index, storedPaths.size() - 1)];
+    return {stored.text.data(), stored.size};
 }
 
 std::string Paths::fullPath(PathIndex index) { return "./" + path(index); }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace core {
 
@@ -24,6 +25,10 @@ public:
     /// The folder as it was set; until then empty, with a failed check of level 1. Valid
     /// to the end of the process. Unknown index: std::out_of_range.
     static const std::string& path(PathIndex index);
+
+    /// The same from static storage, cut at 1,023 bytes, for what runs after a crash: asks
+    /// neither the heap nor a check.
+    static std::string_view storedPath(PathIndex index);
 
     /// The folder with "./" before it.
     static std::string fullPath(PathIndex index);

@@ -1,6 +1,7 @@
 #include "core_v2masterlogger.h"
 
 #include "core_check.h"
+#include "core_historycopy_calls.h"
 #include "core_timespec.h"
 #include "core_varargs.h"
 
@@ -155,6 +156,13 @@ void echo(const ChannelRecord& record, uint32_t id, std::string_view text) {
     print(stdout, channelLine(record, id, false, text) + '\n');
 }
 
+/// `text` behind the logger's scope labels for the channel, in `buffer` if there are any.
+std::string_view prefixed(Logger& logger, int32_t channel, std::string_view text,
+                          std::string& buffer) {
+    const std::string_view prefix = logger.prefix(channel);
+    return prefix.empty() ? text : buffer.append(prefix).append(text);
+}
+
 void refuseLine(std::FILE* stream, const char* why, const ChannelRecord& record, uint32_t id,
                 std::string_view text) {
     print(stream, std::string("MasterLogger:implLog - ") + why + "\n  <" +
@@ -172,6 +180,7 @@ void keepInHistory(const ChannelRecord& record, std::string_view text) {
     if (history == nullptr)
         return;
     history->push_back({now(), record.name, std::string(text)});
+    detail::copyToHistory(history->back().time, record.name, text);
     while (history->size() > MasterLogger::kHistoryLimit)
         history->pop_front();
 }
@@ -353,6 +362,10 @@ void MasterLogger::setChannelEcho(int32_t channel, bool echoed) {
         changeFlag(channel, ChannelRecord::kEcho, echoed);
 }
 
+bool MasterLogger::echoed(int32_t channel) {
+    return defined(channel) && hasFlag(recordOf(channel), ChannelRecord::kEcho);
+}
+
 // The old implementation goes outside the lock, since its destructor may wait for a
 // thread that logs; what is logged before it is gone is refused.
 void MasterLogger::setImplementation(LogImpl* implementation) {
@@ -470,17 +483,20 @@ void MasterLogger::logText(Logger& logger, int32_t channel, std::string_view tex
                           .append(text));
         return;
     }
-    const std::string_view prefix = logger.prefix(channel);
-    std::string prefixed;
-    if (!prefix.empty()) {
-        prefixed.append(prefix).append(text);
-        text = prefixed;
-    }
     const ChannelRecord& record = recordOf(channel);
+    std::string buffer;
+    const std::string_view line = prefixed(logger, channel, text, buffer);
     if (hasFlag(record, ChannelRecord::kEcho))
-        echo(record, logger.id(), text);
+        echo(record, logger.id(), line);
     if (hasFlag(record, ChannelRecord::kProcessed))
-        writeLine(channel, logger.id(), record, text);
+        writeLine(channel, logger.id(), record, line);
+}
+
+void MasterLogger::deliver(Logger& logger, int32_t channel, std::string_view text) {
+    if (!defined(channel) || !hasFlag(recordOf(channel), ChannelRecord::kProcessed))
+        return;
+    std::string buffer;
+    writeLine(channel, logger.id(), recordOf(channel), prefixed(logger, channel, text, buffer));
 }
 
 void MasterLogger::writeLine(int32_t channel, uint32_t id, const ChannelRecord& record,

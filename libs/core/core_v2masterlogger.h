@@ -180,6 +180,7 @@ public:
     /// implementation.
     static void setChannelEnabled(int32_t channel, bool enabled);
     static void setChannelEcho(int32_t channel, bool echo);
+    static bool echoed(int32_t channel); ///< lock-free
 
     /// Takes ownership and destroys the old implementation; null installs a
     /// DefaultLogImpl. Lines logged meanwhile by other threads are dropped with a
@@ -202,6 +203,9 @@ public:
 
     /// Logs a finished text without looking at the channel's enable bit.
     static void logText(Logger& logger, int32_t channel, std::string_view text);
+
+    /// The same for a line that has been shown already: not on standard output.
+    static void deliver(Logger& logger, int32_t channel, std::string_view text);
 
 private:
     friend class GlobalLogObserver;

@@ -286,7 +286,7 @@ class Stopping(Scenario):
             return finish(self.platform.start(self.desktop, self.work, arguments,
                                               helper=["--stop-on-check"]))
         evidence = self.assert_evidence(start(), self.platform.helper, line)
-        self.assertEqual(evidence.cause, self.platform.causes["null_write"])
+        self.assertEqual(evidence.cause, self.platform.null_write)
         self.assertEqual(evidence.functions[0], "core::deliberateFault()")
         self.assert_ended(start("jitd"), line, self.platform.fault_status)
 
@@ -312,41 +312,6 @@ class Stopping(Scenario):
     def test_without_jitd_itself_a_fault_is_guarded(self):
         status = self.fault_in_dialog("JITD", "-jitd", "jitd2")
         self.assertEqual(status, self.platform.crash_status)
-
-
-class Crashing(Scenario):
-    """Runs that end by a crash of the program itself."""
-
-    def crash(self, kind):
-        (self.work / "files").mkdir(exist_ok=True)
-        return finish(self.platform.start(self.desktop, self.work, helper=["--crash", kind]))
-
-    def check(self, kind, function=""):
-        """`function` is where; empty if the dump need not know."""
-        helper = self.platform.helper
-        evidence = self.assert_evidence(self.crash(kind), helper)
-        record = (self.work / "files" / "dumps.log").read_text("ascii")
-        self.assertRegex(record, rf"^\d{{4}}-\d\d-\d\d \d\d:\d\d:\d\d: {helper.stem} {TAG}\n$")
-        self.assertEqual(evidence.cause, self.platform.causes[kind])
-        self.assertIn(helper.name, evidence.modules)
-        self.assertIn(function, " ".join(evidence.functions[:2]))
-
-    def test_division(self):
-        self.check("division", "divideByZero")
-
-    def test_bad_jump(self):
-        self.check("bad_jump", "jumpToNowhere")
-
-    def test_stack_overflow(self):
-        self.check("stack_overflow", "overflowStack")
-
-    def test_exception(self):
-        self.check("exception")
-
-    def test_beyond_the_guard_is_left_to_the_system(self):
-        for kind in ("thread", "exit"):
-            self.assertEqual(self.crash(kind).status, self.platform.fault_status, kind)
-            self.assertEqual(os.listdir(self.work), ["files"])
 
 
 class Logging(Scenario):

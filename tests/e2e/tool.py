@@ -78,8 +78,7 @@ class Linux(Platform):
 
     stored_mode = 0o600
     fault_status = -signal.SIGSEGV
-    causes = {"null_write": "Signal 11", "division": "Signal 8", "bad_jump": "Signal 11",
-              "stack_overflow": "Signal 11", "exception": ""}
+    null_write = "Signal 11"  # the cause of a dump
 
     @property
     def folder_text(self):

@@ -17,9 +17,7 @@ class Windows(Platform):
     stored_mode = None  # Windows lets a new file inherit its folder's permissions
     folder_text = r"C:\ProgramData\Quorvane\Orvistrand"
     fault_status = 0xC0000005 & 0xFF  # that of the system for an access violation
-    causes = {"null_write": "Exception 0xc0000005", "division": "Exception 0xc0000094",
-              "bad_jump": "Exception 0xc0000005", "stack_overflow": "Exception 0xc00000fd",
-              "exception": ""}
+    null_write = "Exception 0xc0000005"  # the cause of a dump
 
     def __init__(self, wine, tool, helper, prefix):
         super().__init__(tool, helper, prefix / "drive_c" / "ProgramData")

@@ -358,7 +358,7 @@ class CrashOfAnOperator(WindowsTrial):
         self.assertRegex((folder / "files" / "dumps.log").read_text("ascii"),
                          rf"^[-0-9]+ [:0-9]+: configure {build}\n$")
         evidence = open_minidump(dump, folder / "configure.exe", debug)
-        self.assertEqual(evidence.cause, platform.causes["null_write"])
+        self.assertEqual(evidence.cause, platform.null_write)
         self.assertEqual(evidence.functions[0], "core::deliberateFault()")
 
 

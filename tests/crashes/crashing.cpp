@@ -1,0 +1,294 @@
+#include "crashing.h"
+
+#include "core_check.h"
+#include "core_guard.h"
+#include "core_log.h"
+#include "core_paths.h"
+#include "log_recorder.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+#include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string_view>
+#include <thread>
+
+// A program that crashes as its first argument says, for crashes.py.
+
+namespace crashing {
+
+// Not local to this source, or the compiler would know that the call cannot be.
+struct Base {
+    Base() {
+        Base* volatile self = this; // or the compiler knows better
+        self->callIt();
+    }
+    virtual ~Base() = default;
+    [[gnu::noinline]] void callIt() { call(); }
+    virtual void call() = 0;
+};
+struct Derived : Base {
+    void call() override {}
+};
+
+namespace {
+
+volatile int zero = 0;
+
+__attribute__((noinline, no_sanitize("undefined"))) void divideByZero() { zero = 100 / zero; }
+
+__attribute__((noinline, no_sanitize("undefined"))) void jumpToNowhere() {
+    void (*volatile nowhere)() = nullptr;
+    nowhere(); // NOLINT(clang-analyzer-core*)
+    zero = 0;  // so that it is a call
+}
+
+[[gnu::noinline]] int overflowStack(int depth) {
+    int (*volatile deeper)(int) = overflowStack; // or the compiler takes it apart
+    volatile char frame[4096] = {};
+    return deeper(depth + 1) + frame[depth % 4096];
+}
+
+/// Faults when so few bytes of the stack are left.
+[[gnu::noinline]] void useUpStack(const char* end, ptrdiff_t left) {
+    volatile char frame[1024] = {};
+    void (*volatile deeper)(const char*, ptrdiff_t) = useUpStack;
+    if (reinterpret_cast<uintptr_t>(frame) - reinterpret_cast<uintptr_t>(end) <
+        static_cast<uintptr_t>(left))
+        core::deliberateFault();
+    deeper(end, left);
+    frame[0] = frame[1];
+}
+
+struct Cleanup {
+    ~Cleanup() {
+        std::fputs("unwound\n", stdout);
+        std::fflush(stdout);
+    }
+};
+
+[[noreturn, gnu::noinline]] void throwException() { throw std::runtime_error("out of paper"); }
+
+[[gnu::noinline]] void throwThroughCleanup() {
+    const Cleanup cleanup;
+    throwException();
+}
+
+[[gnu::noinline]] void throwWithoutPromise() noexcept { throwThroughCleanup(); }
+
+/// In a slot of Qt's, in its event loop.
+void inSlot(void (*slot)()) {
+    static int argc = 1;
+    static char name[] = "crashing";
+    static char* argv[] = {name, nullptr};
+    const QCoreApplication application(argc, argv);
+    QTimer::singleShot(0, slot);
+    QCoreApplication::exec();
+}
+
+[[gnu::noinline]] void destroyJoinableThread() {
+    const std::thread thread([] { sleepForEver(); });
+}
+
+/// Writes upward from here until there is no memory any more.
+__attribute__((noinline, no_sanitize("address"))) void overrun(volatile char* from) {
+    for (;; ++from)
+        *from = 'x';
+}
+
+[[gnu::noinline]] void overrunStack() {
+    volatile char bottom = 0;
+    overrun(&bottom);
+}
+
+void overrunHeap() { overrun(static_cast<char*>(std::malloc(16))); }
+
+void overwriteChunk() {
+    const auto block = std::make_unique<char[]>(64);
+    std::memset(block.get() - 16, 'x', 256); // NOLINT
+    core::deliberateFault();
+}
+
+/// Lets another thread hold something for ever, and crashes.
+void whileAnotherThread(void (*holdIt)(), void (*crash)() = core::deliberateFault) {
+    static std::atomic<bool> held{false};
+    std::thread([holdIt] {
+        holdIt();
+        held = true;
+        sleepForEver();
+    }).detach();
+    while (!held)
+        std::this_thread::yield();
+    crash();
+}
+
+/// Throwing needs memory, throwing on does not.
+[[gnu::noinline]] void throwWithHeapLocked() {
+    try {
+        throwException();
+    } catch (...) {
+        whileAnotherThread(lockHeap, [] { throw; });
+    }
+}
+
+/// An observer that keeps the log's lock.
+void lockLog() {
+    static std::atomic<bool> inside{false};
+    std::thread([] {
+        const test::ScriptedObserver observer({core::kChannelWarn}, [](const std::string&) {
+            inside = true;
+            sleepForEver();
+        });
+        core::logText(core::kChannelWarn, "now");
+    }).detach();
+    while (!inside)
+        std::this_thread::yield();
+}
+
+void onTwoThreads() {
+    static std::atomic<int> ready{0};
+    const auto both = [] {
+        for (++ready; ready < 2;)
+            ;
+        core::deliberateFault();
+    };
+    std::thread(both).detach();
+    both();
+}
+
+/// Another thread faults again and again while this one's fault is reported.
+void againOnOthers() {
+    for (int i = 0; i < 8; ++i) {
+        std::thread([i] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2 * i));
+            core::deliberateFault();
+        }).detach();
+    }
+    core::deliberateFault();
+}
+
+void faultOn(const std::string& line, const char* part) {
+    if (line.find(part) != std::string::npos)
+        core::deliberateFault();
+}
+
+void observing(const char* part, void (*crash)()) {
+    static const auto watch = [part](const std::string& line) { faultOn(line, part); };
+    static const test::ScriptedObserver observer({core::kChannelCrit, core::kChannelWarn}, watch);
+    crash();
+}
+
+void logWarning() { core::logText(core::kChannelWarn, "now"); }
+
+void logIntoImplementation() {
+    core::MasterLogger::setImplementation(
+        new test::ScriptedImpl([](const std::string& line) { faultOn(line, "now"); }));
+    logWarning();
+}
+
+void hangInObserver() {
+    static const test::ScriptedObserver observer({core::kChannelCrit},
+                                                 [](const std::string&) { sleepForEver(); });
+    core::deliberateFault();
+}
+
+void keepHistory() {
+    core::MasterLogger::enableHistory(true);
+    core::MasterLogger::setHistory(core::kChannelWarn, true);
+    core::logText(core::kChannelWarn, "the last words");
+}
+
+/// Twenty threads log while this one crashes.
+void whileOthersLog() {
+    keepHistory();
+    for (int i = 0; i < 20; ++i) {
+        std::thread([] {
+            for (;;)
+                core::logText(core::kChannelWarn, std::string(40, 'a') + std::string(40, 'z'));
+        }).detach();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(3));
+    core::deliberateFault();
+}
+
+void crashAfterNestedRun() {
+    if (core::runGuardedWith([](int, char**) { return 0; }, 0, nullptr) == 0)
+        core::deliberateFault();
+}
+
+bool crashesAtExit = false;
+const struct CrashAtExit {
+    ~CrashAtExit() {
+        if (crashesAtExit)
+            core::deliberateFault();
+    }
+} crashAtExit;
+
+const std::map<std::string_view, void (*)()> kCrashes = {
+    {"none", [] {}},
+    {"null_write", core::deliberateFault},
+    {"division", divideByZero},
+    {"bad_jump", jumpToNowhere},
+    {"generated_code", runGeneratedCode},
+    {"stack_overflow", [] { overflowStack(0); }},
+    {"little_stack", [] { useUpStack(endOfStack(), 20480); }},
+    {"exception", throwThroughCleanup},
+    {"exception_in_slot", [] { inSlot(throwThroughCleanup); }},
+    {"exception_in_noexcept", throwWithoutPromise},
+    {"abort", std::abort},
+    {"pure_virtual", [] { Derived(); }},
+    {"joinable_thread", destroyJoinableThread},
+    {"fatal", [] { qFatal("no way on"); }},
+    {"two_threads", onTwoThreads},
+    {"again_on_others", againOnOthers},
+    {"stack_overrun", overrunStack},
+    {"heap_overrun", overrunHeap},
+    {"heap_chunk", overwriteChunk},
+    {"heap_locked", [] { whileAnotherThread(lockHeap); }},
+    {"exception_heap_locked", throwWithHeapLocked},
+    {"output_locked", [] { whileAnotherThread(lockOutput); }},
+    {"exception_output_locked", [] { whileAnotherThread(lockOutput, throwException); }},
+    {"log_locked", [] { whileAnotherThread(lockLog); }},
+    {"exception_log_locked", [] { whileAnotherThread(lockLog, throwException); }},
+    {"no_memory", [] { useUpMemory(), core::deliberateFault(); }},
+    {"exception_no_memory", [] { useUpMemory(), throwException(); }},
+    {"no_descriptors", [] { useUpDescriptors(), core::deliberateFault(); }},
+    {"replaced", [] { replaceProgram(), core::deliberateFault(); }},
+    {"signal_from_outside", [] { whileAnotherThread([] {}, signalFromOutside); }},
+    {"observer_faults", [] { observing("minidump", throwException); }},
+    {"observer_hangs", hangInObserver},
+    {"in_observer", [] { observing("now", logWarning); }},
+    {"in_implementation", logIntoImplementation},
+    {"in_check", [] { observing("GASSERT", [] { CHECKF(false); }); }},
+    {"full_pipe", [] { fillOutput(), core::deliberateFault(); }},
+    {"history", [] { keepHistory(), core::deliberateFault(); }},
+    {"others_log", whileOthersLog},
+    {"nested", crashAfterNestedRun},
+    {"on_another_thread", [] { std::thread(core::deliberateFault).join(); }},
+    {"after_the_guard", [] { crashesAtExit = true; }},
+};
+
+int run(int, char** argv) {
+    core::Paths::setDefaultPaths();
+    if (argv[1] == std::string_view("raise"))
+        return std::raise(std::atoi(argv[2]));
+    kCrashes.at(argv[1])();
+    return 0;
+}
+
+} // namespace
+} // namespace crashing
+
+int main(int argc, char** argv) {
+    const int status = core::runGuardedWith(crashing::run, argc, argv);
+    if (status == core::kCrashStatus)
+        core::endProcess(status);
+    return status;
+}

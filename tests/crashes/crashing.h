@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstdint>
+
+/// What the crashing program does by its platform's calls.
+namespace crashing {
+
+[[noreturn]] void sleepForEver();
+
+/// The lowest address of this thread's stack.
+const char* endOfStack();
+
+/// Calls a function made at run time, with a frame of its own, that writes to nowhere.
+void runGeneratedCode();
+
+/// For this thread, and never given back.
+void lockHeap();
+void lockOutput();
+
+void useUpMemory();
+void useUpDescriptors();
+
+/// Puts another file in place of this program's.
+void replaceProgram();
+
+/// Has another process end this one by a fault's signal.
+void signalFromOutside();
+
+/// Writes to standard output until nobody reads any more.
+void fillOutput();
+
+} // namespace crashing
