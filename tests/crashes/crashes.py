@@ -258,7 +258,11 @@ def run(platform, folder, row):
             process.stdout = None
         if reads == 0:
             process.wait(200)
-        output, errors = process.communicate(timeout=200)
+        try:
+            output, errors = process.communicate(timeout=200)
+        except subprocess.TimeoutExpired:
+            process.kill()
+            raise
     return process.returncode, output or "", errors or "", time.monotonic() - begun
 
 

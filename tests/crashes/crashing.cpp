@@ -97,18 +97,23 @@ void inSlot(void (*slot)()) {
     const std::thread thread([] { sleepForEver(); });
 }
 
-/// Writes upward from here until there is no memory any more.
-__attribute__((noinline, no_sanitize("address"))) void overrun(volatile char* from) {
-    for (;; ++from)
+/// Writes upward, and faults at the end at the latest.
+__attribute__((noinline, no_sanitize("address"))) void overrun(volatile char* from,
+                                                               const volatile char* end) {
+    for (; from < end; ++from)
         *from = 'x';
+    core::deliberateFault();
 }
 
 [[gnu::noinline]] void overrunStack() {
     volatile char bottom = 0;
-    overrun(&bottom);
+    overrun(&bottom, topOfStack());
 }
 
-void overrunHeap() { overrun(static_cast<char*>(std::malloc(16))); }
+/// As far as there is memory.
+void overrunHeap() {
+    overrun(static_cast<char*>(std::malloc(16)), reinterpret_cast<char*>(UINTPTR_MAX)); // NOLINT
+}
 
 void overwriteChunk() {
     const auto block = std::make_unique<char[]>(64);

@@ -7,8 +7,9 @@ namespace crashing {
 
 [[noreturn]] void sleepForEver();
 
-/// The lowest address of this thread's stack.
+/// The lowest address of this thread's stack, and the first above it.
 const char* endOfStack();
+const char* topOfStack();
 
 /// Calls a function made at run time, with a frame of its own, that writes to nowhere.
 void runGeneratedCode();

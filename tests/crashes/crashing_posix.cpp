@@ -22,14 +22,28 @@ void sleepForEver() {
         pause();
 }
 
-const char* endOfStack() {
+namespace {
+
+const char* stack(size_t& size) {
     pthread_attr_t attributes;
     void* lowest = nullptr;
-    size_t size = 0;
     pthread_getattr_np(pthread_self(), &attributes);
     pthread_attr_getstack(&attributes, &lowest, &size);
     pthread_attr_destroy(&attributes);
     return static_cast<const char*>(lowest);
+}
+
+} // namespace
+
+const char* endOfStack() {
+    size_t size = 0;
+    return stack(size);
+}
+
+const char* topOfStack() {
+    size_t size = 0;
+    const char* const lowest = stack(size);
+    return lowest + size;
 }
 
 void runGeneratedCode() {

@@ -21,6 +21,10 @@ const char* endOfStack() {
     return static_cast<const char*>(memory.AllocationBase);
 }
 
+const char* topOfStack() {
+    return static_cast<const char*>(reinterpret_cast<const NT_TIB*>(NtCurrentTeb())->StackBase);
+}
+
 void runGeneratedCode() {
     // push ebp; mov ebp, esp; sub esp, 16; xor eax, eax; mov [eax], eax
     constexpr unsigned char kCode[] = {0x55, 0x89, 0xe5, 0x83, 0xec, 0x10, 0x31, 0xc0, 0x89, 0x00};
