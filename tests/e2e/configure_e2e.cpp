@@ -3,7 +3,7 @@
 #include "core_guard.h"
 #include "core_log.h"
 
-#include <QtGlobal>
+#include <QByteArray>
 #include <map>
 #include <string>
 #include <string_view>
