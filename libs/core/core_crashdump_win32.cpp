@@ -34,13 +34,14 @@ detail::DumpResult detail::writeMinidump(EXCEPTION_POINTERS* pointers, DWORD thr
 }
 
 detail::FixedText<512> detail::errorText(uint32_t error) {
+    FixedText<512> text;
+    if (error == ERROR_TIMEOUT) // that of a helper which waits for the heap: so would the system
+        return text << "the time for it was over";
     char buffer[512];
     const DWORD length =
         FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, error,
                        MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), buffer, sizeof buffer, nullptr);
-    FixedText<512> text;
-    text << std::string_view(buffer, length);
-    return text;
+    return text << std::string_view(buffer, length);
 }
 
 } // namespace core

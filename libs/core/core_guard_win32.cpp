@@ -138,13 +138,13 @@ bool waitForHelper() {
     return false;
 }
 
-/// What the helper does, as far as it has not.
+/// The line alone: opening dumps.log takes memory of the heap, for which the helper may be
+/// waiting, and for ever.
 [[noreturn]] void endWithoutHelper() {
     if (!dumped)
         told.dump = {false, ERROR_TIMEOUT};
     if (!told.echoed)
         detail::echoDumpLine(told);
-    record();
     endNow(kCrashStatus);
 }
 
