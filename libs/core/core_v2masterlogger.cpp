@@ -2,10 +2,10 @@
 
 #include "core_check.h"
 #include "core_historycopy_calls.h"
+#include "core_repeatlimits.h"
 #include "core_timespec.h"
 #include "core_varargs.h"
 
-#include <absl/container/flat_hash_map.h>
 #include <algorithm>
 #include <bitset>
 #include <cstdio>
@@ -13,7 +13,6 @@
 #include <deque>
 #include <mutex>
 #include <new>
-#include <optional>
 #include <utility>
 
 namespace core {
@@ -210,73 +209,22 @@ void DefaultLogImpl::write(int32_t, uint32_t, const ChannelRecord&, const char*,
 
 // ---- Repeat-limited messages
 
-struct DefaultLogRImpl::State {
-    struct Rule {
-        int32_t everyCount = 0;
-        int32_t everySeconds = 0;
-    };
-    struct Record {
-        std::optional<int64_t> firstTime;
-        int32_t count = 0;
-        int32_t countAtReport = 0;
-    };
-    struct Report {
-        int32_t times;
-        int64_t seconds;
-    };
-
-    std::optional<Report> countOne(std::string_view identity, int32_t channel,
-                                   std::string_view key);
-    static bool suppressed(const Rule& rule, const Record& record, int64_t time);
-
-    Clock clock;
-    std::mutex mutex;
-    absl::flat_hash_map<std::string, Rule> rules;
-    absl::flat_hash_map<std::pair<int32_t, std::string>, Record> records;
-};
-
-// A count threshold makes the time threshold void.
-bool DefaultLogRImpl::State::suppressed(const Rule& rule, const Record& record, int64_t time) {
-    if (record.count == 1)
-        return false;
-    if (rule.everyCount >= 1)
-        return record.count - record.countAtReport < rule.everyCount;
-    return rule.everySeconds >= 1 && time - record.firstTime.value_or(time) < rule.everySeconds;
-}
-
-std::optional<DefaultLogRImpl::State::Report>
-DefaultLogRImpl::State::countOne(std::string_view identity, int32_t channel, std::string_view key) {
-    const std::lock_guard lock(mutex);
-    const auto found = rules.find(std::string(identity));
-    const Rule rule = found != rules.end() ? found->second : Rule{};
-    Record& record = records[{channel, std::string(key)}];
-    ++record.count;
-    const int64_t time = clock();
-    if (suppressed(rule, record, time))
-        return std::nullopt;
-    const Report report{record.count - record.countAtReport,
-                        time - record.firstTime.value_or(time)};
-    record.firstTime = time;
-    record.countAtReport = record.count;
-    return report;
-}
-
 DefaultLogRImpl::DefaultLogRImpl() : DefaultLogRImpl(&secondsNow) {}
 
-DefaultLogRImpl::DefaultLogRImpl(Clock clock) : d_state(new State) { d_state->clock = clock; }
+DefaultLogRImpl::DefaultLogRImpl(Clock clock)
+    : d_limits(std::make_unique<RepeatLimits>()), d_clock(clock) {}
 
 DefaultLogRImpl::~DefaultLogRImpl() = default;
 
 void DefaultLogRImpl::setRule(std::string_view identity, int32_t everyCount, int32_t everySeconds) {
-    const std::lock_guard lock(d_state->mutex);
-    d_state->rules[std::string(identity)] = {everyCount, everySeconds};
+    d_limits->setRule(identity, {everyCount, everySeconds});
 }
 
 // The producer runs outside the lock, and also when the channel turns out disabled:
 // its call is what a report is.
 void DefaultLogRImpl::log(std::string_view identity, int32_t channel, std::string_view key,
                           const TextProducer& produce) {
-    const std::optional<State::Report> report = d_state->countOne(identity, channel, key);
+    const auto report = d_limits->count(identity, channel, key, d_clock());
     if (!report)
         return;
     const std::string text = produce();

@@ -79,6 +79,8 @@ public:
                size_t length) override;
 };
 
+class RepeatLimits;
+
 /// Makes the text of a repeated message, only when it is to be reported.
 using TextProducer = std::function<std::string()>;
 
@@ -114,8 +116,8 @@ public:
              const TextProducer& produce) override;
 
 private:
-    struct State;
-    std::unique_ptr<State> d_state;
+    std::unique_ptr<RepeatLimits> d_limits;
+    Clock d_clock;
 };
 
 /// Receives every line of the channels it watches, after the implementation.
