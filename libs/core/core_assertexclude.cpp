@@ -1,5 +1,6 @@
 #include "core_assertexclude.h"
 
+#include "core_time.h"
 #include "core_tokenizer.h"
 #include "core_wrapper.h"
 
@@ -18,8 +19,15 @@ constexpr size_t kLineLimit = 1000;
 constexpr int64_t kSecondsPerDay = 86400;
 constexpr int64_t kDaysValid = 3;
 
+/// On the clock here: dates and the time of day are compared as people read them.
+DateTime here(const CivilTime& civil) {
+    DateTime time(civil);
+    time.setDto(0);
+    return time;
+}
+
 /// Midnight of a date written as YYYY-MM-DD.
-std::optional<CivilTime> dateOf(std::string_view field) {
+std::optional<DateTime> dateOf(std::string_view field) {
     if (field.size() != 10 || field[4] != '-' || field[7] != '-')
         return std::nullopt;
     std::array<int32_t, 3> numbers{};
@@ -30,18 +38,21 @@ std::optional<CivilTime> dateOf(std::string_view field) {
             return std::nullopt;
         numbers[count] = decimalNumber(part).value_or(0);
     }
-    return CivilTime{numbers[0], numbers[1], numbers[2], 0, 0, 0};
+    const DateTime date = here({numbers[0], numbers[1], numbers[2], 0, 0, 0});
+    const CivilTime kept = date.civil(); // which may be less than the numbers
+    if (kept.month != numbers[1] || kept.day != numbers[2])
+        return std::nullopt;
+    return date;
 }
 
-bool holds(const CivilTime& date, const CivilTime& now) {
-    const int64_t seconds = secondsOfCivilTime(date) - secondsOfCivilTime(now);
-    return std::abs(seconds / kSecondsPerDay) < kDaysValid;
+bool holds(const DateTime& date, const DateTime& now) {
+    return std::abs(difference(date, now).seconds / kSecondsPerDay) < kDaysValid;
 }
 
 struct Line {
     std::string_view file;
     int32_t line;
-    CivilTime date;
+    DateTime date;
 };
 
 std::optional<Line> parse(std::string_view text) {
@@ -52,7 +63,7 @@ std::optional<Line> parse(std::string_view text) {
             return std::nullopt;
     }
     const std::optional<int32_t> line = decimalNumber(fields[1]);
-    const std::optional<CivilTime> date = dateOf(fields[2]);
+    const std::optional<DateTime> date = dateOf(fields[2]);
     if (fields[0].front() == '#' || !line || *line < 1 || !date)
         return std::nullopt;
     return Line{fields[0], *line, *date};
@@ -74,7 +85,7 @@ void AssertExclude::read(FILE* file, const CivilTime& now) {
     std::array<char, kLineLimit + 1> text{};
     while (std::fgets(text.data(), static_cast<int>(text.size()), file) != nullptr) {
         const std::optional<Line> line = parse(text.data());
-        if (line && holds(line->date, now))
+        if (line && holds(line->date, here(now)))
             d_sites.push_back({std::string(line->file), line->line});
     }
     std::sort(d_sites.begin(), d_sites.end(), [](const Site& a, const Site& b) {

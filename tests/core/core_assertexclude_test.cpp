@@ -29,7 +29,8 @@ TEST(AssertExclude, TakesOnlyWellFormedLines) {
     for (const char* text :
          {"", "#a.cpp 26 2024-03-01", "# a.cpp 26 2024-03-01", "a.cpp 26", "a.cpp 26x 2024-03-01",
           "a.cpp 4294967322 2024-03-01", "a.cpp 26 2024-3-001", "a.cpp 26 2024/03/01",
-          "a.cpp 26 2024-03--1", "a.cpp 26 2024-03-01T", "a.cpp 26 9999-99-99"})
+          "a.cpp 26 2024-03--1", "a.cpp 26 2024-19-01", "a.cpp 26 2024-03-33",
+          "a.cpp 26 2024-03-01T", "a.cpp 26 9999-99-99"})
         EXPECT_FALSE(listOf(text).contains("a.cpp", 26)) << text;
     EXPECT_FALSE(listOf("a 0 2024-03-01").contains("a", 0));
 }
