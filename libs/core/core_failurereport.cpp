@@ -50,7 +50,7 @@ void writeWhereItFailed(textmarkup::XmlWriter& writer, const FailureReport& repo
     field(writer, "total", report.total);
     field(writer, "utc", utcText(context.time));
     field(writer, "server", context.server);
-    field(writer, "product", buildModuleName());
+    field(writer, "product", productName());
     field(writer, "swver", version());
     field(writer, "hostname", hostName());
     field(writer, "os", platformName());
@@ -95,7 +95,7 @@ std::string sendLogsDocument(const CheckSite& site, const std::string& server) {
     textmarkup::XmlWriter writer;
     writer.declaration();
     writer.open("sendlogs");
-    field(writer, "file", site.file);
+    field(writer, "file", site.file != nullptr ? site.file : "");
     field(writer, "line", site.line);
     field(writer, "server", server);
     return writer.finish();

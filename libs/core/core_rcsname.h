@@ -2,21 +2,33 @@
 
 #include <string_view>
 
-/// What build this is: constants, set by the build system, for reports, crash dumps
-/// and their names. Valid for the whole life of the process, on any thread, in crash
-/// handlers too.
+/// What build this is, for reports, crash dumps and their names: constants, set by the
+/// build system, or what a program that stands on these libraries says of itself. Valid
+/// for the whole life of the process, on any thread, in crash handlers too.
 namespace core {
 
-/// The source-control keyword "Name" of the build, expanded, between its dollar signs.
+/// What is left empty stays as it was built, and the product is then called as the module.
+struct BuildIdentity {
+    std::string_view tag = {};      ///< of the source control, "release_2_1"
+    std::string_view stamp = {};    ///< date and time of the build, "yymmdd-hhmmss"
+    std::string_view module = {};   ///< the product module that the build belongs to
+    std::string_view product = {};  ///< as reports name it
+    std::string_view platform = {}; ///< "win_i686", "linux_x86_64"
+};
+
+/// Takes the place of what was set by the build system, for all functions below; the texts
+/// are copied. To be called first thing in main, before other threads and any failure:
+///
+///     core::setBuildIdentity({.tag = "release_1_4", .stamp = "240531-120000",
+///                             .module = "viewer", .product = "Viewer"});
+void setBuildIdentity(const BuildIdentity& identity);
+
+/// The source-control keyword "Name", expanded to the tag, between its dollar signs.
 std::string_view rcsName();
 
-/// Date and time of the build, "yymmdd-hhmmss".
 std::string_view buildStamp();
-
-/// The product module that the build belongs to.
 std::string_view buildModuleName();
-
-/// The target platform.
+std::string_view productName();
 std::string_view platformName();
 
 /// Tag and stamp of the build, joined by '_'; crash dumps are named after it.

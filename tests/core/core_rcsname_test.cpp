@@ -2,6 +2,7 @@
 
 #include "check_recorder.h"
 
+#include <filesystem>
 #include <gmock/gmock.h>
 
 namespace {
@@ -16,6 +17,12 @@ TEST(RcsName, VersionFromKeyword) {
     EXPECT_EQ(core::versionFromRcsName(kStart + "release_ $"), "");
     EXPECT_EQ(core::versionFromRcsName(core::rcsName()), core::version());
     EXPECT_THAT(checks.take(), testing::IsEmpty());
+}
+
+TEST(RcsName, PlatformIsThatOfTheBuild) {
+    const bool windows = std::filesystem::path::preferred_separator == '\\';
+    EXPECT_THAT(std::string(core::platformName()),
+                testing::MatchesRegex(windows ? "win_i686" : "linux_.+"));
 }
 
 TEST(RcsName, OtherTextIsReportedAndReturnedWhole) {

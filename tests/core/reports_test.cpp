@@ -65,6 +65,7 @@ std::vector<std::string> documentsOf(const char* childCase, const std::string& a
 }
 
 CHILD_CASE(failsOften) {
+    core::setBuildIdentity({.tag = "release_1_4", .stamp = "240531-120000", .product = "Viewer"});
     Server server(argument, "settings/testing.alt.ini");
     CHECKF_AT(kSite, false, "first");
     CHECKF_AT(kSite, false, "second");
@@ -101,12 +102,14 @@ TEST(Reports, HoldTheirElementsInOrder) {
                            "<condition>1 &gt; 2</condition>\n<message></message>\n"
                            "<backtrace></backtrace>\n<level>0</level>\n<count>1</count>\n"
                            "<total>1</total>\n<utc>%s</utc>\n<server>127.0.0.1</server>\n"
-                           "<product>orvistrand</product>\n<swver>%s</swver>\n"
-                           "<hostname>%s</hostname>\n<os>%s</os>\n<build_id>%s</build_id>\n"
-                           "<build_time>%s</build_time>\n<action>continue</action>\n"
+                           "<product>Viewer</product>\n<swver>1_4</swver>\n"
+                           "<hostname>%s</hostname>\n<os>%s</os>\n"
+                           "<build_id>%s</build_id>\n"
+                           "<build_time>240531-120000</build_time>\n<action>continue</action>\n"
                            "<log_url></log_url>\n</assert>\n",
-                           utc, core::version(), core::hostName(), core::platformName(),
-                           core::rcsName(), core::buildStamp()));
+                           utc, core::hostName(), core::platformName(),
+                           "$"
+                           "Name: release_1_4 $"));
     EXPECT_FALSE(core::hostName().empty());
     EXPECT_EQ(documents[1], "<?xml version=\"1.0\" encoding=\"utf-8\"?>\n<sendlogs>\n"
                             "<file>some_module.cpp</file>\n<line>8</line>\n"
