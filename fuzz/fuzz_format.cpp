@@ -57,7 +57,7 @@ std::string formatAll(const std::string& format, const std::vector<core::FormatA
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    core::storeFailureHandler(&countCheck);
+    core::detail::storeFailureHandler(&countCheck);
     fuzz::Input input(data, size);
     std::vector<std::string> texts;
     texts.reserve(8); // arguments keep views into it

@@ -30,33 +30,8 @@ void logFailure(const char* what, const char* condition, const char* file, int32
         CORE_LOGF(kChannelCrit, "%s %s:%d (%s) (%s)", what, file, line, condition, message);
 }
 
-} // namespace
-
-bool Assert::setFailureHandler(FailureHandler handler) {
-    if (handlerLocked()) {
-        logFrom(kChannelWarn, "core::Assert::setFailureHandler", "handler locked");
-        return false;
-    }
-    storeFailureHandler(handler);
-    return true;
-}
-
-bool Assert::setConsoleHandler() { return setFailureHandler(consoleHandler); }
-
-void Assert::lockHandler(bool locked) { storeHandlerLock(locked); }
-
-bool failDefault(const char* condition, const char* file, int32_t line, int32_t level,
-                 const std::string& message) {
-    if (condition == nullptr) {
-        CORE_LOGF(kChannelCrit, "ERROR!! ASSERT failed at %s:%d", file, line);
-        return false;
-    }
-    bool& inAssert = threadFlags().inAssert;
-    if (inAssert) {
-        std::fputs("Assert:failDefault - recursive call\n", stderr);
-        return false;
-    }
-    const Entered entered(inAssert);
+bool handleAssertion(const char* condition, const char* file, int32_t line, int32_t level,
+                     const std::string& message) {
     TestInterface& tests = TestInterface::instance();
     if (tests.isExcluded(file, line)) {
         logFailure("EXCLUDED_ASSERT failed at", condition, file, line, message);
@@ -68,6 +43,55 @@ bool failDefault(const char* condition, const char* file, int32_t line, int32_t 
     return tests.abortsOn(FailureType::Assertion);
 }
 
+bool handleAlert(const char* condition, const char* file, int32_t line, int32_t level,
+                 const std::string& message) {
+    logFailure("GALERT at", condition, file, line, message);
+    TestInterface& tests = TestInterface::instance();
+    tests.report(FailureType::Alert, condition, file, line, level, message);
+    return tests.abortsOn(FailureType::Alert);
+}
+
+/// What the handling answers; to go on, where the memory did not even suffice for that.
+template <typename Handle>
+bool answer(Handle&& handle) {
+    try {
+        return handle();
+    } catch (...) {
+        return false;
+    }
+}
+
+} // namespace
+
+bool Assert::setFailureHandler(FailureHandler handler) {
+    if (detail::handlerLocked()) {
+        logFrom(kChannelWarn, "core::Assert::setFailureHandler", "handler locked");
+        return false;
+    }
+    detail::storeFailureHandler(handler);
+    return true;
+}
+
+bool Assert::setConsoleHandler() { return setFailureHandler(consoleHandler); }
+
+void Assert::lockHandler(bool locked) { detail::storeHandlerLock(locked); }
+
+bool failDefault(const char* condition, const char* file, int32_t line, int32_t level,
+                 const std::string& message) {
+    const char* const where = file != nullptr ? file : "";
+    if (condition == nullptr) {
+        CORE_LOGF(kChannelCrit, "ERROR!! ASSERT failed at %s:%d", where, line);
+        return false;
+    }
+    bool& inAssert = threadFlags().inAssert;
+    if (inAssert) {
+        std::fputs("Assert:failDefault - recursive call\n", stderr);
+        return false;
+    }
+    const Entered entered(inAssert);
+    return answer([&] { return handleAssertion(condition, where, line, level, message); });
+}
+
 bool alertDefault(const char* condition, const char* file, int32_t line, int32_t level,
                   const std::string& message) {
     bool& inAlert = threadFlags().inAlert;
@@ -76,10 +100,8 @@ bool alertDefault(const char* condition, const char* file, int32_t line, int32_t
         return false;
     }
     const Entered entered(inAlert);
-    logFailure("GALERT at", condition, file, line, message);
-    TestInterface& tests = TestInterface::instance();
-    tests.report(FailureType::Alert, condition, file, line, level, message);
-    return tests.abortsOn(FailureType::Alert);
+    return answer(
+        [&] { return handleAlert(condition, file != nullptr ? file : "", line, level, message); });
 }
 
 } // namespace core

@@ -11,19 +11,28 @@ namespace {
 constinit std::atomic<FailureHandler> slot{&failDefault};
 constinit std::atomic<int32_t> level{1};
 constinit std::atomic<bool> locked{false};
-constinit thread_local ThreadFlags flags{false, false, false};
+constinit thread_local ThreadFlags flags{false, false, false, 0};
+
+/// Counts the failures that a thread is handling.
+class Handling {
+public:
+    Handling() { ++flags.failures; }
+    ~Handling() { --flags.failures; }
+    Handling(const Handling&) = delete;
+    Handling& operator=(const Handling&) = delete;
+};
 
 } // namespace
 
 FailureHandler failureHandler() { return slot.load(std::memory_order_relaxed); }
 
-void storeFailureHandler(FailureHandler handler) {
+void detail::storeFailureHandler(FailureHandler handler) {
     slot.store(handler != nullptr ? handler : &failDefault, std::memory_order_relaxed);
 }
 
-bool handlerLocked() { return locked.load(std::memory_order_relaxed); }
+bool detail::handlerLocked() { return locked.load(std::memory_order_relaxed); }
 
-void storeHandlerLock(bool lock) { locked.store(lock, std::memory_order_relaxed); }
+void detail::storeHandlerLock(bool lock) { locked.store(lock, std::memory_order_relaxed); }
 
 int32_t assertionLevel() { return level.load(std::memory_order_relaxed); }
 
@@ -31,8 +40,9 @@ void setAssertionLevel(int32_t newLevel) { level.store(newLevel, std::memory_ord
 
 void raise(const char* condition, const CheckSite& site, int32_t checkLevel,
            const std::string& message) {
-    if (assertionLevel() < checkLevel)
+    if (assertionLevel() < checkLevel || flags.failures >= kMaxNestedFailures)
         return;
+    const Handling handling;
     if (failureHandler()(condition, site.file, site.line, checkLevel, message))
         deliberateFault();
 }
@@ -52,8 +62,8 @@ __attribute__((noinline, no_sanitize("undefined"))) void deliberateFault() {
 
 bool consoleHandler(const char*, const char* file, int32_t line, int32_t,
                     const std::string& message) {
-    std::fprintf(stderr, "GASSERT failed at %s:%d (%s)\n", file, static_cast<int>(line),
-                 message.c_str());
+    std::fprintf(stderr, "GASSERT failed at %s:%d (%s)\n", file != nullptr ? file : "",
+                 static_cast<int>(line), message.c_str());
     return false;
 }
 

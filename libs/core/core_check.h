@@ -18,20 +18,15 @@ struct CheckSite {
 
 /// Takes the condition's text (null is allowed), the site, the check's level and
 /// the message. True means: stop the program at once. Called on the failing
-/// thread, any thread; must not throw.
+/// thread, any thread; must not throw. What it calls may fail checks of its own, which
+/// come back to it: after kMaxNestedFailures of them on one thread no more are reported.
 using FailureHandler = bool (*)(const char* condition, const char* file, int32_t line,
                                 int32_t level, const std::string& message);
 
 /// The handler in the check slot; `failDefault` at start, never null.
 FailureHandler failureHandler();
 
-/// Replaces the handler unconditionally; null puts `failDefault` back.
-/// Applications call core::Assert::setFailureHandler, which honours the lock.
-void storeFailureHandler(FailureHandler handler);
-
-/// While set, core::Assert::setFailureHandler refuses. Clear at start.
-bool handlerLocked();
-void storeHandlerLock(bool locked);
+inline constexpr int32_t kMaxNestedFailures = 16;
 
 /// A check of level L runs only while the assertion level is at least L. It is 1
 /// at start; negative switches every check's report off (not its fallback).
@@ -62,13 +57,22 @@ bool consoleHandler(const char* condition, const char* file, int32_t line, int32
 /// Re-entry guards of the diagnostics, one set per thread. Plain data without a
 /// destructor, so it may be touched at any time of a thread's or the process's life.
 struct ThreadFlags {
-    bool inAssert; ///< inside failDefault
-    bool inAlert;  ///< inside alertDefault
-    bool inWrite;  ///< inside the master logger's write path
+    bool inAssert;    ///< inside failDefault
+    bool inAlert;     ///< inside alertDefault
+    bool inWrite;     ///< inside the master logger's write path
+    int32_t failures; ///< inside of the handler of so many failed checks
 };
 ThreadFlags& threadFlags();
 
 namespace detail {
+
+/// Replaces the handler, whatever the lock says; null puts `failDefault` back. For
+/// core::Assert::setFailureHandler, and for tests.
+void storeFailureHandler(FailureHandler handler);
+
+/// See core::Assert::lockHandler.
+bool handlerLocked();
+void storeHandlerLock(bool locked);
 
 /// Raises and yields false, so that a check is one expression with its condition's
 /// value; inline, so that compilers know it.

@@ -13,7 +13,8 @@ class LogImpl;
 class Globals {
 public:
     /// Installs a log implementation, a DefaultLogImpl for null; the master logger
-    /// owns it from here on.
+    /// owns it from here on, see MasterLogger::setImplementation. Then has the settings of
+    /// core::TestInterface read.
     explicit Globals(LogImpl* implementation);
     virtual ~Globals();
     Globals(const Globals&) = delete;

@@ -9,6 +9,9 @@ namespace core {
 /// Where the application keeps its files: six folders, relative to the working
 /// directory at the time they are used. Filled on the main thread before others
 /// start, and only read afterwards; nothing is locked.
+///
+/// The settings of core::TestInterface and its list of excluded checks do not move with
+/// the folder Settings: they are always sought in "settings" of the working directory.
 class Paths {
 public:
     enum PathIndex : uint32_t { Assets, Settings, Work, Temp, Logs, Dumps };
@@ -30,7 +33,8 @@ public:
     /// neither the heap nor a check.
     static std::string_view storedPath(PathIndex index);
 
-    /// The folder with "./" before it.
+    /// The folder with "./" before it, whatever it is: an absolute path, too, then names a
+    /// place below the working directory.
     static std::string fullPath(PathIndex index);
 };
 

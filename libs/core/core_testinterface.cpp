@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -34,11 +35,27 @@ struct TestInterface::Collected {
     std::shared_ptr<const Udp4Socket> openSocket();
     std::shared_ptr<const Udp4Socket> socket();
 
+    void setByCode(const TestSettings& settings);
+    std::optional<TestSettings> setByCode();
+
 private:
     // Guards the pointer only; the socket itself may be sent on by several threads.
     std::mutex d_socketMutex;
     std::shared_ptr<const Udp4Socket> d_socket;
+
+    std::mutex d_settingsMutex;
+    std::optional<TestSettings> d_settings;
 };
+
+void TestInterface::Collected::setByCode(const TestSettings& settings) {
+    const std::lock_guard lock(d_settingsMutex);
+    d_settings = settings;
+}
+
+std::optional<TestSettings> TestInterface::Collected::setByCode() {
+    const std::lock_guard lock(d_settingsMutex);
+    return d_settings;
+}
 
 std::shared_ptr<const Udp4Socket> TestInterface::Collected::socket() {
     const std::lock_guard lock(d_socketMutex);
@@ -84,14 +101,18 @@ TestInterface::Collected& TestInterface::collected() {
     return *current;
 }
 
+void TestInterface::setSettings(const TestSettings& settings) { collected().setByCode(settings); }
+
 TestSettings TestInterface::settings() {
     const Loaded* current = loaded();
+    if (const auto set = collected().setByCode())
+        return *set;
     return current != nullptr ? current->settings : TestSettings{};
 }
 
 bool TestInterface::isExcluded(const char* file, int32_t line) {
     const Loaded* current = loaded();
-    return current != nullptr && current->exclusions.contains(file, line);
+    return current != nullptr && current->exclusions.contains(textOf(file), line);
 }
 
 bool TestInterface::abortsOn(FailureType type) {

@@ -15,9 +15,9 @@ struct TestSettings;
 /// go to a collecting server, as one document for each site and datagram.
 ///
 /// One per process, there from the first initialiser to the very end. What it reads
-/// from files it reads when it is first asked; a failure during that reading, and
-/// one of another thread at the same time, is judged by the defaults. By default
-/// nothing is sent. Any thread.
+/// from files it reads once: when core::Globals is made, or at the first failure before
+/// that. A failure during that reading, and one of another thread at the same time, is
+/// judged by the defaults. By default nothing is sent. Any thread.
 class TestInterface {
 public:
     static TestInterface& instance();
@@ -27,6 +27,9 @@ public:
     void loadIni() { loaded(); }
 
     TestSettings settings();
+
+    /// Takes the place of what the settings file says, before or after it is read.
+    void setSettings(const TestSettings& settings);
 
     /// Whether the exclusion list of core::AssertExclude names the site.
     bool isExcluded(const char* file, int32_t line);

@@ -49,6 +49,20 @@ TEST(Check, LevelsDecideWhatIsReportedAndWhatIsEvaluated) {
     }
 }
 
+bool failsItself(const char*, const char*, int32_t, int32_t, const std::string&) {
+    std::fputs("x", stderr);
+    return !CHECKF_AT(kSite, false) && false;
+}
+
+TEST(Check, HandlersThatFailThemselvesComeToAnEnd) {
+    const test::CheckRecorder restores;
+    core::detail::storeFailureHandler(&failsItself);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(test::captureOutput([] { EXPECT_FALSE(CHECKF_AT(kSite, false)); }).err,
+                  std::string(core::kMaxNestedFailures, 'x'));
+    }
+}
+
 TEST(ConsoleHandler, PrintsTheMessageAndContinues) {
     const test::Output output = test::captureOutput(
         [] { EXPECT_FALSE(core::consoleHandler("condition", "file.cpp", 12, 0, "100% bad")); });

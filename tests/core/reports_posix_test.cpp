@@ -1,15 +1,13 @@
 #include "child_process.h"
 #include "core_check.h"
 #include "core_testinterface.h"
+#include "core_testsettings.h"
 #include "core_udp4socket.h"
-#include "core_varargs.h"
 #include "log_recorder.h"
-#include "temp_folder.h"
 #include "xml_document.h"
 
 #include <sys/resource.h>
 
-#include <filesystem>
 #include <gmock/gmock.h>
 
 namespace {
@@ -28,12 +26,11 @@ CHILD_CASE(failsWithoutASocket) {
     core::Udp4Socket server;
     if (!server.open() || !server.bind("127.0.0.1", 0))
         std::exit(1);
-    std::filesystem::create_directory("settings");
-    test::writeFile("settings/testing.ini",
-                    core::format("[general]\nsend_address 127.0.0.1\nsend_port %d\n"
-                                 "[assert]\nsend true\n",
-                                 server.localPort()));
-    core::TestInterface::instance().loadIni();
+    core::TestSettings settings;
+    settings.sendAddress = "127.0.0.1";
+    settings.sendPort = server.localPort();
+    settings.flags = core::TestSettings::kSend;
+    core::TestInterface::instance().setSettings(settings);
     test::LogRecorder log;
     allowFiles(false);
     CHECKF_AT(kSite, false);
@@ -49,7 +46,6 @@ TEST(Reports, ThatCannotBeSentAreKeptForTheNextTime) {
 #ifdef __SANITIZE_ADDRESS__
     GTEST_SKIP() << "the sanitizers that come with this one open files of their own";
 #endif
-    const test::WorkingFolder folder;
     EXPECT_THAT(test::runChild("failsWithoutASocket").out,
                 testing::EndsWith("WARN core::SmartSocket::create(2,2,0) - failed to open socket\n"
                                   "WARN Log at core_socket.cpp:54\n"

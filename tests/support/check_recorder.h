@@ -32,9 +32,9 @@ class CheckRecorder {
 public:
     CheckRecorder() : d_previous(core::failureHandler()) {
         s_recorded.clear();
-        core::storeFailureHandler(&record);
+        core::detail::storeFailureHandler(&record);
     }
-    ~CheckRecorder() { core::storeFailureHandler(d_previous); }
+    ~CheckRecorder() { core::detail::storeFailureHandler(d_previous); }
     CheckRecorder(const CheckRecorder&) = delete;
     CheckRecorder& operator=(const CheckRecorder&) = delete;
 
