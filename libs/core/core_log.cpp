@@ -27,8 +27,7 @@ void logAt(int32_t channel, const CheckSite& site, const char* function, const c
 
 void logRepeated(std::string_view identity, int32_t channel, std::string_view key,
                  const TextProducer& produce) {
-    if (const std::shared_ptr<LogRImpl> implementation = MasterLogger::repeatImplementation())
-        implementation->log(identity, channel, key, produce);
+    MasterLogger::logRepeated(identity, channel, key, produce);
 }
 
 } // namespace core

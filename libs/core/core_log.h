@@ -9,6 +9,17 @@
 
 /// What the program's code calls to log. Texts are finished, formats are formats:
 /// the two never share a function, so a '%' in a folder name stays one.
+///
+///     to log                                                  call
+///     a format with arguments                                 logf
+///     the same with arguments that cost something to make     CORE_LOGF
+///     a format, in the name of a function                     logFrom
+///     that something happened at this place of the source     logAt
+///     a message that could come very often                    logRepeated
+///     a finished text                                         logText
+///
+/// All but logText ask first whether the channel is enabled. logf, logText and CORE_LOGF_TO take
+/// a logger as their first argument; otherwise it is MasterLogger::defaultLogger().
 namespace core {
 
 /// Logs a finished text; the channel's enable bit is not asked.
@@ -25,7 +36,7 @@ template <typename... Args>
 void logf(Logger& logger, int32_t channel, FormatString<kFormatKind<Args>...> format,
           const Args&... args) {
     if (channelEnabled(channel))
-        MasterLogger::logText(logger, channel, core::format(format, args...));
+        MasterLogger::logEnabled(logger, channel, core::format(format, args...));
 }
 template <typename... Args>
 void logf(int32_t channel, FormatString<kFormatKind<Args>...> format, const Args&... args) {
@@ -42,7 +53,8 @@ template <typename... Args>
 void logFrom(int32_t channel, std::string_view function, FormatString<kFormatKind<Args>...> format,
              const Args&... args) {
     if (channelEnabled(channel))
-        logText(channel, withFunction(function, core::format(format, args...)));
+        MasterLogger::logEnabled(MasterLogger::defaultLogger(), channel,
+                                 withFunction(function, core::format(format, args...)));
 }
 
 /// Logs "Log at FILE:LINE (FUNCTION) - MESSAGE" if the channel is enabled; null or
@@ -56,9 +68,13 @@ void logRepeated(std::string_view identity, int32_t channel, std::string_view ke
 
 } // namespace core
 
-/// core::logf whose arguments are evaluated only when the channel is enabled.
+/// core::logf whose format's arguments, and whose logger, are evaluated only when the
+/// channel is enabled. Statements.
 #define CORE_LOGF(channel, ...)                                                                    \
+    CORE_LOGF_TO(core::MasterLogger::defaultLogger(), channel, __VA_ARGS__)
+#define CORE_LOGF_TO(logger, channel, ...)                                                         \
     do {                                                                                           \
-        if (core::channelEnabled(channel))                                                         \
-            core::logf((channel), __VA_ARGS__);                                                    \
+        const int32_t coreLogChannel = (channel);                                                  \
+        if (core::channelEnabled(coreLogChannel))                                                  \
+            core::logf((logger), coreLogChannel, __VA_ARGS__);                                     \
     } while (false)

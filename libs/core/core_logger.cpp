@@ -42,17 +42,21 @@ std::string_view Logger::prefix(int32_t channel) {
     return d_prefix;
 }
 
-void Logger::addCollector(StringCollector* collector) { d_stringTargets.push_back(collector); }
+void Logger::addCollector(StringCollector* collector) {
+    if (collector != nullptr)
+        d_stringTargets.push_back(collector);
+}
 
 void Logger::removeCollector(StringCollector* collector) { std::erase(d_stringTargets, collector); }
 
 void Logger::collect(std::string_view text) {
     if (d_stringTargets.empty())
         return;
+    const std::string line(text); // a view of what grows here would not last
     for (StringCollector* target : d_stringTargets) {
         if (!target->text.empty())
             target->text += '\n';
-        target->text += text;
+        target->text += line;
         ++target->lineCount;
     }
     std::erase_if(d_stringTargets, [](const StringCollector* target) {

@@ -36,11 +36,12 @@ public:
     /// The indentation of the channel's lines. Valid until the next non-const call.
     std::string_view prefix(int32_t channel);
 
-    /// Not owned; must be removed, or have met its limit, before it is destroyed.
+    /// Not owned; must be removed, or have met its limit, before it is destroyed. Null is
+    /// ignored.
     void addCollector(StringCollector* collector);
     void removeCollector(StringCollector* collector);
 
-    /// Appends a line to every collector and detaches those that have met their limit.
+    /// Appends a line, which may be a collector's own text, to every collector and detaches those that have met their limit.
     void collect(std::string_view text);
 
 private:

@@ -3,6 +3,7 @@
 #include "core_check.h"
 #include "core_historycopy_calls.h"
 #include "core_repeatlimits.h"
+#include "core_replaceable.h"
 #include "core_timespec.h"
 #include "core_varargs.h"
 
@@ -12,12 +13,13 @@
 #include <cstdlib>
 #include <deque>
 #include <mutex>
-#include <new>
 #include <utility>
 
 namespace core {
 
-constinit std::array<std::atomic<uint32_t>, kChannelCount / 32> detail::enabledChannels{};
+// As the predefined channels are, for lines of initialisers that come before the logger.
+constinit std::array<std::atomic<uint32_t>, kChannelCount / 32> detail::enabledChannels{
+    {{1U << kChannelCrit | 1U << kChannelWarn | 1U << kChannelInfo}}};
 
 namespace {
 
@@ -42,28 +44,46 @@ using ChannelSet = std::bitset<kChannelCount>;
 using History = std::deque<HistoryEntry>;
 
 struct State {
+    State();
+
+    int32_t define(std::string_view name, std::string_view colour, uint8_t mask);
+    void changeFlags(int32_t channel, uint8_t set, uint8_t clear);
+    ChannelRecord& record(int32_t channel) { return channels[static_cast<size_t>(channel)]; }
+
+    std::atomic<bool> alive{true};
     std::array<ChannelRecord, kChannelCount> channels{};
-    std::atomic<int32_t> channelCount{0}; // 0 = no table, before start and after shutdown
+    std::atomic<int32_t> channelCount{0}; // 0 after shutdown
+    ChannelSet lent;                      // channels whose mask is kMaskSwitchedOn only
     std::mutex channelMutex;              // changes of channel records; taken last
 
     // Recursive, since observers called under it may register, unregister, replace the
     // implementation, or crash into the crash filter's own log line.
     std::recursive_mutex implMutex;
-    std::atomic<int32_t> settingImpl{0}; // replacements in progress
-    std::shared_ptr<LogImpl> impl;
-    std::shared_ptr<LogRImpl> rImpl;
+    std::atomic<int32_t> settingImpl{0}; // implementations that are being destroyed
+    std::shared_ptr<Lendable<LogImpl>> impl;
+    std::shared_ptr<Lendable<LogRImpl>> rImpl;
     std::vector<GlobalLogObserver*> observers; // in order of registration
+    GlobalLogObserver* called = nullptr;       // whose operation is running
     std::unique_ptr<History> history;
+    size_t historyLimit = MasterLogger::kHistoryLimit;
 
     Logger defaultLogger;
 };
 
-// Never destroyed: threads and static destructors may log to the very end.
-alignas(State) constinit unsigned char storage[sizeof(State)]{};
-constinit bool built = false;
-constinit std::atomic<bool> alive{false};
+// Built by the first who asks, and never destroyed: threads and static destructors may
+// log to the very end.
+State& state() {
+    static State& theState = []() -> State& {
+        State* const built = new State;
+        std::atexit(&MasterLogger::shutdown);
+        return *built;
+    }();
+    return theState;
+}
 
-State& state() { return *std::launder(reinterpret_cast<State*>(storage)); }
+// Before all other initialisers of the program: what is registered first for its exit
+// comes last.
+[[gnu::constructor(101)]] void buildFirst() { state(); }
 
 void print(std::FILE* stream, std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stream);
@@ -76,11 +96,17 @@ std::string faultText(int32_t number) {
 
 void fault(int32_t number) { print(stdout, faultText(number)); }
 
+// Whether the logger has not ended; who asks reports it when it has.
+bool stillAlive() {
+    if (state().alive)
+        return true;
+    fault(kFaultNotAlive);
+    return false;
+}
+
 bool defined(int32_t channel) {
     return channel >= 0 && channel < state().channelCount.load(std::memory_order_acquire);
 }
-
-ChannelRecord& recordOf(int32_t channel) { return state().channels[static_cast<size_t>(channel)]; }
 
 bool hasFlag(const ChannelRecord& record, uint8_t flag) {
     return (record.flags.load(std::memory_order_relaxed) & flag) != 0;
@@ -96,8 +122,8 @@ void storeEnabledBit(int32_t channel, bool enabled) {
 }
 
 // Sets and clears flags of a channel and derives bits 0 and 1 anew. Under channelMutex.
-void changeFlags(int32_t channel, uint8_t set, uint8_t clear) {
-    ChannelRecord& record = recordOf(channel);
+void State::changeFlags(int32_t channel, uint8_t set, uint8_t clear) {
+    ChannelRecord& record = this->record(channel);
     constexpr uint8_t derived = ChannelRecord::kEnabled | ChannelRecord::kProcessed;
     auto flags = static_cast<uint8_t>((record.flags.load(std::memory_order_relaxed) | set) &
                                       ~(clear | derived));
@@ -113,32 +139,36 @@ void changeFlags(int32_t channel, uint8_t set, uint8_t clear) {
 
 void changeFlag(int32_t channel, uint8_t flag, bool on) {
     const std::lock_guard lock(state().channelMutex);
-    changeFlags(channel, on ? flag : 0, on ? 0 : flag);
+    state().changeFlags(channel, on ? flag : 0, on ? 0 : flag);
 }
 
 void copyCut(char* to, size_t size, std::string_view from) { to[from.copy(to, size - 1)] = '\0'; }
 
 // Under channelMutex.
-int32_t defineNext(std::string_view name, std::string_view colour, uint8_t mask, uint8_t flags) {
-    const int32_t channel = state().channelCount.load(std::memory_order_relaxed);
+int32_t State::define(std::string_view name, std::string_view colour, uint8_t mask) {
+    const int32_t channel = channelCount.load(std::memory_order_relaxed);
     if (channel >= kChannelCount)
         return -1;
-    ChannelRecord& record = recordOf(channel);
+    ChannelRecord& record = this->record(channel);
     copyCut(record.name, sizeof record.name, name);
     copyCut(record.colour, sizeof record.colour, colour);
-    record.mask.fetch_or(mask, std::memory_order_relaxed);
-    changeFlags(channel, flags, 0);
-    state().channelCount.store(channel + 1, std::memory_order_release);
+    if (mask != 0) { // one of its own, which is nobody's to take back
+        record.mask.store(mask, std::memory_order_relaxed);
+        lent.reset(static_cast<size_t>(channel));
+    }
+    changeFlags(channel, 0, 0);
+    channelCount.store(channel + 1, std::memory_order_release);
     return channel;
 }
 
-void definePredefinedChannels() {
-    const std::lock_guard lock(state().channelMutex);
-    defineNext("LOG2STRING", "", 0, 0);
-    defineNext("CRIT", "1;31", kMaskCrit, ChannelRecord::kEcho);
-    defineNext("WARN", "1;34", kMaskWarn, 0);
-    defineNext("INFO", "1", kMaskInfo, 0);
-    defineNext("NORM", "", 0, 0);
+State::State()
+    : impl(std::make_shared<Lendable<LogImpl>>(std::make_unique<DefaultLogImpl>())),
+      rImpl(std::make_shared<Lendable<LogRImpl>>(std::make_unique<DefaultLogRImpl>())) {
+    define("LOG2STRING", "", 0);
+    changeFlags(define("CRIT", "1;31", kMaskCrit), ChannelRecord::kEcho, 0);
+    define("WARN", "1;34", kMaskWarn);
+    define("INFO", "1", kMaskInfo);
+    define("NORM", "", 0);
 }
 
 // "[NAME] {ID} TEXT", the id left out where asked and there is none.
@@ -168,9 +198,35 @@ void refuseLine(std::FILE* stream, const char* why, const ChannelRecord& record,
                       channelLine(record, id, true, text) + ">\n");
 }
 
-std::shared_ptr<LogImpl> currentImplementation() {
+template <typename T>
+std::shared_ptr<T> lend(const std::shared_ptr<Lendable<T>>& place) {
     const std::lock_guard lock(state().implMutex);
-    return state().impl;
+    return place != nullptr ? place->lend() : nullptr;
+}
+
+// Yields what is to be destroyed: what was there before, or `next` after shutdown.
+template <typename T>
+std::shared_ptr<Lendable<T>> install(std::shared_ptr<Lendable<T>>& place, std::unique_ptr<T> next) {
+    auto lendable = std::make_shared<Lendable<T>>(std::move(next));
+    const std::lock_guard lock(state().implMutex);
+    if (stillAlive())
+        place.swap(lendable);
+    return lendable;
+}
+
+// Nobody is left to tell: a line that was refused by an exception counts as delivered.
+template <typename Call>
+void withoutExceptions(Call&& call) {
+    try {
+        call();
+    } catch (...) { // NOLINT(bugprone-empty-catch)
+    }
+}
+
+// Under implMutex.
+void dropOldest(History& history) {
+    while (history.size() > state().historyLimit)
+        history.pop_front();
 }
 
 void keepInHistory(const ChannelRecord& record, std::string_view text) {
@@ -180,8 +236,7 @@ void keepInHistory(const ChannelRecord& record, std::string_view text) {
         return;
     history->push_back({now(), record.name, std::string(text)});
     detail::copyToHistory(history->back().time, record.name, text);
-    while (history->size() > MasterLogger::kHistoryLimit)
-        history->pop_front();
+    dropOldest(*history);
 }
 
 bool registered(const GlobalLogObserver* observer) {
@@ -196,6 +251,9 @@ public:
     ~WriteScope() { threadFlags().inWrite = false; }
     WriteScope(const WriteScope&) = delete;
     WriteScope& operator=(const WriteScope&) = delete;
+
+private:
+    Visit d_visit; // ends last
 };
 
 int64_t secondsNow() { return now() / kNanosecondsPerSecond; }
@@ -229,7 +287,7 @@ void DefaultLogRImpl::log(std::string_view identity, int32_t channel, std::strin
         return;
     const std::string text = produce();
     if (channelEnabled(channel)) {
-        MasterLogger::logText(
+        MasterLogger::logEnabled(
             MasterLogger::defaultLogger(), channel,
             core::format("%s [%d times in %ld seconds]", text, report->times, report->seconds));
     }
@@ -256,6 +314,7 @@ void GlobalLogObserver::unwatch(int32_t channel) {
 }
 
 bool GlobalLogObserver::watches(int32_t channel) const {
+    const std::lock_guard lock(state().implMutex);
     return std::find(d_channels.begin(), d_channels.end(), channel) != d_channels.end();
 }
 
@@ -263,8 +322,10 @@ void GlobalLogObserver::detach() {
     if (std::exchange(d_detached, true))
         return;
     const std::lock_guard lock(state().implMutex);
-    if (d_busy)
+    if (state().called == this) {
         fault(kFaultDestroyedWhileBusy);
+        state().called = nullptr;
+    }
     MasterLogger::unregisterObserver(this);
 }
 
@@ -273,32 +334,31 @@ void GlobalLogObserver::detach() {
 Logger& MasterLogger::defaultLogger() { return state().defaultLogger; }
 
 int32_t MasterLogger::defineChannel(std::string_view name, std::string_view colour, uint8_t mask) {
-    if (!alive) {
-        fault(kFaultNotAlive);
+    if (!stillAlive())
         return -1;
-    }
     const std::lock_guard lock(state().channelMutex);
-    return defineNext(name, colour, mask, 0);
+    return state().define(name, colour, mask);
 }
 
 void MasterLogger::setChannelEnabled(int32_t channel, bool enabled) {
-    if (!alive) {
-        fault(kFaultNotAlive);
+    if (!stillAlive())
         return;
-    }
     if (channel < 1 || channel >= kChannelCount) {
         fault(kFaultChannelRange);
         return;
     }
     const std::lock_guard lock(state().channelMutex);
-    ChannelRecord& record = recordOf(channel);
-    if (!enabled)
-        record.mask.fetch_and(static_cast<uint8_t>(~kMaskSwitchedOn), std::memory_order_relaxed);
-    changeFlags(channel, 0, 0);
-    if (enabled && !hasFlag(record, ChannelRecord::kEnabled)) {
-        record.mask.fetch_or(kMaskSwitchedOn, std::memory_order_relaxed);
-        changeFlags(channel, 0, 0);
-    } else if (!enabled) {
+    ChannelRecord& record = state().record(channel);
+    auto lent = state().lent[static_cast<size_t>(channel)];
+    if (enabled && record.mask == 0) {
+        record.mask = kMaskSwitchedOn;
+        lent = true;
+    } else if (!enabled && lent) {
+        record.mask = 0;
+        lent = false;
+    }
+    state().changeFlags(channel, 0, 0);
+    if (!enabled) {
         record.flags.fetch_and(static_cast<uint8_t>(~ChannelRecord::kEnabled),
                                std::memory_order_relaxed);
         storeEnabledBit(channel, false);
@@ -306,49 +366,46 @@ void MasterLogger::setChannelEnabled(int32_t channel, bool enabled) {
 }
 
 void MasterLogger::setChannelEcho(int32_t channel, bool echoed) {
-    if (alive && defined(channel))
+    if (stillAlive() && defined(channel))
         changeFlag(channel, ChannelRecord::kEcho, echoed);
 }
 
 bool MasterLogger::echoed(int32_t channel) {
-    return defined(channel) && hasFlag(recordOf(channel), ChannelRecord::kEcho);
+    return defined(channel) && hasFlag(state().record(channel), ChannelRecord::kEcho);
 }
 
 // The old implementation goes outside the lock, since its destructor may wait for a
 // thread that logs; what is logged before it is gone is refused.
 void MasterLogger::setImplementation(LogImpl* implementation) {
-    std::shared_ptr<LogImpl> next(implementation);
-    if (!alive)
-        return;
+    std::unique_ptr<LogImpl> next(implementation);
     if (next == nullptr)
-        next = std::make_shared<DefaultLogImpl>();
-    {
-        const std::lock_guard lock(state().implMutex);
+        next = std::make_unique<DefaultLogImpl>();
+    Visit::runOutside([old = install(state().impl, std::move(next))] {
         ++state().settingImpl;
-        state().impl.swap(next);
-    }
-    next.reset();
-    --state().settingImpl;
+        old->destroy();
+        --state().settingImpl;
+    });
 }
 
 void MasterLogger::setRepeatImplementation(LogRImpl* implementation) {
-    std::shared_ptr<LogRImpl> next(implementation);
-    if (!alive)
-        return;
+    std::unique_ptr<LogRImpl> next(implementation);
     if (next == nullptr)
-        next = std::make_shared<DefaultLogRImpl>();
-    const std::lock_guard lock(state().implMutex);
-    state().rImpl.swap(next);
+        next = std::make_unique<DefaultLogRImpl>();
+    Visit::runOutside([old = install(state().rImpl, std::move(next))] { old->destroy(); });
 }
 
-std::shared_ptr<LogRImpl> MasterLogger::repeatImplementation() {
-    const std::lock_guard lock(state().implMutex);
-    return state().rImpl;
+void MasterLogger::logRepeated(std::string_view identity, int32_t channel, std::string_view key,
+                               const TextProducer& produce) {
+    const Visit visit; // before what it lends
+    if (const std::shared_ptr<LogRImpl> implementation = lend(state().rImpl))
+        withoutExceptions([&] { implementation->log(identity, channel, key, produce); });
 }
 
 void MasterLogger::registerObserver(GlobalLogObserver* observer) {
+    if (observer == nullptr)
+        return;
     const std::lock_guard lock(state().implMutex);
-    if (alive && !registered(observer)) {
+    if (state().alive && !registered(observer)) {
         state().observers.push_back(observer);
         observer->d_detached = false;
     }
@@ -357,13 +414,14 @@ void MasterLogger::registerObserver(GlobalLogObserver* observer) {
 
 void MasterLogger::unregisterObserver(GlobalLogObserver* observer) {
     const std::lock_guard lock(state().implMutex);
-    std::erase(state().observers, observer);
+    if (std::erase(state().observers, observer) != 0)
+        observer->d_busy = false;
     recomputeObserved();
 }
 
 // Under implMutex.
 void MasterLogger::recomputeObserved() {
-    if (!alive) {
+    if (!state().alive) {
         fault(kFaultRecomputeNotAlive);
         return;
     }
@@ -376,21 +434,29 @@ void MasterLogger::recomputeObserved() {
     }
     for (int32_t channel = 1; channel < kChannelCount; ++channel) {
         const bool on = watched.test(static_cast<size_t>(channel));
-        if (on != hasFlag(recordOf(channel), ChannelRecord::kObserved))
+        if (on != hasFlag(state().record(channel), ChannelRecord::kObserved))
             changeFlag(channel, ChannelRecord::kObserved, on);
     }
 }
 
 void MasterLogger::enableHistory(bool enabled) {
     const std::lock_guard lock(state().implMutex);
-    if (!alive || enabled == (state().history != nullptr))
-        return;
-    state().history.reset(enabled ? new History : nullptr);
+    if (stillAlive() && enabled != (state().history != nullptr))
+        state().history.reset(enabled ? new History : nullptr);
 }
 
 void MasterLogger::setHistory(int32_t channel, bool kept) {
-    if (alive && channel > kChannelString && defined(channel))
+    if (stillAlive() && channel > kChannelString && defined(channel))
         changeFlag(channel, ChannelRecord::kHistory, kept);
+}
+
+void MasterLogger::setHistoryLimit(size_t lines) {
+    const std::lock_guard lock(state().implMutex);
+    if (!stillAlive())
+        return;
+    state().historyLimit = lines;
+    if (state().history != nullptr)
+        dropOldest(*state().history);
 }
 
 std::vector<HistoryEntry> MasterLogger::history() {
@@ -401,37 +467,52 @@ std::vector<HistoryEntry> MasterLogger::history() {
 }
 
 void MasterLogger::shutdown() {
-    if (!alive.exchange(false))
+    if (!state().alive.exchange(false))
         return;
     for (std::atomic<uint32_t>& word : detail::enabledChannels)
         word.store(0, std::memory_order_relaxed);
     state().channelCount.store(0, std::memory_order_release);
 
-    std::shared_ptr<LogImpl> impl;
-    std::shared_ptr<LogRImpl> rImpl;
+    std::shared_ptr<Lendable<LogImpl>> impl;
+    std::shared_ptr<Lendable<LogRImpl>> rImpl;
     std::unique_ptr<History> history;
-    std::vector<GlobalLogObserver*> observers;
-    const std::lock_guard lock(state().implMutex);
-    impl.swap(state().impl);
-    rImpl.swap(state().rImpl);
-    history.swap(state().history);
-    observers.swap(state().observers);
+    {
+        const std::lock_guard lock(state().implMutex);
+        state().observers.clear();
+        history.swap(state().history);
+        if (Visit::active()) // exit was called from inside of them: they are never left
+            return;
+        impl.swap(state().impl);
+        rImpl.swap(state().rImpl);
+    }
+    rImpl->destroy();
+    impl->destroy();
 }
 
 void MasterLogger::logText(Logger& logger, int32_t channel, std::string_view text) {
-    if (channel == kChannelString) {
-        logger.collect(text);
-        return;
-    }
-    if (!defined(channel)) {
-        print(stdout, faultText(kFaultUnknownChannel)
-                          .append("[")
-                          .append(std::to_string(channel))
-                          .append("??] ")
-                          .append(text));
-        return;
-    }
-    const ChannelRecord& record = recordOf(channel);
+    withoutExceptions([&] {
+        if (channel == kChannelString)
+            logger.collect(text);
+        else if (defined(channel))
+            logDefined(logger, channel, text);
+        else
+            print(stdout, faultText(kFaultUnknownChannel)
+                              .append("[")
+                              .append(std::to_string(channel))
+                              .append("??] ")
+                              .append(text));
+    });
+}
+
+// Shutdown clears `alive` before the count of channels: who sees no channels any more
+// knows why.
+void MasterLogger::logEnabled(Logger& logger, int32_t channel, std::string_view text) {
+    if (channel == kChannelString || defined(channel) || state().alive)
+        logText(logger, channel, text);
+}
+
+void MasterLogger::logDefined(Logger& logger, int32_t channel, std::string_view text) {
+    const ChannelRecord& record = state().record(channel);
     std::string buffer;
     const std::string_view line = prefixed(logger, channel, text, buffer);
     if (hasFlag(record, ChannelRecord::kEcho))
@@ -441,10 +522,13 @@ void MasterLogger::logText(Logger& logger, int32_t channel, std::string_view tex
 }
 
 void MasterLogger::deliver(Logger& logger, int32_t channel, std::string_view text) {
-    if (!defined(channel) || !hasFlag(recordOf(channel), ChannelRecord::kProcessed))
+    if (!defined(channel) || !hasFlag(state().record(channel), ChannelRecord::kProcessed))
         return;
-    std::string buffer;
-    writeLine(channel, logger.id(), recordOf(channel), prefixed(logger, channel, text, buffer));
+    withoutExceptions([&] {
+        std::string buffer;
+        writeLine(channel, logger.id(), state().record(channel),
+                  prefixed(logger, channel, text, buffer));
+    });
 }
 
 void MasterLogger::writeLine(int32_t channel, uint32_t id, const ChannelRecord& record,
@@ -459,8 +543,8 @@ void MasterLogger::writeLine(int32_t channel, uint32_t id, const ChannelRecord& 
         return;
     }
     if (record.mask.load(std::memory_order_relaxed) != 0) {
-        if (const std::shared_ptr<LogImpl> impl = currentImplementation())
-            impl->write(channel, id, record, text.data(), text.size());
+        if (const std::shared_ptr<LogImpl> impl = lend(state().impl))
+            withoutExceptions([&] { impl->write(channel, id, record, text.data(), text.size()); });
     }
     if (hasFlag(record, ChannelRecord::kObserved))
         tellObservers(channel, id, record, text);
@@ -482,22 +566,12 @@ void MasterLogger::tellObservers(int32_t channel, uint32_t id, const ChannelReco
             continue;
         }
         observer->d_busy = true;
-        observer->observe(channel, id, record, text.data(), text.size());
-        if (registered(observer))
+        state().called = observer;
+        withoutExceptions(
+            [&] { observer->observe(channel, id, record, text.data(), text.size()); });
+        if (std::exchange(state().called, nullptr) == observer) // else it is destroyed
             observer->d_busy = false;
     }
-}
-
-MasterLoggerInit::MasterLoggerInit() {
-    if (std::exchange(built, true))
-        return;
-    State* const state = ::new (storage) State;
-    state->impl = std::make_shared<DefaultLogImpl>();
-    state->rImpl = std::make_shared<DefaultLogRImpl>();
-    definePredefinedChannels();
-    alive = true;
-    // At once, so that it runs after everything that is registered later.
-    std::atexit(&MasterLogger::shutdown);
 }
 
 } // namespace core

@@ -14,8 +14,8 @@
 
 /// The one path by which every part of the program reports what it does: numbered
 /// channels with an enable bit each, an exchangeable implementation, observers and
-/// an optional history. Ready before any other initialiser of a translation unit
-/// that includes this header, and safe to call until the process is gone.
+/// an optional history. Ready before any other initialiser, and safe to call until the
+/// process is gone. No exception leaves it.
 namespace core {
 
 /// Predefined channels; further ones are defined by name. Only kChannelCrit is
@@ -58,11 +58,15 @@ struct ChannelRecord {
 
 /// Writes the lines of a program. Called without any lock held, from any thread,
 /// several at once; logging from inside is refused with a text on standard error.
-/// Replacing the implementation from inside its own operation is allowed.
+///
+/// Destroyed when it is replaced and no thread is inside of it any more, see
+/// MasterLogger::setImplementation; its destructor may log, join threads that do, and
+/// replace implementations. Its own threads may log at any time.
 class LogImpl {
 public:
     virtual ~LogImpl();
-    /// `text` has `length` bytes; valid during the call only.
+    /// `text` has `length` bytes; valid during the call only. Must not throw: the line
+    /// would count as written.
     virtual void write(int32_t channel, uint32_t loggerId, const ChannelRecord& record,
                        const char* text, size_t length) = 0;
 
@@ -88,7 +92,8 @@ using TextProducer = std::function<std::string()>;
 class LogRImpl {
 public:
     virtual ~LogRImpl();
-    /// `identity` names the rule, (`channel`, `key`) the message that is counted.
+    /// `identity` names the rule, (`channel`, `key`) the message that is counted. Must not
+    /// throw: the message would count as logged.
     virtual void log(std::string_view identity, int32_t channel, std::string_view key,
                      const TextProducer& produce) = 0;
 
@@ -101,6 +106,9 @@ protected:
 /// Counts per (channel, key) and reports the first occurrence, then every
 /// `everyCount`-th one, or, with `everyCount` below 1, the next one that comes
 /// `everySeconds` or more after the last report. Any thread.
+///
+/// What it counts it keeps until it is destroyed: about 100 bytes and the key for each
+/// message, so keys come from a limited set. Counts have 64 bits.
 class DefaultLogRImpl : public LogRImpl {
 public:
     using Clock = int64_t (*)(); ///< seconds, any epoch
@@ -125,12 +133,15 @@ private:
 /// Called on the logging thread under the master logger's recursive lock: it may
 /// register and unregister observers and replace the implementation, and must not
 /// wait for another thread that logs. Its own logging is refused.
+///
+/// It may also unregister itself, or destroy itself after a text on standard output.
 class GlobalLogObserver {
 public:
     /// Unregisters. A derived class calls `detach()` first in its own destructor,
     /// since another thread may be about to call it.
     virtual ~GlobalLogObserver();
 
+    /// Must not throw: the line would count as delivered.
     virtual void observe(int32_t channel, uint32_t loggerId, const ChannelRecord& record,
                          const char* text, size_t length) = 0;
 
@@ -162,11 +173,12 @@ struct HistoryEntry {
 };
 
 /// The process-wide logger. Every operation may be called on any thread and before
-/// and after main; after shutdown they do nothing, some with a text on standard
-/// output ("\nERROR in core_v2masterlogger.cpp:" and a number).
+/// and after main; after shutdown they do nothing but to write a text to standard output
+/// ("\nERROR in core_v2masterlogger.cpp:" and a number). Only formatted lines, which then
+/// find their channel disabled, are dropped in silence.
 class MasterLogger {
 public:
-    static constexpr size_t kHistoryLimit = 400;
+    static constexpr size_t kHistoryLimit = 400; ///< at start
 
     /// The handle of callers that have none of their own; id 0.
     static Logger& defaultLogger();
@@ -177,34 +189,52 @@ public:
     static int32_t defineChannel(std::string_view name, std::string_view colour = {},
                                  uint8_t mask = 0);
 
-    /// Channels 1..1023. A channel that nothing else enables is given the mask
-    /// bit 8 for as long as it is switched on, so that its lines reach the
-    /// implementation.
+    /// Channels 1..1023. A channel without a mask is lent bit 8 for as long as it is
+    /// switched on, so that its lines reach the implementation, whatever else watches it.
+    ///
+    /// Switching off holds until something else that enables the channel changes: its
+    /// echo, its history or who observes it. CRIT, WARN and INFO, which have a mask of
+    /// their own, are then on again. Finished texts (logText) pass all the same.
     static void setChannelEnabled(int32_t channel, bool enabled);
     static void setChannelEcho(int32_t channel, bool echo);
     static bool echoed(int32_t channel); ///< lock-free
 
-    /// Takes ownership and destroys the old implementation; null installs a
-    /// DefaultLogImpl. Lines logged meanwhile by other threads are dropped with a
-    /// text on standard output.
+    /// Takes ownership; null installs the default one. The call returns when no thread is
+    /// inside the old implementation any more and it has been destroyed, on this thread
+    /// and without any lock; what other threads log until then is dropped with a text on
+    /// standard output. So do not call it with a lock that the old one takes, nor on a
+    /// thread that its destructor joins.
+    ///
+    /// Called from inside an implementation or observer on this thread it returns at once,
+    /// and the old one is destroyed in this way when the line that led there is done.
     static void setImplementation(LogImpl* implementation);
+    /// The same for messages that repeat, whose lines go on meanwhile.
     static void setRepeatImplementation(LogRImpl* implementation);
-    /// The implementation behind core::logRepeated; null after shutdown.
-    static std::shared_ptr<LogRImpl> repeatImplementation();
 
+    /// A null pointer is ignored.
     static void registerObserver(GlobalLogObserver* observer);
     static void unregisterObserver(GlobalLogObserver* observer);
 
-    /// The history holds the last 400 lines of its channels; there is none at start.
+    /// The history holds the last lines of its channels; there is none at start.
     static void enableHistory(bool enabled);
     static void setHistory(int32_t channel, bool kept);
+    /// How many lines; 400 at start. What is too much goes at once, the oldest first.
+    static void setHistoryLimit(size_t lines);
     static std::vector<HistoryEntry> history();
 
-    /// Runs at process exit; idempotent.
+    /// Runs at process exit, after every static destructor, and destroys what is installed
+    /// as replacing it would; idempotent. Called from inside an implementation, as by
+    /// std::exit there, it destroys none.
     static void shutdown();
 
     /// Logs a finished text without looking at the channel's enable bit.
     static void logText(Logger& logger, int32_t channel, std::string_view text);
+    /// For texts made after the channel was found enabled: after shutdown, which may have
+    /// come meanwhile, they are dropped in silence.
+    static void logEnabled(Logger& logger, int32_t channel, std::string_view text);
+    /// Through the installed LogRImpl.
+    static void logRepeated(std::string_view identity, int32_t channel, std::string_view key,
+                            const TextProducer& produce);
 
     /// The same for a line that has been shown already: not on standard output.
     static void deliver(Logger& logger, int32_t channel, std::string_view text);
@@ -212,20 +242,11 @@ public:
 private:
     friend class GlobalLogObserver;
     static void recomputeObserved();
+    static void logDefined(Logger& logger, int32_t channel, std::string_view text);
     static void writeLine(int32_t channel, uint32_t id, const ChannelRecord& record,
                           std::string_view text);
     static void tellObservers(int32_t channel, uint32_t id, const ChannelRecord& record,
                               std::string_view text);
 };
-
-/// Builds the master logger before anything else of the translation unit that
-/// includes this header, and keeps it usable to the very end.
-class MasterLoggerInit {
-public:
-    MasterLoggerInit();
-};
-namespace {
-const MasterLoggerInit masterLoggerInit; // NOLINT(misc-definitions-in-headers)
-} // namespace
 
 } // namespace core

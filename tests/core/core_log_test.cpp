@@ -14,13 +14,18 @@ constexpr core::CheckSite kSite{"core_x.cpp", 12};
 TEST(Log, FormatsOnlyForEnabledChannels) {
     test::LogRecorder lines({core::kChannelWarn, core::kChannelInfo});
     int evaluated = 0;
+    core::Logger logger;
+    logger.pushLabel(core::kChannelWarn, "label ");
     CORE_LOGF(core::kChannelNorm, "%d", ++evaluated);
     EXPECT_EQ(evaluated, 0);
-    CORE_LOGF(core::kChannelWarn, "%d of %s", ++evaluated, "two");
+    int32_t channel = core::kChannelWarn;
+    CORE_LOGF(channel++, "%d of %s", ++evaluated, "two");
+    CORE_LOGF_TO(logger, --channel, "%d of %s", ++evaluated, "two");
     core::logText(core::kChannelInfo, "a text, 100%s");
-    for (const int32_t channel : {core::kChannelNorm, -1, core::kChannelCount})
-        EXPECT_EQ(test::captureOutput([&] { core::logf(channel, "not logged"); }).out, "");
-    EXPECT_THAT(lines.take(), ElementsAre("WARN 1 of two", "INFO a text, 100%s"));
+    for (const int32_t off : {core::kChannelNorm, -1, core::kChannelCount})
+        EXPECT_EQ(test::captureOutput([&] { core::logf(off, "not logged"); }).out, "");
+    EXPECT_THAT(lines.take(),
+                ElementsAre("WARN 1 of two", "WARN label 2 of two", "INFO a text, 100%s"));
 }
 
 TEST(Log, LocationHasFourForms) {
@@ -57,15 +62,18 @@ TEST(Logger, CollectorsTakeChannelZeroUpToTheirLimit) {
     core::StringCollector unlimited;
     core::StringCollector two{.text = {}, .lineCount = 0, .lineLimit = 2};
     logger.pushLabel(0, "label");
-    logger.addCollector(&two);
-    logger.addCollector(&unlimited);
-    for (const char* text : {"", "a", "b", "c"})
+    for (core::StringCollector* collector :
+         {&two, &unlimited, static_cast<decltype(&two)>(nullptr)})
+        logger.addCollector(collector);
+    const std::string a(20, 'a'); // beyond what a string keeps in itself
+    for (const std::string& text : {std::string(), a, std::string("b")})
         core::logText(logger, core::kChannelString, text);
+    core::logText(logger, core::kChannelString, unlimited.text);
     logger.removeCollector(&unlimited);
     core::logText(logger, core::kChannelString, "d");
-    EXPECT_EQ(unlimited.text, "a\nb\nc") << "an empty collector takes no separator";
+    EXPECT_EQ(unlimited.text, a + "\nb\n" + a + "\nb") << "an empty one takes no separator";
     EXPECT_EQ(unlimited.lineCount, 4);
-    EXPECT_EQ(two.text, "a");
+    EXPECT_EQ(two.text, a);
 }
 
 int64_t seconds = 0; // on a clock that the test steps

@@ -1,14 +1,17 @@
 #include "core_v2masterlogger.h"
 
 #include "child_process.h"
+#include "core_check.h"
+#include "core_globals.h"
 #include "core_log.h"
 #include "log_recorder.h"
 #include "output_capture.h"
 
-#include <array>
 #include <atomic>
+#include <chrono>
 #include <gmock/gmock.h>
 #include <optional>
+#include <stdexcept>
 #include <thread>
 
 namespace {
@@ -22,6 +25,39 @@ using testing::ElementsAre;
 std::string faultText(int number) {
     return "\nERROR in core_v2masterlogger.cpp:" + std::to_string(number);
 }
+
+constexpr const char* kOfWorker = "of the worker";
+
+void ignore(const std::string&) {}
+
+/// An implementation whose own thread logs, and is inside of it nearly always; it must not
+/// be destroyed meanwhile.
+class WorkingImpl : public ScriptedImpl {
+public:
+    using ScriptedImpl::ScriptedImpl;
+    ~WorkingImpl() override {
+        d_stop = true;
+        d_worker.join();
+        if (d_inside != 0)
+            std::abort();
+    }
+    void write(int32_t channel, uint32_t id, const core::ChannelRecord& record, const char* text,
+               size_t length) override {
+        ++d_inside;
+        for (int i = 0; i < 20; ++i)
+            std::this_thread::yield();
+        ScriptedImpl::write(channel, id, record, text, length);
+        --d_inside;
+    }
+
+private:
+    std::atomic<int> d_inside{0};
+    std::atomic<bool> d_stop{false};
+    std::thread d_worker{[this] {
+        while (!d_stop)
+            core::logText(core::kChannelInfo, kOfWorker);
+    }};
+};
 
 class MasterLog : public testing::Test {
 protected:
@@ -48,14 +84,19 @@ TEST_F(MasterLog, LinesOfEnabledChannelsReachTheImplementation) {
     };
     logEach("at start");
     MasterLogger::setChannelEnabled(core::kChannelWarn, false);
-    MasterLogger::setChannelEnabled(core::kChannelNorm, true);
     {
-        test::LogRecorder observer({core::kChannelNorm}); // recomputes the channel
+        const test::LogRecorder observer({core::kChannelNorm}); // recomputes the channel
+        MasterLogger::setChannelEnabled(core::kChannelNorm, true);
     }
     logEach("switched");
     MasterLogger::setChannelEnabled(core::kChannelWarn, true);
+    MasterLogger::setChannelEnabled(core::kChannelNorm, false);
+    core::logf(core::kChannelNorm, "switched off");
+    const int32_t own = MasterLogger::defineChannel("OWN", "", 8);
+    MasterLogger::setChannelEnabled(own, false);
+    core::logText(own, "finished texts pass");
     EXPECT_THAT(take(), ElementsAre("0 WARN at start", "0 INFO at start", "0 INFO switched",
-                                    "0 NORM switched"));
+                                    "0 NORM switched", "0 OWN finished texts pass"));
 }
 
 TEST_F(MasterLog, EchoShowsChannelIdAndText) {
@@ -102,19 +143,53 @@ TEST_F(MasterLog, LoggingFromInsideIsRefusedOnceAndOnlyOnceLong) {
 }
 
 TEST_F(MasterLog, ReplacedImplementationCannotLogAnyMore) {
-    const auto installNote = [this] { MasterLogger::setImplementation(new ScriptedImpl(note())); };
-    MasterLogger::setImplementation(
-        new ScriptedImpl([&](const std::string&) { installNote(); })); // from inside
-    core::logText(core::kChannelWarn, "first");
-    core::logText(core::kChannelWarn, "second");
-    EXPECT_THAT(take(), ElementsAre("0 WARN second"));
-
-    MasterLogger::setImplementation(new ScriptedImpl(
-        [](const std::string&) {}, [] { core::logText(core::kChannelWarn, "farewell"); }));
-    EXPECT_EQ(captureOutput(installNote).out, "MasterLogger:implLog - log while setting impl\n"
-                                              "  <[WARN] {0} farewell>\n");
+    const auto farewell = [] { core::logText(core::kChannelWarn, "farewell"); };
+    MasterLogger::setImplementation(new ScriptedImpl(note(), farewell));
+    const auto install = [this] { MasterLogger::setImplementation(new ScriptedImpl(note())); };
+    EXPECT_EQ(captureOutput(install).out, "MasterLogger:implLog - log while setting impl\n"
+                                          "  <[WARN] {0} farewell>\n");
     core::logText(core::kChannelWarn, "after");
     EXPECT_THAT(take(), ElementsAre("0 WARN after"));
+}
+
+TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
+    const auto replace = [](const std::string&) { MasterLogger::setImplementation(nullptr); };
+    std::thread::id goneOn;
+    const auto impl = [&goneOn](const test::OnLine& onLine) {
+        return new WorkingImpl(onLine, [&goneOn] { goneOn = std::this_thread::get_id(); });
+    };
+    const auto replaceAndStay = [&](const std::string& line) {
+        if (line.ends_with(kOfWorker))
+            return;
+        replace(line);
+        EXPECT_EQ(goneOn, std::thread::id());
+    };
+    const std::function<void()> ways[] = {
+        [&] { MasterLogger::setImplementation(impl(ignore)), replace(""); },
+        [&] { const core::Globals globals(impl(ignore)); },
+        [&] { // from inside of itself
+            MasterLogger::setImplementation(impl(replaceAndStay));
+            core::logText(core::kChannelWarn, "now");
+        },
+        [&] { // from an observer
+            MasterLogger::setImplementation(impl(ignore));
+            const ScriptedObserver observer({core::kChannelWarn}, replace);
+            core::logText(core::kChannelWarn, "now");
+        },
+        [&] { // from a destructor
+            MasterLogger::setImplementation(new ScriptedImpl(
+                ignore, [&] { MasterLogger::setImplementation(impl(ignore)), replace(""); }));
+            replace("");
+        }};
+    captureOutput([&] { // refusals during a replacement go to standard output
+        for (size_t i = 0; i < 50; ++i) {
+            goneOn = {};
+            ways[i % std::size(ways)]();
+            EXPECT_EQ(goneOn, std::this_thread::get_id()) << i;
+            replace("");
+        }
+    });
+    core::detail::storeFailureHandler(nullptr); // which the end of Globals replaced
 }
 
 TEST_F(MasterLog, ObserversSeeTheirChannelsInOrderAfterTheImplementation) {
@@ -137,8 +212,10 @@ TEST_F(MasterLog, ObserverMayUnregisterOthersAndDestroyItself) {
     std::optional<ScriptedObserver> victim, suicidal;
     ScriptedObserver first({core::kChannelWarn}, [&](const std::string& line) {
         MasterLogger::unregisterObserver(&*victim);
+        MasterLogger::unregisterObserver(&first); // registered anew below
         seen.push_back("first " + line);
     });
+    MasterLogger::registerObserver(nullptr);
     victim.emplace({core::kChannelWarn}, note("victim "));
     suicidal.emplace({core::kChannelWarn}, [&](const std::string& line) {
         seen.push_back("suicidal " + line);
@@ -146,9 +223,29 @@ TEST_F(MasterLog, ObserverMayUnregisterOthersAndDestroyItself) {
     });
     const auto log = [] { core::logText(core::kChannelWarn, "t"); };
     EXPECT_EQ(captureOutput(log).out, faultText(785));
+    MasterLogger::registerObserver(&first);
+    EXPECT_EQ(captureOutput(log).out, "");
+    MasterLogger::registerObserver(&first);
     first.setBusy(true);
     EXPECT_EQ(captureOutput(log).out, faultText(802));
-    EXPECT_THAT(take(), ElementsAre("first WARN t", "suicidal WARN t"));
+    EXPECT_THAT(take(), ElementsAre("first WARN t", "suicidal WARN t", "first WARN t"));
+}
+
+// As would those of a check, which is logged as well.
+TEST_F(MasterLog, ExceptionsStayWhereTheyAre) {
+    const auto refuse = [this](const std::string& line) {
+        seen.push_back(line);
+        throw std::runtime_error("out of paper");
+    };
+    MasterLogger::setImplementation(new ScriptedImpl(refuse));
+    const ScriptedObserver first({core::kChannelWarn}, refuse);
+    const ScriptedObserver second({core::kChannelWarn}, note("second "));
+    core::logRepeated("rule", core::kChannelWarn, "key",
+                      []() -> std::string { throw std::runtime_error("no text"); });
+    for (int i = 0; i < 2; ++i) { // nothing stays busy
+        core::logText(core::kChannelWarn, "t");
+        EXPECT_THAT(take(), ElementsAre("0 WARN t", "WARN t", "second WARN t"));
+    }
 }
 
 TEST_F(MasterLog, HistoryKeepsTheLastFourHundredLines) {
@@ -162,38 +259,80 @@ TEST_F(MasterLog, HistoryKeepsTheLastFourHundredLines) {
     ASSERT_EQ(history.size(), 400U);
     EXPECT_EQ(history.front().text, "2");
     EXPECT_EQ(history.back().channel + history.back().text, "INFO401");
+    MasterLogger::setHistoryLimit(2);
+    EXPECT_EQ(MasterLogger::history().front().text, "400");
+    MasterLogger::setHistoryLimit(MasterLogger::kHistoryLimit);
     MasterLogger::enableHistory(false);
     EXPECT_TRUE(MasterLogger::history().empty());
 }
 
-// Lines, implementations and observers come and go on several threads; the thread
-// sanitizer watches.
-TEST_F(MasterLog, SurvivesReplacementUnderLoad) {
-    std::atomic<bool> stop{false};
-    std::atomic<int64_t> lines{0};
-    const auto count = [&lines](const std::string&) { ++lines; };
-    MasterLogger::enableHistory(true);
-    captureOutput([&] { // refusals during a replacement go to standard output
-        std::array<std::thread, 3> threads;
-        for (std::thread& thread : threads) {
-            thread = std::thread([&stop] {
-                for (int line = 0; !stop; ++line)
-                    core::logf(core::kChannelWarn, "%d", line);
-            });
-        }
-        for (int i = 0; i < 300; ++i) {
-            MasterLogger::setImplementation(new ScriptedImpl(count));
-            const ScriptedObserver observer({core::kChannelWarn}, count);
-            MasterLogger::setHistory(core::kChannelWarn, i % 2 == 0);
-            std::this_thread::yield();
-        }
-        while (lines == 0)
-            std::this_thread::yield();
-        stop = true;
-        for (std::thread& thread : threads)
-            thread.join();
+void replaceFromInside() {
+    const auto replace = [](const std::string& line) {
+        if (line.ends_with(kOfWorker)) // which would have to join itself
+            return;
+        MasterLogger::setImplementation(new WorkingImpl(ignore));
+        MasterLogger::setRepeatImplementation(nullptr);
+    };
+    const ScriptedObserver observer({core::kChannelInfo}, replace);
+    MasterLogger::setImplementation(new ScriptedImpl(replace));
+    core::logRepeated("rule", core::kChannelInfo, "key", [&] {
+        replace("");
+        return std::string("repeated");
     });
-    MasterLogger::setHistory(core::kChannelWarn, false);
+    std::this_thread::sleep_for(std::chrono::milliseconds(2)); // meanwhile lines are refused
+}
+
+void outliveAnObserver() {
+    static std::atomic<ScriptedObserver*> observer;
+    observer = new ScriptedObserver({core::kChannelWarn}, [](const std::string&) {
+        delete observer.exchange(nullptr); // null as long as it has no name
+    });
+    while (observer != nullptr)
+        std::this_thread::yield();
+}
+
+void switchEverything() {
+    static int round = 0;
+    const bool on = ++round % 2 == 0;
+    MasterLogger::setChannelEnabled(1 + round % 4, on);
+    MasterLogger::setChannelEcho(core::kChannelNorm, on);
+    MasterLogger::enableHistory(round % 9 != 0);
+    MasterLogger::setHistory(1 + round % 4, on);
+    MasterLogger::setHistoryLimit(MasterLogger::history().size() + 1);
+}
+
+constexpr void (*kStresses[])() = {
+    [] { core::logf(core::kChannelWarn, "%d of %s", 1, "many"); },
+    [] { CHECKF(false); },
+    [] { GALERT(false); },
+    [] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        MasterLogger::setImplementation(new WorkingImpl(ignore));
+    },
+    [] { MasterLogger::setRepeatImplementation(nullptr); },
+    [] {
+        const test::LogRecorder observer({core::kChannelCrit, core::kChannelInfo});
+    },
+    outliveAnObserver,
+    replaceFromInside,
+    switchEverything,
+};
+
+// Each on a thread of its own, until the process ends amid them. The argument says after
+// how many milliseconds; the thread sanitizer watches.
+CHILD_CASE(stressed) {
+    for (const auto& stress : kStresses) {
+        std::thread([stress] {
+            for (;;)
+                stress();
+        }).detach();
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::stoi(argument)));
+}
+
+TEST(MasterLogProcess, SurvivesStressAndEndsAmidIt) {
+    const test::ChildResult child = test::runChild("stressed", "1000");
+    EXPECT_EQ(child.status, 0) << child.err;
 }
 
 // After shutdown nothing is lost but lines: each entry says so and does nothing.
@@ -203,23 +342,27 @@ CHILD_CASE(meetsLimits) {
         last = channel;
     std::printf("%d %d", static_cast<int>(last), core::channelEnabled(last) ? 1 : 0);
 
-    ScriptedObserver observer({core::kChannelCrit}, [](const std::string&) {});
+    ScriptedObserver observer({core::kChannelCrit}, ignore);
     MasterLogger::shutdown();
     MasterLogger::shutdown();
     core::logf(core::kChannelCrit, "silently dropped");
+    MasterLogger::logEnabled(MasterLogger::defaultLogger(), core::kChannelCrit, "found enabled");
     core::logText(core::kChannelCrit, "direct");
     MasterLogger::setChannelEnabled(core::kChannelNorm, true);
+    MasterLogger::setChannelEcho(core::kChannelNorm, true);
+    MasterLogger::enableHistory(true);
+    MasterLogger::setHistory(core::kChannelNorm, true);
     MasterLogger::registerObserver(&observer);
     MasterLogger::unregisterObserver(&observer);
-    MasterLogger::setImplementation(
-        new ScriptedImpl([](const std::string&) {}, [] { std::printf("\ndestroyed"); }));
+    MasterLogger::setImplementation(new ScriptedImpl(ignore, [] { std::printf("\ndestroyed"); }));
     core::logRepeated("rule", core::kChannelCrit, "key", [] { return std::string(); });
 }
 
 TEST(MasterLogProcess, HasItsLimits) {
     EXPECT_THAT(test::runChild("meetsLimits").out,
                 testing::EndsWith("1023 0" + faultText(387) + "[1??] direct" + faultText(632) +
-                                  faultText(687) + faultText(687) + "\ndestroyed" +
+                                  faultText(632) + faultText(632) + faultText(632) +
+                                  faultText(687) + faultText(687) + faultText(632) + "\ndestroyed" +
                                   faultText(687)));
 }
 

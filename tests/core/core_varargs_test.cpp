@@ -166,7 +166,7 @@ TEST(FormatFloats, KeepThePointInEveryLocale) {
 // Every check of the engine stops the program by a real access fault when told to.
 TEST(FormatDeathTest, StopsByAFault) {
     const auto stopping = [](auto&& make) {
-        core::storeFailureHandler(
+        core::detail::storeFailureHandler(
             [](const char*, const char*, int32_t, int32_t, const std::string&) { return true; });
         make();
     };

@@ -1,0 +1,41 @@
+#include "core_replaceable.h"
+
+namespace core {
+namespace {
+
+struct Delayed {
+    std::function<void()> work;
+    Delayed* next;
+};
+
+// Plain data without a destructor, since threads and the process may log to their very end.
+struct Visits {
+    int depth;
+    Delayed* delayed; // the latest first
+};
+constinit thread_local Visits visits{0, nullptr};
+
+} // namespace
+
+Visit::Visit() { ++visits.depth; }
+
+Visit::~Visit() {
+    if (--visits.depth != 0)
+        return;
+    while (visits.delayed != nullptr) { // what runs may replace, hence delay, anew
+        const std::unique_ptr<Delayed> first(visits.delayed);
+        visits.delayed = first->next;
+        first->work();
+    }
+}
+
+bool Visit::active() { return visits.depth != 0; }
+
+void Visit::runOutside(std::function<void()> work) {
+    if (active())
+        visits.delayed = new Delayed{std::move(work), visits.delayed};
+    else
+        work();
+}
+
+} // namespace core
