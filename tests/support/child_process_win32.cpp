@@ -39,10 +39,13 @@ int startAndWait(HANDLE out, HANDLE err) {
 
 /// What a child printed, with the line ends it wrote, not those of the runtime.
 std::string readText(const std::string& path) {
-    std::string text = readFile(path);
-    for (size_t end = 0; (end = text.find("\r\n", end)) != std::string::npos; ++end)
-        text.erase(end, 1);
-    return text;
+    const std::string text = readFile(path);
+    std::string kept;
+    for (size_t i = 0; i < text.size(); ++i) {
+        if (text.compare(i, 2, "\r\n") != 0)
+            kept += text[i];
+    }
+    return kept;
 }
 
 } // namespace
