@@ -29,6 +29,17 @@ Visit::~Visit() {
     }
 }
 
+void Signal::set() {
+    const std::lock_guard lock(d_mutex);
+    d_set = true;
+    d_changed.notify_all();
+}
+
+void Signal::wait() {
+    std::unique_lock lock(d_mutex);
+    d_changed.wait(lock, [this] { return d_set; });
+}
+
 bool Visit::active() { return visits.depth != 0; }
 
 void Visit::runOutside(std::function<void()> work) {

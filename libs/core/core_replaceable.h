@@ -1,8 +1,9 @@
 #pragma once
 
+#include <condition_variable>
 #include <functional>
-#include <latch>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 /// For objects of somebody else's code that threads call while others replace them.
@@ -26,14 +27,26 @@ public:
     static void runOutside(std::function<void()> work);
 };
 
+/// An event that happens once. Not std::latch, whose waiter slept on under Wine.
+class Signal {
+public:
+    void set();
+    void wait();
+
+private:
+    std::mutex d_mutex;
+    std::condition_variable d_changed;
+    bool d_set = false;
+};
+
 /// Owns an object that can be lent to its callers.
 template <typename T>
 class Lendable {
 public:
     explicit Lendable(std::unique_ptr<T> object)
-        : d_returned(std::make_shared<std::latch>(1)),
+        : d_returned(std::make_shared<Signal>()),
           d_object(std::move(object)),
-          d_lent(d_object.get(), [returned = d_returned](T*) { returned->count_down(); }) {}
+          d_lent(d_object.get(), [returned = d_returned](T*) { returned->set(); }) {}
 
     /// For the time of a call. Not after `destroy`.
     std::shared_ptr<T> lend() const { return d_lent; }
@@ -47,9 +60,9 @@ public:
     }
 
 private:
-    std::shared_ptr<std::latch> d_returned; // outlives the last lender's count
+    std::shared_ptr<Signal> d_returned; // outlives who sets it
     std::unique_ptr<T> d_object;
-    std::shared_ptr<T> d_lent; // its last copy does not destroy, but counts down
+    std::shared_ptr<T> d_lent; // its last copy does not destroy, but sets the signal
 };
 
 } // namespace core
