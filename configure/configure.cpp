@@ -6,6 +6,7 @@
 #include "core_log.h"
 #include "core_paths.h"
 #include "cutl_environment.h"
+#include "qt_fatalmessages.h"
 #include "qt_widgetbuilder.h"
 #include "utl_fileutils.h"
 #include "utl_inireader.h"
@@ -129,6 +130,7 @@ int runApplication(int argc, char** argv) {
 int main(int argc, char** argv) {
     // Before the application object, which looks for its plugins there.
     QCoreApplication::addLibraryPath("./3rdparty/qt5/plugins");
+    NS_QT::abortOnFatalMessages();
     const QApplication application(argc, argv);
     QDialog dialog;
     const Fields fields(&dialog);

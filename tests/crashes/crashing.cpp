@@ -5,6 +5,7 @@
 #include "core_log.h"
 #include "core_paths.h"
 #include "log_recorder.h"
+#include "qt_fatalmessages.h"
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -250,7 +251,7 @@ const std::map<std::string_view, void (*)()> kCrashes = {
     {"abort", std::abort},
     {"pure_virtual", [] { Derived(); }},
     {"joinable_thread", destroyJoinableThread},
-    {"fatal", [] { qFatal("no way on"); }},
+    {"fatal", [] { NS_QT::abortOnFatalMessages(), qFatal("no way on"); }},
     {"two_threads", onTwoThreads},
     {"again_on_others", againOnOthers},
     {"stack_overrun", overrunStack},
