@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 source tools/lib.sh
 
 folders=()
-for folder in benchmarks configure examples fuzz libs tests; do
+for folder in benchmarks collect configure examples fuzz libs tests; do
     [[ -d $folder ]] && folders+=("$folder")
 done
 
