@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Checks that nothing in libs/ and collect/ includes upward: libraries by the list below, modules of
-libs/core by the table of docs/architecture.md, in which each module includes only what
-stands above it or to its left. Prints what does not hold; exits with 1 if anything.
+"""Checks that nothing in libs/ and collect/ includes upward: libraries by the list below,
+modules of libs/core by the table of groups in docs/architecture.md; and that none of these
+include each other in a circle. Prints what does not hold; exits with 1 if anything.
 """
 import re
 import sys
@@ -16,7 +16,7 @@ LIBRARIES = {
     "libs/qt/widgets/lib": ["libs/kern", "libs/core"],
     "collect": ["libs/kern", "libs/utils", "libs/core", "libs/textmarkup"],
 }
-ROW = re.compile(r"^\| \d+ \|([^|]*)\|", re.M)
+GROUP = re.compile(r"^\| (\w+) \| ([\w, -]+) \|( `core_[^|]*)\|", re.M)
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 
@@ -25,25 +25,50 @@ def module_of(file):
     return re.sub(r"_(win32|posix|calls|system|inline)$", "", Path(file).stem)
 
 
-def table_order(document):
-    names = [name for row in ROW.findall(document) for name in re.findall(r"`(\w+)`", row)]
-    return {name: place for place, name in enumerate(names)}
+def read_groups(document):
+    """The group of each module, and all groups that each group may include."""
+    group_of, below = {}, {}
+    for group, built_on, modules in GROUP.findall(document):
+        group_of |= dict.fromkeys(re.findall(r"`(\w+)`", modules), group)
+        direct = re.findall(r"\w+", built_on)
+        below[group] = {group, *direct}.union(*(below[name] for name in direct))
+    return group_of, below
+
+
+def read_includes(folder):
+    """Of each module of the folder, the modules that its files include, by file."""
+    for file in sorted(folder.glob("*.*")):
+        for header in INCLUDE.findall(file.read_text(encoding="utf-8")):
+            yield file, module_of(file), module_of(header)
+
+
+def circles(includes):
+    """Modules that include themselves by way of others."""
+    for module in includes:
+        reached, ahead = set(), [module]
+        while ahead:
+            ahead += includes.get(ahead.pop(), set()) - reached - set(ahead)
+            reached |= set(ahead)
+        if module in reached:
+            yield module
 
 
 def complaints(root):
-    order = table_order((root / "docs/architecture.md").read_text(encoding="utf-8"))
+    group_of, groups_below = read_groups((root / "docs/architecture.md").read_text(encoding="utf-8"))
     home = {module_of(file): folder for folder in LIBRARIES for file in (root / folder).glob("*.[hi]*")}
-    for name in sorted(set(order) ^ {name for name, folder in home.items() if folder == "libs/core"}):
+    for name in sorted(set(group_of) ^ {name for name, folder in home.items() if folder == "libs/core"}):
         yield f"docs/architecture.md and libs/core do not agree about {name}"
+    includes = {}
     for folder, below in LIBRARIES.items():
-        for file in sorted((root / folder).glob("*.*")):
-            module = module_of(file)
-            for header in INCLUDE.findall(file.read_text(encoding="utf-8")):
-                used = module_of(header)
-                if home.get(used) not in [folder, *below]:
-                    yield f"{file.relative_to(root)} includes {header}, which is of no library below"
-                elif home[used] == folder == "libs/core" and order.get(used, 0) > order.get(module, 0):
-                    yield f"{file.relative_to(root)} includes {header}, which stands behind it"
+        for file, module, used in read_includes(root / folder):
+            if home.get(used) not in [folder, *below]:
+                yield f"{file.relative_to(root)} includes {used}, which is of no library below"
+            elif module in group_of and used in group_of and module != used:
+                includes.setdefault(module, set()).add(used)
+                if group_of[used] not in groups_below[group_of[module]]:
+                    yield f"{file.relative_to(root)} includes {used}, which is of a group above or beside it"
+    for module in circles(includes):
+        yield f"{module} includes itself by way of others"
 
 
 found = list(complaints(Path(__file__).resolve().parent.parent))
