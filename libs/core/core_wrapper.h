@@ -24,7 +24,8 @@ public:
     static std::string executablePath(size_t limit);
 
     /// std::fopen for a UTF-8 path; the file is never inherited by child processes.
-    /// Null also, after a failed check, when the path or the mode is not UTF-8.
+    /// Null also, after a failed check, when the path or the mode is not UTF-8; and for
+    /// reading a pipe by name, whose other end might never come.
     static FILE* fopen(const std::string& path, const std::string& mode);
 
     /// Deletes a file, also a read-only one: refused access (EACCES) is met by making

@@ -41,6 +41,11 @@ std::string Wrapper::systemErrorText(uint32_t code) {
 const char* const detail::kNotInheritedMode = "e";
 
 FILE* detail::openFile(const SystemText& path, const SystemText& mode) {
+    struct stat status {};
+    if (mode.starts_with('r') && ::stat(path.c_str(), &status) == 0 && S_ISFIFO(status.st_mode)) {
+        errno = ENOTSUP;
+        return nullptr;
+    }
     return std::fopen(path.c_str(), mode.c_str());
 }
 
