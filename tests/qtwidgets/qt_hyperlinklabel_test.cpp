@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QSignalSpy>
 #include <QTest>
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
@@ -158,7 +159,9 @@ TEST(HyperlinkLabel, ShowsTheKeyboardFocusAroundItsText) {
                                 .translated(inside.topLeft());
         EXPECT_TRUE(frame.adjusted(-1, 0, 1, 0).contains(drawn));
         EXPECT_LT(frame.width(), drawn.width() + 12);
-        EXPECT_LT(frame.height(), drawn.height() + 20);
+        // Where there are no fonts, of a text just its underline is drawn.
+        const int textHeight = std::max(drawn.height(), label.fontMetrics().height());
+        EXPECT_LT(frame.height(), textHeight + 20);
     }
 }
 

@@ -16,7 +16,9 @@ void showThenAbort(QtMsgType type, const QMessageLogContext& context, const QStr
 } // namespace
 
 void NS_QT::abortOnFatalMessages() {
-    // Known before the first message comes.
-    shownBy = qInstallMessageHandler(nullptr);
+    // Known before the first message comes, and never this handler itself.
+    const QtMessageHandler installed = qInstallMessageHandler(nullptr);
+    if (installed != &showThenAbort)
+        shownBy = installed;
     qInstallMessageHandler(&showThenAbort);
 }
