@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kShortest = 50; // milliseconds that each attempt has, however late it is
 
-constinit sigjmp_buf resume;
+constinit sigjmp_buf resume{};
 constinit volatile sig_atomic_t running = 0;
 constinit int64_t deadline = 0;
 

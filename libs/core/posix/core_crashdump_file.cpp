@@ -16,7 +16,7 @@ constinit std::array<int, 4> reserve{-1, -1, -1, -1};
 
 // For the names: Abseil takes memory of its own from the system.
 constexpr size_t kReservedSize = 4194304;
-constinit void* reservedMemory = MAP_FAILED;
+constinit void* reservedMemory = nullptr;
 
 /// Never through a link, nor into a file that is there.
 int createFile(const char* path) {
@@ -39,9 +39,9 @@ void releaseReserve() {
             ::close(file);
         file = -1;
     }
-    if (reservedMemory != MAP_FAILED)
+    if (reservedMemory != nullptr && reservedMemory != MAP_FAILED)
         ::munmap(reservedMemory, kReservedSize);
-    reservedMemory = MAP_FAILED;
+    reservedMemory = nullptr;
 }
 
 void ReportFile::open() {
