@@ -3,6 +3,7 @@
 #include "child_process.h"
 #include "core_check.h"
 #include "core_globals.h"
+#include "core_guard.h"
 #include "core_log.h"
 #include "log_recorder.h"
 #include "output_capture.h"
@@ -328,6 +329,10 @@ CHILD_CASE(stressed) {
         }).detach();
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(std::stoi(argument)));
+    // Windows stops all other threads before the runtime cleans up, also amid an allocation
+    // that the clean-up then waits for.
+    MasterLogger::shutdown();
+    core::endProcess(0);
 }
 
 TEST(MasterLogProcess, SurvivesStressAndEndsAmidIt) {
