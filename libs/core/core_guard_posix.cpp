@@ -129,7 +129,7 @@ void prepareProcess() {
 /// What follows must end, too: exit handlers are left out, but buffers are written.
 void limitTheEnd() {
     itimerval timer{};
-    timer.it_value.tv_usec = kForEnd * 1000;
+    timer.it_value.tv_usec = suseconds_t{kForEnd} * 1000;
     timer.it_interval = timer.it_value;
     setitimer(ITIMER_REAL, &timer, nullptr);
 }
