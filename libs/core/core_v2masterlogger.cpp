@@ -113,8 +113,9 @@ bool hasFlag(const ChannelRecord& record, uint8_t flag) {
 }
 
 void storeEnabledBit(int32_t channel, bool enabled) {
-    std::atomic<uint32_t>& word = detail::enabledChannels[static_cast<size_t>(channel) / 32];
-    const uint32_t bit = 1U << (channel % 32);
+    const auto place = static_cast<uint32_t>(channel);
+    std::atomic<uint32_t>& word = detail::enabledChannels[place / 32];
+    const uint32_t bit = 1U << (place % 32);
     if (enabled)
         word.fetch_or(bit, std::memory_order_relaxed);
     else
