@@ -104,7 +104,7 @@ def print_changes(rows):
               f"| {row.ratio:.2f} |")
 
 
-LINE, LEFT, UNIT, LONGEST = 22, 440, 150, 2.2  # pixels, the last one in units
+LINE, LEFT, UNIT, LONGEST = 22, 520, 150, 2.2  # pixels, the last one in units
 
 
 def bar(number, row):
