@@ -7,6 +7,7 @@
 #include "collect_stop.h"
 #include "collect_store.h"
 #include "collect_table.h"
+#include "core_commandline.h"
 #include "core_filelog.h"
 #include "core_globals.h"
 #include "core_guard.h"

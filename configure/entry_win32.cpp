@@ -1,4 +1,5 @@
 #include "configure.h"
+#include "core_commandline.h"
 #include "core_guard.h"
 
 #include <windows.h>

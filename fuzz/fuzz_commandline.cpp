@@ -1,6 +1,6 @@
 // The arguments of a command line are its words in order, and end as main's do.
 
-#include "core_guard.h"
+#include "core_commandline.h"
 #include "fuzz_input.h"
 
 #include <cstring>

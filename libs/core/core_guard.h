@@ -3,9 +3,7 @@
 #include "core_crashdump.h"
 
 #include <cstdint>
-#include <string>
 #include <string_view>
-#include <vector>
 
 /// The guarded start of a program: what runs around everything else and gives a
 /// crash its exit status.
@@ -53,27 +51,6 @@ int32_t writeCrashDump();
 /// Logs on CRIT which argument of which runtime function was invalid.
 void onInvalidParameter(std::string_view expression, std::string_view function,
                         std::string_view file, uint32_t line);
-
-/// An argument vector in the form that `main` takes, NULL-terminated. It owns its
-/// texts, which stay where they are when it is moved.
-class Arguments {
-public:
-    explicit Arguments(std::vector<std::string> texts);
-    Arguments(Arguments&&) = default;
-    Arguments& operator=(Arguments&&) = default;
-
-    int count() const { return static_cast<int>(d_texts.size()); }
-    /// Valid as long as the object that holds the texts.
-    char** values() { return d_values.data(); }
-
-private:
-    std::vector<std::string> d_texts;
-    std::vector<char*> d_values;
-};
-
-/// The arguments of a program that was started by a single text: the executable's
-/// path, then the words of the text, which blanks separate and double quotes group.
-Arguments splitCommandLine(std::string_view commandLine);
 
 namespace detail {
 /// The platform's guard without the switch that leaves it out.

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The arguments of a program, as `main` takes them.
+namespace core {
+
+/// An argument vector in the form that `main` takes, NULL-terminated. It owns its
+/// texts, which stay where they are when it is moved.
+class Arguments {
+public:
+    explicit Arguments(std::vector<std::string> texts);
+    Arguments(Arguments&&) = default;
+    Arguments& operator=(Arguments&&) = default;
+
+    int count() const { return static_cast<int>(d_texts.size()); }
+    /// Valid as long as the object that holds the texts.
+    char** values() { return d_values.data(); }
+
+private:
+    std::vector<std::string> d_texts;
+    std::vector<char*> d_values;
+};
+
+/// The arguments of a program that was started by a single text: the executable's
+/// path, then the words of the text, which blanks separate and double quotes group.
+Arguments splitCommandLine(std::string_view commandLine);
+
+} // namespace core
