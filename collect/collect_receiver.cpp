@@ -1,8 +1,8 @@
 #include "collect_receiver.h"
 
 #include "core_log.h"
+#include "core_reportsettings.h"
 #include "core_testinterface.h"
-#include "core_testsettings.h"
 #include "core_timespec.h"
 #include "utl_file.h"
 #include "utl_fileutils.h"
@@ -26,10 +26,10 @@ bool isOwnAddress(const std::string& ip) {
 
 /// What it would send to itself would be received, fail again, and so on for ever.
 void neverReportTo(const std::string& address, int32_t port) {
-    const core::TestSettings settings = core::TestInterface::instance().settings();
+    const core::ReportSettings settings = core::TestInterface::instance().settings();
     if (settings.sendPort != port ||
-        !(settings.asksFor(core::TestSettings::kSend, core::FailureType::Assertion) ||
-          settings.asksFor(core::TestSettings::kSend, core::FailureType::Alert)))
+        !(settings.asksFor(core::ReportSettings::kSend, core::FailureType::Assertion) ||
+          settings.asksFor(core::ReportSettings::kSend, core::FailureType::Alert)))
         return;
     if (settings.sendAddress == address ||
         (address == kAnyAddress && isOwnAddress(settings.sendAddress)))

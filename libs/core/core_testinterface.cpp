@@ -3,8 +3,8 @@
 #include "core_assertexclude.h"
 #include "core_failuretable.h"
 #include "core_log.h"
+#include "core_reportsettings.h"
 #include "core_stacktrace.h"
-#include "core_testsettings.h"
 #include "core_timespec.h"
 #include "core_udp4socket.h"
 
@@ -24,7 +24,7 @@ std::string textOf(const char* text) { return text != nullptr ? text : ""; }
 } // namespace
 
 struct TestInterface::Loaded {
-    TestSettings settings;
+    ReportSettings settings;
     AssertExclude exclusions;
 };
 
@@ -35,8 +35,8 @@ struct TestInterface::Collected {
     std::shared_ptr<const Udp4Socket> openSocket();
     std::shared_ptr<const Udp4Socket> socket();
 
-    void setByCode(const TestSettings& settings);
-    std::optional<TestSettings> setByCode();
+    void setByCode(const ReportSettings& settings);
+    std::optional<ReportSettings> setByCode();
 
 private:
     // Guards the pointer only; the socket itself may be sent on by several threads.
@@ -44,15 +44,15 @@ private:
     std::shared_ptr<const Udp4Socket> d_socket;
 
     std::mutex d_settingsMutex;
-    std::optional<TestSettings> d_settings;
+    std::optional<ReportSettings> d_settings;
 };
 
-void TestInterface::Collected::setByCode(const TestSettings& settings) {
+void TestInterface::Collected::setByCode(const ReportSettings& settings) {
     const std::lock_guard lock(d_settingsMutex);
     d_settings = settings;
 }
 
-std::optional<TestSettings> TestInterface::Collected::setByCode() {
+std::optional<ReportSettings> TestInterface::Collected::setByCode() {
     const std::lock_guard lock(d_settingsMutex);
     return d_settings;
 }
@@ -101,13 +101,13 @@ TestInterface::Collected& TestInterface::collected() {
     return *current;
 }
 
-void TestInterface::setSettings(const TestSettings& settings) { collected().setByCode(settings); }
+void TestInterface::setSettings(const ReportSettings& settings) { collected().setByCode(settings); }
 
-TestSettings TestInterface::settings() {
+ReportSettings TestInterface::settings() {
     const Loaded* current = loaded();
     if (const auto set = collected().setByCode())
         return *set;
-    return current != nullptr ? current->settings : TestSettings{};
+    return current != nullptr ? current->settings : ReportSettings{};
 }
 
 bool TestInterface::isExcluded(const char* file, int32_t line) {
@@ -116,21 +116,21 @@ bool TestInterface::isExcluded(const char* file, int32_t line) {
 }
 
 bool TestInterface::abortsOn(FailureType type) {
-    return settings().asksFor(TestSettings::kAbort, type);
+    return settings().asksFor(ReportSettings::kAbort, type);
 }
 
 void TestInterface::report(FailureType type, const char* condition, const char* file, int32_t line,
                            int32_t level, const std::string& message) {
-    const TestSettings asked = settings();
+    const ReportSettings asked = settings();
     FailureReport failure{.site = {type, textOf(file), line},
                           .condition = textOf(condition),
                           .message = message,
                           .backtrace = {},
                           .level = level};
-    if (asked.asksFor(TestSettings::kBacktrace, type))
+    if (asked.asksFor(ReportSettings::kBacktrace, type))
         failure.backtrace = StackTrace().getStackText();
     collected().failures.add(std::move(failure));
-    if (asked.asksFor(TestSettings::kSend, type))
+    if (asked.asksFor(ReportSettings::kSend, type))
         sendAsserts();
 }
 
@@ -139,14 +139,14 @@ uint64_t TestInterface::reportCount(FailureType type) { return collected().failu
 void TestInterface::sendAsserts() {
     if (d_sendingStopped)
         return;
-    const TestSettings asked = settings();
+    const ReportSettings asked = settings();
     for (const FailureType type : {FailureType::Assertion, FailureType::Alert}) {
-        if (asked.asksFor(TestSettings::kSend, type))
+        if (asked.asksFor(ReportSettings::kSend, type))
             sendUnsent(type, asked);
     }
 }
 
-void TestInterface::sendUnsent(FailureType type, const TestSettings& asked) {
+void TestInterface::sendUnsent(FailureType type, const ReportSettings& asked) {
     FailureTable& failures = collected().failures;
     const std::vector<FailureReport> unsent = failures.takeUnsent(type);
     if (unsent.empty())
@@ -155,7 +155,7 @@ void TestInterface::sendUnsent(FailureType type, const TestSettings& asked) {
     if (socket == nullptr)
         logf(kChannelWarn, "TestInterface:sendAsserts - failed creating socket");
     const ReportContext context{.server = asked.sendAddress,
-                                .aborts = asked.asksFor(TestSettings::kAbort, type),
+                                .aborts = asked.asksFor(ReportSettings::kAbort, type),
                                 .time = now()};
     for (const FailureReport& report : unsent) {
         if (socket == nullptr ||
@@ -171,7 +171,7 @@ void TestInterface::requestSendLogs(const CheckSite& site) {
         std::fputs("TestInterface:requestSendLogs - d_socket is null\n", stderr);
         return;
     }
-    const TestSettings asked = settings();
+    const ReportSettings asked = settings();
     (void)socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
                        sendLogsDocument(site, asked.sendAddress));
 }

@@ -8,7 +8,7 @@
 
 namespace core {
 
-struct TestSettings;
+struct ReportSettings;
 
 /// Decides what becomes of failed checks and alerts beyond their log line: whether
 /// they stop the program, which are expected and need no report, and whether reports
@@ -22,14 +22,14 @@ class TestInterface {
 public:
     static TestInterface& instance();
 
-    /// Reads the settings of core::TestSettings and the list of core::AssertExclude,
+    /// Reads the settings of core::ReportSettings and the list of core::AssertExclude,
     /// unless that was done or began before.
     void loadIni() { loaded(); }
 
-    TestSettings settings();
+    ReportSettings settings();
 
     /// Takes the place of what the settings file says, before or after it is read.
-    void setSettings(const TestSettings& settings);
+    void setSettings(const ReportSettings& settings);
 
     /// Whether the exclusion list of core::AssertExclude names the site.
     bool isExcluded(const char* file, int32_t line);
@@ -62,7 +62,7 @@ private:
     constexpr TestInterface() = default;
     const Loaded* loaded();
     Collected& collected();
-    void sendUnsent(FailureType type, const TestSettings& asked);
+    void sendUnsent(FailureType type, const ReportSettings& asked);
 
     std::atomic<bool> d_loadStarted{false};
     std::atomic<bool> d_sendingStopped{false};

@@ -1,7 +1,7 @@
 #include "child_process.h"
 #include "core_check.h"
+#include "core_reportsettings.h"
 #include "core_testinterface.h"
-#include "core_testsettings.h"
 #include "core_udp4socket.h"
 #include "log_recorder.h"
 #include "xml_document.h"
@@ -26,10 +26,10 @@ CHILD_CASE(failsWithoutASocket) {
     core::Udp4Socket server;
     if (!server.open() || !server.bind("127.0.0.1", 0))
         std::exit(1);
-    core::TestSettings settings;
+    core::ReportSettings settings;
     settings.sendAddress = "127.0.0.1";
     settings.sendPort = server.localPort();
-    settings.flags = core::TestSettings::kSend;
+    settings.flags = core::ReportSettings::kSend;
     core::TestInterface::instance().setSettings(settings);
     test::LogRecorder log;
     allowFiles(false);

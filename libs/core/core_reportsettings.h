@@ -12,7 +12,7 @@ namespace core {
 /// docs/reporting.md for the file. By default nothing is sent and nothing stops.
 ///
 /// Reading is one thread's; afterwards any thread may ask.
-struct TestSettings {
+struct ReportSettings {
     /// What a failure leads to. Alerts have the same three bits, shifted by three.
     enum Effect : uint32_t { kAbort = 1, kSend = 2, kBacktrace = 4 };
 

@@ -1,4 +1,4 @@
-#include "core_testsettings.h"
+#include "core_reportsettings.h"
 
 #include "core_log.h"
 #include "core_tokenizer.h"
@@ -10,7 +10,7 @@
 namespace core {
 namespace {
 
-// Who searches for it looks for the module that he asked.
+// It names the interface, which is what people search the log for.
 constexpr CheckSite kUnknownValue{"core_testinterface.cpp", 152};
 
 constexpr std::string_view kBlankCharacters = " \n\r\t";
@@ -21,12 +21,12 @@ constexpr int32_t kHighestLevel = 3;
 
 enum class Section { None, General, Assert, Alert };
 
-constexpr uint32_t bitOf(TestSettings::Effect effect, FailureType type) {
+constexpr uint32_t bitOf(ReportSettings::Effect effect, FailureType type) {
     return static_cast<uint32_t>(effect) << (type == FailureType::Alert ? 3 : 0);
 }
 
-constexpr uint32_t kAbortBits = bitOf(TestSettings::kAbort, FailureType::Assertion) |
-                                bitOf(TestSettings::kAbort, FailureType::Alert);
+constexpr uint32_t kAbortBits = bitOf(ReportSettings::kAbort, FailureType::Assertion) |
+                                bitOf(ReportSettings::kAbort, FailureType::Alert);
 
 /// The name between the brackets of a line that is a section's header.
 std::optional<std::string_view> headerOf(std::string_view line) {
@@ -52,21 +52,21 @@ Section sectionOf(std::string_view name) {
 
 std::optional<uint32_t> bitNamed(std::string_view key, FailureType type) {
     if (key == "abort")
-        return bitOf(TestSettings::kAbort, type);
+        return bitOf(ReportSettings::kAbort, type);
     if (key == "send")
-        return bitOf(TestSettings::kSend, type);
+        return bitOf(ReportSettings::kSend, type);
     if (key == "backtrace")
-        return bitOf(TestSettings::kBacktrace, type);
+        return bitOf(ReportSettings::kBacktrace, type);
     return std::nullopt;
 }
 
 } // namespace
 
-bool TestSettings::asksFor(Effect effect, FailureType type) const {
+bool ReportSettings::asksFor(Effect effect, FailureType type) const {
     return (flags & bitOf(effect, type)) != 0;
 }
 
-void TestSettings::load() {
+void ReportSettings::load() {
     FILE* file = Wrapper::fopen("settings/testing.ini", "r");
     if (file == nullptr)
         file = Wrapper::fopen("settings/testing.alt.ini", "r");
@@ -76,7 +76,7 @@ void TestSettings::load() {
     std::fclose(file);
 }
 
-void TestSettings::read(FILE* file) {
+void ReportSettings::read(FILE* file) {
     Section section = Section::None;
     std::array<char, kLineLimit + 1> line{};
     while (std::fgets(line.data(), static_cast<int>(line.size()), file) != nullptr) {
@@ -98,7 +98,7 @@ void TestSettings::read(FILE* file) {
     }
 }
 
-void TestSettings::readGeneral(std::string_view key, std::string_view value) {
+void ReportSettings::readGeneral(std::string_view key, std::string_view value) {
     const int32_t number = decimalNumber(value).value_or(0);
     if (key == "send_address")
         sendAddress = value;
@@ -112,7 +112,7 @@ void TestSettings::readGeneral(std::string_view key, std::string_view value) {
 
 // The abort bits can only be cleared: nothing but a change of this program makes it stop
 // at a customer's.
-void TestSettings::readEffect(FailureType type, std::string_view key, std::string_view value) {
+void ReportSettings::readEffect(FailureType type, std::string_view key, std::string_view value) {
     const std::optional<uint32_t> bit = bitNamed(key, type);
     if (!bit)
         return;

@@ -1,4 +1,4 @@
-#include "core_testsettings.h"
+#include "core_reportsettings.h"
 
 #include "core_wrapper.h"
 #include "log_recorder.h"
@@ -10,21 +10,21 @@
 
 namespace {
 
-using core::TestSettings;
+using core::ReportSettings;
 
-TestSettings settingsOf(const std::string& text, uint32_t flags = 0) {
+ReportSettings settingsOf(const std::string& text, uint32_t flags = 0) {
     const test::TempFolder folder;
     test::writeFile(folder / "ini", text);
     FILE* file = core::Wrapper::fopen(folder / "ini", "r");
-    TestSettings settings;
+    ReportSettings settings;
     settings.flags = flags;
     settings.read(file);
     std::fclose(file);
     return settings;
 }
 
-TEST(TestSettings, SkipsWhatIsOutOfRange) {
-    const TestSettings settings =
+TEST(ReportSettings, SkipsWhatIsOutOfRange) {
+    const ReportSettings settings =
         settingsOf("send_port 1\n[ general]\nsend_port 2\n  [general]\t\r\nsend_port 65535\n"
                    "send_port 0\nsend_port 7x\nsend_port\nsymbol_server_address\ts\r\n"
                    "assert_level 3\n");
@@ -33,7 +33,7 @@ TEST(TestSettings, SkipsWhatIsOutOfRange) {
     EXPECT_EQ(settings.assertLevel, 1);
 }
 
-TEST(TestSettings, FlagsAreSetAndClearedByTheirKeys) {
+TEST(ReportSettings, FlagsAreSetAndClearedByTheirKeys) {
     const std::tuple<const char*, uint32_t, uint32_t> rows[] = {
         {"[assert]\nsend true\nbacktrace enable", 0, 0b000110},
         {"[alert]\nsend true\nbacktrace enable", 0, 0b110000},
@@ -47,7 +47,7 @@ TEST(TestSettings, FlagsAreSetAndClearedByTheirKeys) {
         EXPECT_EQ(settingsOf(text, before).flags, after) << text;
 }
 
-TEST(TestSettings, ReportsWhatItDoesNotKnow) {
+TEST(ReportSettings, ReportsWhatItDoesNotKnow) {
     test::LogRecorder log;
     settingsOf("[50%s]\nsend x\n[]\n[assert]\nabort yes\nunknown yes\ndefault yes\n[alert\n");
     const std::string section = "WARN core::TestInterface::loadIni - unhandled section '";
