@@ -39,7 +39,7 @@ purposes=(build bench)
 screen=()
 if [[ -z ${DISPLAY:-} ]]; then
     purposes+=(screen)
-    screen=(python3 -B tests/e2e/desktop.py)
+    screen=(python3 -B tools/desktop.py)
 fi
 install_packages "${purposes[@]}" || exit 1
 build_preset linux-bench

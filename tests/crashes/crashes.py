@@ -19,7 +19,8 @@ import time
 from pathlib import Path
 from typing import Callable, NamedTuple, Optional
 
-sys.path.insert(0, str(Path(__file__).resolve().parent.parent / "e2e"))
+REPOSITORY = Path(__file__).resolve().parents[2]
+sys.path[:0] = [str(REPOSITORY / "tests" / "e2e"), str(REPOSITORY / "tools")]
 from dump import open_minidump, open_report  # noqa: E402
 from tool import SANITIZERS  # noqa: E402
 from tool_windows import fresh_prefix  # noqa: E402
@@ -203,7 +204,7 @@ class Linux:
 
 def check_script(dump):
     """A report becomes functions with lines, but not by the files of another build."""
-    script = Path(__file__).resolve().parents[2] / "tools" / "crash_report.py"
+    script = REPOSITORY / "tools" / "crash_report.py"
     said = subprocess.run([script, dump], capture_output=True, text=True, check=False)
     expect(said.returncode == 0 and re.search(
         rf"^#00 {FAULT}.* at .*core_check\.cpp:\d+", said.stdout, re.M), "function and line", said)

@@ -9,9 +9,10 @@ import sys
 import tempfile
 from pathlib import Path
 
-from assistant import SKIPPED, AssistedDesktop, is_available
-from desktop import PATIENCE, end, wait_until
-from tool import Linux, finish, recreate, set_aside
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from assistant import SKIPPED, AssistedDesktop, is_available  # noqa: E402
+from desktop import PATIENCE, end, wait_until  # noqa: E402
+from tool import Linux, finish, recreate, set_aside  # noqa: E402
 
 BEFORE = b"[NVR]\nAddress 10.0.0.1\nPort 80\n"
 AFTER = b"[NVR]\nAddress 10.0.0.2\nPort 80\n"

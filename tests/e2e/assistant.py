@@ -11,7 +11,8 @@ import subprocess
 import sys
 from pathlib import Path
 
-from desktop import Desktop, end, ending_with_parent, wait_until
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
+from desktop import Desktop, end, ending_with_parent, wait_until  # noqa: E402
 
 LAUNCHERS = ("/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher")
 SKIPPED = 77  # the status by which CTest knows a test that could not be run

@@ -12,12 +12,15 @@ import sys
 import unittest
 from pathlib import Path
 
-import scenarios
-from desktop import Desktop
-from tool import Linux, set_aside
-from tool_windows import Windows, fresh_prefix
+REPOSITORY = Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(REPOSITORY / "tools"))
 
-BUILD = Path(__file__).resolve().parents[2] / "build" / "linux"
+import scenarios  # noqa: E402
+from desktop import Desktop  # noqa: E402
+from tool import Linux, set_aside  # noqa: E402
+from tool_windows import Windows, fresh_prefix  # noqa: E402
+
+BUILD = REPOSITORY / "build" / "linux"
 
 
 def parse_arguments():

@@ -21,7 +21,7 @@ import zlib
 from pathlib import Path
 
 REPOSITORY = Path(__file__).resolve().parents[2]
-sys.path.insert(0, str(REPOSITORY / "tests" / "e2e"))
+sys.path[:0] = [str(REPOSITORY / "tests" / "e2e"), str(REPOSITORY / "tools")]
 
 from desktop import Desktop  # noqa: E402
 from dump import lldb, open_minidump  # noqa: E402

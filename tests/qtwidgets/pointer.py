@@ -9,7 +9,7 @@ import sys
 import threading
 from pathlib import Path
 
-sys.path.insert(0, str(Path(__file__).resolve().parents[1] / "e2e"))
+sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
 from desktop import Desktop, end, wait_until  # noqa: E402
 
 

@@ -5,7 +5,7 @@ The screen is an X server of its own on a free display number, with a window man
 and a keyboard layout that has the umlauts, so that typing them needs no remapping.
 Everything started here ends with the process that started it.
 
-    tests/e2e/desktop.py COMMAND...   runs a command that needs a screen
+    tools/desktop.py COMMAND...   runs a command that needs a screen
 """
 
 import contextlib
