@@ -1,8 +1,8 @@
 // Whatever the list of expected failures holds and whenever it is read: only sites that
 // stand in it are on it.
 
-#include "core_assertexclude.h"
 #include "fuzz_input.h"
+#include "internal/core_assertexclude.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // Items are found by their names, also those whose hashes collide or wrap around.
 
 #include "fuzz_input.h"
-#include "utl_hashindex.h"
+#include "internal/utl_hashindex.h"
 
 #include <array>
 #include <map>

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Prints libs/textmarkup/textmarkup_htmlreferences.inc: the named references of HTML, as
-Python's standard library has them.
+"""Prints libs/textmarkup/internal/textmarkup_htmlreferences.inc: the named references of
+HTML, as Python's standard library has them.
 """
 import unicodedata
 from html.entities import html5

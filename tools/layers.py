@@ -21,8 +21,14 @@ INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 
 def module_of(file):
-    """core_file_win32.cpp, core_file_calls.h and core_file.h are all of core_file."""
-    return re.sub(r"_(win32|posix|calls|system|inline)$", "", Path(file).stem)
+    """core_file_win32.cpp, internal/core_file_system.h and core_file.h are all of core_file."""
+    return re.sub(r"_(win32|posix|calls|system|types|inline)$", "", Path(file).stem)
+
+
+def sources(folder, suffix):
+    """Those of the folder and of the ones in it for one library or platform alone."""
+    return [file for inner in ("", "internal", "posix", "win32")
+            for file in (folder / inner).glob("*." + suffix)]
 
 
 def read_groups(document):
@@ -37,7 +43,7 @@ def read_groups(document):
 
 def read_includes(folder):
     """Of each module of the folder, the modules that its files include, by file."""
-    for file in sorted(folder.glob("*.*")):
+    for file in sorted(sources(folder, "[hic]*")):
         for header in INCLUDE.findall(file.read_text(encoding="utf-8")):
             yield file, module_of(file), module_of(header)
 
@@ -55,7 +61,7 @@ def circles(includes):
 
 def complaints(root):
     group_of, groups_below = read_groups((root / "docs/architecture.md").read_text(encoding="utf-8"))
-    home = {module_of(file): folder for folder in LIBRARIES for file in (root / folder).glob("*.[hi]*")}
+    home = {module_of(file): folder for folder in LIBRARIES for file in sources(root / folder, "[hi]*")}
     for name in sorted(set(group_of) ^ {name for name, folder in home.items() if folder == "libs/core"}):
         yield f"docs/architecture.md and libs/core do not agree about {name}"
     includes = {}

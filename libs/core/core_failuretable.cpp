@@ -1,4 +1,4 @@
-#include "core_failuretable.h"
+#include "internal/core_failuretable.h"
 
 #include <utility>
 

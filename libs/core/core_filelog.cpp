@@ -1,10 +1,10 @@
 #include "core_filelog.h"
 
-#include "core_filelog_calls.h"
 #include "core_log.h"
 #include "core_timespec.h"
 #include "core_varargs.h"
 #include "core_wrapper.h"
+#include "internal/core_filelog_system.h"
 
 #include <algorithm>
 #include <cerrno>

@@ -1,5 +1,5 @@
-#include "core_filelog_calls.h"
 #include "core_utf.h"
+#include "internal/core_filelog_system.h"
 
 #include <sys/stat.h>
 #include <sys/syscall.h>

@@ -1,9 +1,9 @@
 #include "core_inet.h"
 
-#include "core_inet_calls.h"
-#include "core_inet_system.h"
+#include "core_inet_types.h"
 #include "core_log.h"
 #include "core_tokenizer.h"
+#include "internal/core_inet_system.h"
 
 #include <array>
 #include <atomic>

@@ -1,5 +1,5 @@
-#include "core_inet_calls.h"
-#include "core_inet_system.h"
+#include "core_inet_types.h"
+#include "internal/core_inet_system.h"
 
 namespace core::detail {
 

@@ -1,4 +1,4 @@
-#include "core_repeatlimits.h"
+#include "internal/core_repeatlimits.h"
 
 namespace core {
 

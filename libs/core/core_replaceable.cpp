@@ -1,4 +1,4 @@
-#include "core_replaceable.h"
+#include "internal/core_replaceable.h"
 
 namespace core {
 namespace {

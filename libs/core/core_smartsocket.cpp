@@ -1,8 +1,8 @@
 #include "core_smartsocket.h"
 
-#include "core_inet_calls.h"
-#include "core_inet_system.h"
+#include "core_inet_types.h"
 #include "core_log.h"
+#include "internal/core_inet_system.h"
 
 #include <utility>
 

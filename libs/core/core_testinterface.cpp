@@ -1,12 +1,12 @@
 #include "core_testinterface.h"
 
-#include "core_assertexclude.h"
-#include "core_failuretable.h"
 #include "core_log.h"
 #include "core_reportsettings.h"
 #include "core_stacktrace.h"
 #include "core_timespec.h"
 #include "core_udp4socket.h"
+#include "internal/core_assertexclude.h"
+#include "internal/core_failuretable.h"
 
 #include <cstdio>
 #include <memory>

@@ -1,9 +1,9 @@
 #include "core_udp4socket.h"
 
-#include "core_inet_calls.h"
-#include "core_inet_system.h"
+#include "core_inet_types.h"
 #include "core_log.h"
 #include "core_wrapper.h"
+#include "internal/core_inet_system.h"
 
 #include <algorithm>
 #include <utility>

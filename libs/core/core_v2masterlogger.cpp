@@ -2,10 +2,10 @@
 
 #include "core_check.h"
 #include "core_historycopy_calls.h"
-#include "core_repeatlimits.h"
-#include "core_replaceable.h"
 #include "core_timespec.h"
 #include "core_varargs.h"
+#include "internal/core_repeatlimits.h"
+#include "internal/core_replaceable.h"
 
 #include <algorithm>
 #include <bitset>

@@ -2,7 +2,7 @@
 
 #include "core_check.h"
 #include "core_log.h"
-#include "core_wrapper_calls.h"
+#include "internal/core_wrapper_system.h"
 
 #include <cerrno>
 

@@ -1,5 +1,5 @@
 #include "core_wrapper.h"
-#include "core_wrapper_calls.h"
+#include "internal/core_wrapper_system.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -2,8 +2,8 @@
 
 #include "core_check.h"
 #include "core_log.h"
+#include "internal/kern_pollloop_system.h"
 #include "kern_descriptorinterface.h"
-#include "kern_pollloop_calls.h"
 #include "kern_timerinterface.h"
 
 #include <algorithm>

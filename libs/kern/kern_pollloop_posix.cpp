@@ -1,4 +1,4 @@
-#include "kern_pollloop_calls.h"
+#include "internal/kern_pollloop_system.h"
 
 #include <poll.h>
 #include <sys/eventfd.h>

@@ -1,5 +1,5 @@
 #include "core_inet.h" // which starts the network
-#include "kern_pollloop_calls.h"
+#include "internal/kern_pollloop_system.h"
 
 #include <winsock2.h>
 

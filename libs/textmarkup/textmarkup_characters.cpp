@@ -1,4 +1,4 @@
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,6 @@
 #include "textmarkup_escape.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
 
 #include <algorithm>
 #include <array>

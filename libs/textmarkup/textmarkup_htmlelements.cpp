@@ -1,4 +1,4 @@
-#include "textmarkup_htmlelements.h"
+#include "internal/textmarkup_htmlelements.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,6 +1,8 @@
 #include "textmarkup_htmlreader.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
+#include "internal/textmarkup_htmlelements.h"
+#include "internal/textmarkup_htmlreferences.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,18 +1,20 @@
 #pragma once
 
+#include "internal/textmarkup_cursor.h"
+#include "internal/textmarkup_gathered.h"
 #include "textmarkup_attributes.h"
-#include "textmarkup_cursor.h"
-#include "textmarkup_gathered.h"
-#include "textmarkup_htmlelements.h"
-#include "textmarkup_htmlreferences.h"
 #include "textmarkup_reader.h"
 
 #include <concepts>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace textmarkup {
+
+enum class HtmlContent : uint8_t;
+enum class ReferenceIn;
 
 /// Reads HTML in UTF-8 as browsers cut it into tags, texts and comments. There are no
 /// errors: whatever a text holds, it is read, and each StartElement has its EndElement.
@@ -97,11 +99,11 @@ private:
     Event d_event = Event::End;
 
     std::vector<std::string> d_open;
-    size_t d_closeTo = kAll;                     ///< so many elements are to stay open
-    bool d_startWaits = false;                   ///< for others to end
-    bool d_endsAtOnce = false;                   ///< the element of the latest start tag
-    HtmlContent d_content = HtmlContent::Markup; ///< of the innermost element
-    size_t d_contentEnd = 0;                     ///< unless that is markup
+    size_t d_closeTo = kAll;   ///< so many elements are to stay open
+    bool d_startWaits = false; ///< for others to end
+    bool d_endsAtOnce = false; ///< the element of the latest start tag
+    HtmlContent d_content{};   ///< of the innermost element; markup at first
+    size_t d_contentEnd = 0;   ///< unless that is markup
 
     Gathered d_text;
     Gathered d_name;                ///< of the latest tag

@@ -1,6 +1,6 @@
-#include "textmarkup_htmlreferences.h"
+#include "internal/textmarkup_htmlreferences.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -14,7 +14,7 @@ struct NamedReference {
     std::string_view text;
 };
 
-#include "textmarkup_htmlreferences.inc"
+#include "internal/textmarkup_htmlreferences.inc"
 
 bool isLetterOrDigit(char ch) { return isLetter(ch) || isDigit(ch); }
 

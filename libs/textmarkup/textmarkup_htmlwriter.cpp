@@ -1,8 +1,8 @@
 #include "textmarkup_htmlwriter.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
+#include "internal/textmarkup_htmlelements.h"
 #include "textmarkup_escape.h"
-#include "textmarkup_htmlelements.h"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "textmarkup_jsonreader.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
 
 #include <charconv>
 #include <utility>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "textmarkup_strictreader.h"
+#include "internal/textmarkup_strictreader.h"
 
 #include <concepts>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "textmarkup_jsonwriter.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
 #include "textmarkup_reader.h"
 
-#include "textmarkup_characters.h"
+#include "internal/textmarkup_characters.h"
 
 namespace textmarkup {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "internal/textmarkup_strictreader.h"
 #include "textmarkup_attributes.h"
-#include "textmarkup_strictreader.h"
 
 #include <concepts>
 #include <string>

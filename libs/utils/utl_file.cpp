@@ -4,9 +4,9 @@
 #include "core_guniquebuf.h"
 #include "core_log.h"
 #include "core_wrapper.h"
-#include "utl_file_calls.h"
+#include "internal/utl_file_system.h"
+#include "internal/utl_fileutils_system.h"
 #include "utl_fileutils.h"
-#include "utl_fileutils_calls.h"
 
 #include <fcntl.h>
 

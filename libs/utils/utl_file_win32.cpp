@@ -1,5 +1,5 @@
 #include "core_wrapper.h"
-#include "utl_file_calls.h"
+#include "internal/utl_file_system.h"
 
 #include <fcntl.h>
 #include <io.h>

@@ -3,8 +3,8 @@
 #include "core_check.h"
 #include "core_log.h"
 #include "core_tokenizer.h"
-#include "utl_file_calls.h"
-#include "utl_fileutils_calls.h"
+#include "internal/utl_file_system.h"
+#include "internal/utl_fileutils_system.h"
 
 #include <cerrno>
 #include <string_view>

@@ -1,6 +1,6 @@
 #include "core_utf.h"
 #include "core_wrapper.h"
-#include "utl_fileutils_calls.h"
+#include "internal/utl_fileutils_system.h"
 
 #include <windows.h>
 

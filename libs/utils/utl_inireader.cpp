@@ -3,9 +3,9 @@
 #include "core_check.h"
 #include "core_log.h"
 #include "core_tokenizer.h"
+#include "internal/utl_hashindex.h"
 #include "utl_file.h"
 #include "utl_fileutils.h"
-#include "utl_hashindex.h"
 
 #include <absl/hash/hash.h>
 #include <absl/strings/string_view.h>

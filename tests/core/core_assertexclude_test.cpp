@@ -1,4 +1,4 @@
-#include "core_assertexclude.h"
+#include "internal/core_assertexclude.h"
 
 #include "core_wrapper.h"
 #include "temp_folder.h"

@@ -1,7 +1,7 @@
 #include "core_inet.h"
 
-#include "core_inet_calls.h"
-#include "core_inet_system.h"
+#include "core_inet_types.h"
+#include "internal/core_inet_system.h"
 #include "log_recorder.h"
 
 #include <gmock/gmock.h>

@@ -1,9 +1,9 @@
 #include "core_udp4socket.h"
 
 #include "check_recorder.h"
-#include "core_inet_calls.h"
-#include "core_inet_system.h"
+#include "core_inet_types.h"
 #include "core_varargs.h"
+#include "internal/core_inet_system.h"
 #include "log_recorder.h"
 
 #include <gmock/gmock.h>

@@ -1,7 +1,7 @@
 #include "core_wrapper.h"
 
 #include "check_recorder.h"
-#include "core_wrapper_calls.h"
+#include "internal/core_wrapper_system.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
 

@@ -2,8 +2,8 @@
 
 #include "check_recorder.h"
 #include "core_udp4socket.h"
+#include "internal/kern_pollloop_system.h"
 #include "kern_descriptorinterface.h"
-#include "kern_pollloop_calls.h"
 #include "kern_timerinterface.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
+#include "internal/utl_file_system.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
 #include "utl_file.h"
-#include "utl_file_calls.h"
 #include "utl_fileutils.h"
 #include "utl_inireader.h"
 

@@ -4,9 +4,9 @@
 #include "core_guniquebuf.h"
 #include "core_varargs.h"
 #include "core_wrapper.h"
+#include "internal/utl_file_system.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
-#include "utl_file_calls.h"
 #include "utl_fileutils.h"
 
 #include <algorithm>

@@ -51,13 +51,14 @@ endfunction()
 
 include(GNUInstallDirs)
 
-# orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...]): a static library, named
-# orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has p_win32.cpp and
-# p_posix.cpp, of which the platform's half is built. Unless it is internal, component
-# `devel` installs it with all headers but those of its seams for tests, *_calls.h, and
-# those in the folders win32/ and posix/, which only its own sources include.
+# orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...] [INCLUDED i...]): a static
+# library, named orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has
+# p_win32.cpp and p_posix.cpp, of which the platform's half is built. Unless it is internal,
+# component `devel` installs it with its headers, but not with those in the folders internal/,
+# win32/ and posix/, nor *_calls.h, which its own sources and tests include. Of internal/, it
+# installs i.h, which public headers include.
 function(orvistrand_library name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS;INCLUDED")
     list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
     list(TRANSFORM arg_PAIRS APPEND _${ORVISTRAND_PLATFORM}.cpp OUTPUT_VARIABLE halves)
     add_library(orvistrand_${name} STATIC ${sources} ${halves})
@@ -75,5 +76,8 @@ function(orvistrand_library name)
     install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/" COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*_calls.h" EXCLUDE
-        PATTERN win32 EXCLUDE PATTERN posix EXCLUDE)
+        PATTERN internal EXCLUDE PATTERN win32 EXCLUDE PATTERN posix EXCLUDE)
+    list(TRANSFORM arg_INCLUDED REPLACE "(.+)" "internal/\\1.h")
+    install(FILES ${arg_INCLUDED} COMPONENT devel
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand/internal)
 endfunction()

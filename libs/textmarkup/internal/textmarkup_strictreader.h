@@ -1,7 +1,7 @@
 #pragma once
 
-#include "textmarkup_cursor.h"
-#include "textmarkup_gathered.h"
+#include "internal/textmarkup_cursor.h"
+#include "internal/textmarkup_gathered.h"
 #include "textmarkup_reader.h"
 
 #include <string>
