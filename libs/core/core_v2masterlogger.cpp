@@ -3,8 +3,6 @@
 #include "core_check.h"
 #include "core_historycopy_calls.h"
 #include "core_timespec.h"
-#include "core_varargs.h"
-#include "internal/core_repeatlimits.h"
 #include "internal/core_replaceable.h"
 
 #include <algorithm>
@@ -37,8 +35,6 @@ constexpr uint8_t kMaskCrit = 1;
 constexpr uint8_t kMaskWarn = 2;
 constexpr uint8_t kMaskInfo = 4;
 constexpr uint8_t kMaskSwitchedOn = 8;
-
-constexpr int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 using ChannelSet = std::bitset<kChannelCount>;
 using History = std::deque<HistoryEntry>;
@@ -257,42 +253,12 @@ private:
     Visit d_visit; // ends last
 };
 
-int64_t secondsNow() { return now() / kNanosecondsPerSecond; }
-
 } // namespace
 
 LogImpl::~LogImpl() = default;
 LogRImpl::~LogRImpl() = default;
 
 void DefaultLogImpl::write(int32_t, uint32_t, const ChannelRecord&, const char*, size_t) {}
-
-// ---- Repeat-limited messages
-
-DefaultLogRImpl::DefaultLogRImpl() : DefaultLogRImpl(&secondsNow) {}
-
-DefaultLogRImpl::DefaultLogRImpl(Clock clock)
-    : d_limits(std::make_unique<RepeatLimits>()), d_clock(clock) {}
-
-DefaultLogRImpl::~DefaultLogRImpl() = default;
-
-void DefaultLogRImpl::setRule(std::string_view identity, int32_t everyCount, int32_t everySeconds) {
-    d_limits->setRule(identity, {everyCount, everySeconds});
-}
-
-// The producer runs outside the lock, and also when the channel turns out disabled:
-// its call is what a report is.
-void DefaultLogRImpl::log(std::string_view identity, int32_t channel, std::string_view key,
-                          const TextProducer& produce) {
-    const auto report = d_limits->count(identity, channel, key, d_clock());
-    if (!report)
-        return;
-    const std::string text = produce();
-    if (channelEnabled(channel)) {
-        MasterLogger::logEnabled(
-            MasterLogger::defaultLogger(), channel,
-            core::format("%s [%d times in %ld seconds]", text, report->times, report->seconds));
-    }
-}
 
 // ---- Observers
 

@@ -83,7 +83,7 @@ public:
                size_t length) override;
 };
 
-class RepeatLimits;
+class RepeatLimits; // what DefaultLogRImpl counts; core_repeatlimits.cpp has both
 
 /// Makes the text of a repeated message, only when it is to be reported.
 using TextProducer = std::function<std::string()>;
