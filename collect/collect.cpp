@@ -66,8 +66,10 @@ int receive(const Options& options) {
     core::MasterLogger::setChannelEcho(core::kChannelWarn, true); // for who watches
     if (!utl::FileUtils::createPath(options.folder))
         return complain(kFailed, core::format("cannot make '%s'", options.folder));
-    auto* const log = new core::FileLogImpl({.path = options.folder + "/collect.log"});
-    const core::Globals globals(log); // which owns it, to its own end
+    auto file = std::make_unique<core::FileLogImpl>(
+        core::FileLogImpl::Options{.path = options.folder + "/collect.log"});
+    core::FileLogImpl* const log = file.get();
+    const core::Globals globals(std::move(file)); // which has it to its own end
     if (!log->isOpen())
         return complain(kFailed, core::format("cannot write a log in '%s'", options.folder));
     return receiveUntilStopped(options, log);

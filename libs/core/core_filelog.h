@@ -14,7 +14,8 @@ namespace core {
 
 /// Writes the log into a file, which any program may install:
 ///
-///     core::Globals globals(new core::FileLogImpl({.path = "files/tool.log"}));
+///     const core::FileLogImpl::Options options{.path = "files/tool.log"};
+///     const core::Globals globals(std::make_unique<core::FileLogImpl>(options));
 ///
 /// Each line has the local time with its offset from UTC, the thread, the channel, the
 /// logger's id if it has one, and the text:

@@ -2,12 +2,13 @@
 
 #include "core_assert.h"
 #include "core_testinterface.h"
-#include "core_v2masterlogger.h"
+
+#include <utility>
 
 namespace core {
 
-Globals::Globals(LogImpl* implementation) {
-    MasterLogger::setImplementation(implementation);
+Globals::Globals(std::unique_ptr<LogImpl> implementation) {
+    MasterLogger::setImplementation(std::move(implementation));
     TestInterface::instance().loadIni();
 }
 
@@ -16,6 +17,6 @@ Globals::~Globals() {
     MasterLogger::setImplementation(nullptr);
 }
 
-DefaultGlobals::DefaultGlobals() : Globals(new DefaultLogImpl) {}
+DefaultGlobals::DefaultGlobals() : Globals(std::make_unique<DefaultLogImpl>()) {}
 
 } // namespace core

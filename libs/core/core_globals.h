@@ -1,8 +1,10 @@
 #pragma once
 
-namespace core {
+#include "core_v2masterlogger.h"
 
-class LogImpl;
+#include <memory>
+
+namespace core {
 
 /// The application's hold on this library's global state, from before its work
 /// until after it.
@@ -12,10 +14,9 @@ class LogImpl;
 /// second object of a process begins with the console handler.
 class Globals {
 public:
-    /// Installs a log implementation, a DefaultLogImpl for null; the master logger
-    /// owns it from here on, see MasterLogger::setImplementation. Then has the settings of
-    /// core::TestInterface read.
-    explicit Globals(LogImpl* implementation);
+    /// Installs a log implementation, a DefaultLogImpl for null, see
+    /// MasterLogger::setImplementation. Then has the settings of core::TestInterface read.
+    explicit Globals(std::unique_ptr<LogImpl> implementation);
     virtual ~Globals();
     Globals(const Globals&) = delete;
     Globals& operator=(const Globals&) = delete;

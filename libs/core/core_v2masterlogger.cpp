@@ -343,22 +343,21 @@ bool MasterLogger::echoed(int32_t channel) {
 
 // The old implementation goes outside the lock, since its destructor may wait for a
 // thread that logs; what is logged before it is gone is refused.
-void MasterLogger::setImplementation(LogImpl* implementation) {
-    std::unique_ptr<LogImpl> next(implementation);
-    if (next == nullptr)
-        next = std::make_unique<DefaultLogImpl>();
-    Visit::runOutside([old = install(state().impl, std::move(next))] {
+void MasterLogger::setImplementation(std::unique_ptr<LogImpl> implementation) {
+    if (implementation == nullptr)
+        implementation = std::make_unique<DefaultLogImpl>();
+    Visit::runOutside([old = install(state().impl, std::move(implementation))] {
         ++state().settingImpl;
         old->destroy();
         --state().settingImpl;
     });
 }
 
-void MasterLogger::setRepeatImplementation(LogRImpl* implementation) {
-    std::unique_ptr<LogRImpl> next(implementation);
-    if (next == nullptr)
-        next = std::make_unique<DefaultLogRImpl>();
-    Visit::runOutside([old = install(state().rImpl, std::move(next))] { old->destroy(); });
+void MasterLogger::setRepeatImplementation(std::unique_ptr<LogRImpl> implementation) {
+    if (implementation == nullptr)
+        implementation = std::make_unique<DefaultLogRImpl>();
+    Visit::runOutside(
+        [old = install(state().rImpl, std::move(implementation))] { old->destroy(); });
 }
 
 void MasterLogger::logRepeated(std::string_view identity, int32_t channel, std::string_view key,

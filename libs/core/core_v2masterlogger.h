@@ -199,7 +199,7 @@ public:
     static void setChannelEcho(int32_t channel, bool echo);
     static bool echoed(int32_t channel); ///< lock-free
 
-    /// Takes ownership; null installs the default one. The call returns when no thread is
+    /// Null installs the default one. The call returns when no thread is
     /// inside the old implementation any more and it has been destroyed, on this thread
     /// and without any lock; what other threads log until then is dropped with a text on
     /// standard output. So do not call it with a lock that the old one takes, nor on a
@@ -207,9 +207,9 @@ public:
     ///
     /// Called from inside an implementation or observer on this thread it returns at once,
     /// and the old one is destroyed in this way when the line that led there is done.
-    static void setImplementation(LogImpl* implementation);
+    static void setImplementation(std::unique_ptr<LogImpl> implementation);
     /// The same for messages that repeat, whose lines go on meanwhile.
-    static void setRepeatImplementation(LogRImpl* implementation);
+    static void setRepeatImplementation(std::unique_ptr<LogRImpl> implementation);
 
     /// A null pointer is ignored.
     static void registerObserver(GlobalLogObserver* observer);

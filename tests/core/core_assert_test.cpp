@@ -77,7 +77,7 @@ TEST_F(AssertTest, LockedHandlersStay) {
 TEST_F(AssertTest, GlobalsHoldLogAndHandlerForTheirLifetime) {
     std::string seen;
     {
-        const core::Globals globals(new test::ScriptedImpl(
+        const core::Globals globals(std::make_unique<test::ScriptedImpl>(
             [&](const std::string& line) { seen += line; }, [&] { seen += " destroyed"; }));
         core::logText(core::kChannelInfo, "line");
         EXPECT_EQ(core::failureHandler(), core::failDefault);

@@ -11,10 +11,14 @@ namespace {
 
 namespace fs = std::filesystem;
 
+std::unique_ptr<core::LogImpl> fileLog(const std::string& path) {
+    return std::make_unique<core::FileLogImpl>(core::FileLogImpl::Options{.path = path});
+}
+
 TEST(FileLog, BeginsAnewWhereItsFileWasMovedOrDeleted) {
     const test::TempFolder folder;
     const std::string path = folder / "a.log";
-    core::MasterLogger::setImplementation(new core::FileLogImpl({.path = path}));
+    core::MasterLogger::setImplementation(fileLog(path));
     core::logText(core::kChannelWarn, "one");
     fs::rename(path, folder / "moved");
     core::logText(core::kChannelWarn, "two");
@@ -31,7 +35,7 @@ TEST(FileLog, TellsOnceOfAFullDiskAndGoesOnWhenThereIsRoom) {
     const std::string path = folder / "a.log";
     fs::create_symlink("/dev/full", path);
     testing::internal::CaptureStderr();
-    core::MasterLogger::setImplementation(new core::FileLogImpl({.path = path}));
+    core::MasterLogger::setImplementation(fileLog(path));
     core::logText(core::kChannelWarn, "one");
     core::logText(core::kChannelCrit, "two");
     for (int line = 0; line < 20; ++line)

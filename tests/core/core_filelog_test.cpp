@@ -16,12 +16,13 @@ using testing::ElementsAre;
 
 /// Puts the log into a file for a scope.
 struct Installed {
-    explicit Installed(core::FileLogImpl::Options options)
-        : log(new core::FileLogImpl(std::move(options))) {
-        core::MasterLogger::setImplementation(log);
+    explicit Installed(core::FileLogImpl::Options options) {
+        auto file = std::make_unique<core::FileLogImpl>(std::move(options));
+        log = file.get();
+        core::MasterLogger::setImplementation(std::move(file));
     }
     ~Installed() { core::MasterLogger::setImplementation(nullptr); }
-    core::FileLogImpl* const log; // the master logger's
+    core::FileLogImpl* log; // the master logger's
 };
 
 /// The text with a '0' for each number.

@@ -90,10 +90,10 @@ void logAtTimes(const char* rule, const char* key, std::initializer_list<int64_t
 }
 
 TEST(RepeatedLog, RulesCountOrWaitForEachMessageAndChannel) {
-    auto* const limits = new core::DefaultLogRImpl(&steppedClock);
+    auto limits = std::make_unique<core::DefaultLogRImpl>(&steppedClock);
     limits->setRule("thirds", 3, 1000);
     limits->setRule("minutely", 0, 60);
-    core::MasterLogger::setRepeatImplementation(limits);
+    core::MasterLogger::setRepeatImplementation(std::move(limits));
     test::LogRecorder lines;
     logAtTimes("thirds", "a", {100, 101, 102, 103, 104, 105, 106, 107});
     logAtTimes("minutely", "b", {100, 159, 160, 219});

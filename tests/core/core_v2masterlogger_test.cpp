@@ -78,7 +78,7 @@ protected:
 };
 
 TEST_F(MasterLog, LinesOfEnabledChannelsReachTheImplementation) {
-    MasterLogger::setImplementation(new ScriptedImpl(note()));
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(note()));
     const auto logEach = [](const char* text) {
         for (int32_t channel = 2; channel <= 4; ++channel)
             core::logf(channel, "%s", text);
@@ -132,7 +132,7 @@ TEST_F(MasterLog, LoggingFromInsideIsRefusedOnceAndOnlyOnceLong) {
     };
     const std::string refused = "MasterLogger:implLog - called recursively!\n"
                                 "  <[CRIT] {0} inside>\n";
-    MasterLogger::setImplementation(new ScriptedImpl(logInside));
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(logInside));
     const ScriptedObserver observer({core::kChannelWarn}, logInside);
     for (int i = 0; i < 2; ++i) { // the thread must not stay mute
         const test::Output output =
@@ -145,8 +145,10 @@ TEST_F(MasterLog, LoggingFromInsideIsRefusedOnceAndOnlyOnceLong) {
 
 TEST_F(MasterLog, ReplacedImplementationCannotLogAnyMore) {
     const auto farewell = [] { core::logText(core::kChannelWarn, "farewell"); };
-    MasterLogger::setImplementation(new ScriptedImpl(note(), farewell));
-    const auto install = [this] { MasterLogger::setImplementation(new ScriptedImpl(note())); };
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(note(), farewell));
+    const auto install = [this] {
+        MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(note()));
+    };
     EXPECT_EQ(captureOutput(install).out, "MasterLogger:implLog - log while setting impl\n"
                                           "  <[WARN] {0} farewell>\n");
     core::logText(core::kChannelWarn, "after");
@@ -157,7 +159,8 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
     const auto replace = [](const std::string&) { MasterLogger::setImplementation(nullptr); };
     std::thread::id goneOn;
     const auto impl = [&goneOn](const test::OnLine& onLine) {
-        return new WorkingImpl(onLine, [&goneOn] { goneOn = std::this_thread::get_id(); });
+        return std::make_unique<WorkingImpl>(onLine,
+                                             [&goneOn] { goneOn = std::this_thread::get_id(); });
     };
     const auto replaceAndStay = [&](const std::string& line) {
         if (line.ends_with(kOfWorker))
@@ -178,7 +181,7 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
             core::logText(core::kChannelWarn, "now");
         },
         [&] { // from a destructor
-            MasterLogger::setImplementation(new ScriptedImpl(
+            MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(
                 ignore, [&] { MasterLogger::setImplementation(impl(ignore)), replace(""); }));
             replace("");
         }};
@@ -194,7 +197,7 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
 }
 
 TEST_F(MasterLog, ObserversSeeTheirChannelsInOrderAfterTheImplementation) {
-    MasterLogger::setImplementation(new ScriptedImpl(note("impl ")));
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(note("impl ")));
     const ScriptedObserver first({core::kChannelWarn}, note("first "));
     {
         ScriptedObserver second({core::kChannelInfo, core::kChannelNorm}, note("second "));
@@ -238,7 +241,7 @@ TEST_F(MasterLog, ExceptionsStayWhereTheyAre) {
         seen.push_back(line);
         throw std::runtime_error("out of paper");
     };
-    MasterLogger::setImplementation(new ScriptedImpl(refuse));
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(refuse));
     const ScriptedObserver first({core::kChannelWarn}, refuse);
     const ScriptedObserver second({core::kChannelWarn}, note("second "));
     core::logRepeated("rule", core::kChannelWarn, "key",
@@ -271,11 +274,11 @@ void replaceFromInside() {
     const auto replace = [](const std::string& line) {
         if (line.ends_with(kOfWorker)) // which would have to join itself
             return;
-        MasterLogger::setImplementation(new WorkingImpl(ignore));
+        MasterLogger::setImplementation(std::make_unique<WorkingImpl>(ignore));
         MasterLogger::setRepeatImplementation(nullptr);
     };
     const ScriptedObserver observer({core::kChannelInfo}, replace);
-    MasterLogger::setImplementation(new ScriptedImpl(replace));
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(replace));
     core::logRepeated("rule", core::kChannelInfo, "key", [&] {
         replace("");
         return std::string("repeated");
@@ -308,7 +311,7 @@ constexpr void (*kStresses[])() = {
     [] { GALERT(false); },
     [] {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        MasterLogger::setImplementation(new WorkingImpl(ignore));
+        MasterLogger::setImplementation(std::make_unique<WorkingImpl>(ignore));
     },
     [] { MasterLogger::setRepeatImplementation(nullptr); },
     [] {
@@ -359,7 +362,8 @@ CHILD_CASE(meetsLimits) {
     MasterLogger::setHistory(core::kChannelNorm, true);
     MasterLogger::registerObserver(&observer);
     MasterLogger::unregisterObserver(&observer);
-    MasterLogger::setImplementation(new ScriptedImpl(ignore, [] { std::printf("\ndestroyed"); }));
+    MasterLogger::setImplementation(
+        std::make_unique<ScriptedImpl>(ignore, [] { std::printf("\ndestroyed"); }));
     core::logRepeated("rule", core::kChannelCrit, "key", [] { return std::string(); });
 }
 

@@ -194,8 +194,8 @@ void observing(const char* part, void (*crash)()) {
 void logWarning() { core::logText(core::kChannelWarn, "now"); }
 
 void logIntoImplementation() {
-    core::MasterLogger::setImplementation(
-        new test::ScriptedImpl([](const std::string& line) { faultOn(line, "now"); }));
+    core::MasterLogger::setImplementation(std::make_unique<test::ScriptedImpl>(
+        [](const std::string& line) { faultOn(line, "now"); }));
     logWarning();
 }
 
