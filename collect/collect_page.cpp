@@ -4,6 +4,7 @@
 #include "collect_pagetext.h"
 #include "core_varargs.h"
 #include "textmarkup_htmlwriter.h"
+#include "utf_character.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -159,13 +160,8 @@ void addPrograms(HtmlWriter& page, const Table& table) {
 
 std::string headline(const std::string& message) {
     std::string line = message.substr(0, message.find('\n'));
-    if (line.size() > kMaxHeadline) {
-        size_t end = kMaxHeadline;
-        while (end > 0 && (static_cast<uint8_t>(line[end]) & 0xC0) == 0x80)
-            --end; // to the begin of a character
-        line.resize(end);
-        line += "...";
-    }
+    if (line.size() > kMaxHeadline)
+        line.replace(utf::lengthWithin(kMaxHeadline, line), std::string::npos, "...");
     return line;
 }
 

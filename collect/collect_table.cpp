@@ -1,5 +1,7 @@
 #include "collect_table.h"
 
+#include "utf_character.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -12,9 +14,7 @@ constexpr std::string_view kCut = "...";
 void cut(std::string& text) {
     if (text.size() <= Table::kMaxText)
         return;
-    size_t end = Table::kMaxText - kCut.size();
-    while (end > 0 && (static_cast<uint8_t>(text[end]) & 0xC0) == 0x80)
-        --end; // to the begin of a character
+    const size_t end = utf::lengthWithin(Table::kMaxText - kCut.size(), text);
     text.replace(end, std::string::npos, kCut);
 }
 

@@ -9,12 +9,14 @@ from pathlib import Path
 
 # What the modules of a library may include besides each other.
 LIBRARIES = {
-    "libs/textmarkup": [],
-    "libs/core": ["libs/textmarkup"],
-    "libs/utils": ["libs/core"],
+    "libs/utf": [],
+    "libs/textmarkup": ["libs/utf"],
+    "libs/core": ["libs/textmarkup", "libs/utf"],
+    "libs/utils": ["libs/core", "libs/utf"],
     "libs/kern": ["libs/core"],
     "libs/qt/widgets/lib": ["libs/kern", "libs/core"],
-    "collect": ["libs/kern", "libs/utils", "libs/core", "libs/textmarkup"],
+    "collect": ["libs/kern", "libs/utils", "libs/core", "libs/textmarkup",
+                "libs/utf"],
 }
 GROUP = re.compile(r"^\| (\w+) \| ([\w, -]+) \|( `core_[^|]*)\|", re.M)
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)

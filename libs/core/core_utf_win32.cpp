@@ -24,10 +24,6 @@ int utf8Length(SystemTextView text) {
 
 } // namespace
 
-bool isValidUtf8(std::string_view text) {
-    return text.empty() || (fits(text.size()) && wideLength(text) > 0);
-}
-
 bool fromUtf8(std::string_view text, SystemText& out) {
     if (text.empty()) {
         out.clear();

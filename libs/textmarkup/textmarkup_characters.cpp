@@ -25,56 +25,7 @@ bool isIn(const Range (&ranges)[size], uint32_t code) {
     });
 }
 
-/// The length of the sequence that a byte begins; 0 for one that begins none.
-size_t sequenceLength(uint8_t first) {
-    if (first < 0x80)
-        return 1;
-    if (first < 0xC0)
-        return 0;
-    return first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
-}
-
 } // namespace
-
-Character characterAt(std::string_view text) {
-    constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000}; // less would be overlong
-    const auto first = static_cast<uint8_t>(text[0]);
-    const size_t length = sequenceLength(first);
-    constexpr Character kMalformed{0, 1, false};
-    if (length == 0 || length > text.size())
-        return kMalformed;
-    uint32_t code = length == 1 ? first : first & (0x7FU >> length);
-    for (size_t i = 1; i < length; ++i) {
-        const auto next = static_cast<uint8_t>(text[i]);
-        if ((next & 0xC0) != 0x80)
-            return kMalformed;
-        code = code << 6 | (next & 0x3F);
-    }
-    if (code < kLeast[length] || code > kLastCharacter || isSurrogate(code))
-        return kMalformed;
-    return {code, length, true};
-}
-
-void appendCharacter(std::string& out, uint32_t code) {
-    const auto byte = [&out](uint32_t value) { out += static_cast<char>(value); };
-    if (code > kLastCharacter || isSurrogate(code)) {
-        out += kReplacement;
-    } else if (code < 0x80) {
-        byte(code);
-    } else if (code < 0x800) {
-        byte(0xC0 | code >> 6);
-        byte(0x80 | (code & 0x3F));
-    } else if (code < 0x10000) {
-        byte(0xE0 | code >> 12);
-        byte(0x80 | (code >> 6 & 0x3F));
-        byte(0x80 | (code & 0x3F));
-    } else {
-        byte(0xF0 | code >> 18);
-        byte(0x80 | (code >> 12 & 0x3F));
-        byte(0x80 | (code >> 6 & 0x3F));
-        byte(0x80 | (code & 0x3F));
-    }
-}
 
 bool isXmlCharacter(uint32_t code) {
     if (code < 0x20)

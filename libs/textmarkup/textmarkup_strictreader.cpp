@@ -55,10 +55,7 @@ std::string quoted(std::string_view text) {
     constexpr size_t kLongest = 40;
     if (text.size() <= kLongest)
         return "'" + std::string(text) + "'";
-    size_t length = kLongest;
-    while (length > 0 && (static_cast<uint8_t>(text[length]) & 0xC0) == 0x80)
-        --length;
-    return "'" + std::string(text.substr(0, length)) + "...'";
+    return "'" + std::string(text.substr(0, utf::lengthWithin(kLongest, text))) + "...'";
 }
 
 } // namespace textmarkup

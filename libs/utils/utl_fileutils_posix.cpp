@@ -1,6 +1,7 @@
 #include "core_utf.h"
 #include "core_wrapper.h"
 #include "internal/utl_fileutils_system.h"
+#include "utf_character.h"
 
 #include <fcntl.h>
 #include <stdlib.h>
@@ -23,10 +24,7 @@ bool failed(int code, std::string& error) {
 
 /// The first three bytes, or fewer where a character of several bytes would be cut.
 std::string shortened(const std::string& prefix) {
-    std::string kept = prefix.substr(0, 3);
-    while (!core::isValidUtf8(kept))
-        kept.pop_back();
-    return kept;
+    return prefix.substr(0, utf::lengthWithin(3, prefix));
 }
 
 /// A folder's path, ready for a name, separated as its own parts are.

@@ -1,31 +1,21 @@
 #pragma once
 
-#include <cstddef>
+#include "utf_character.h"
+
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 /// What the readers and writers know about single characters.
 namespace textmarkup {
 
-inline constexpr std::string_view kReplacement = "\xEF\xBF\xBD"; // U+FFFD
 inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-inline constexpr uint32_t kLastCharacter = 0x10FFFF;
 
-/// One character of a text, or one byte of it that belongs to none.
-struct Character {
-    uint32_t code;
-    size_t length; ///< bytes
-    bool wellFormed;
-};
-
-/// The first of a text that is not empty.
-Character characterAt(std::string_view text);
-
-/// Appends U+FFFD for what is no character: surrogates, and what lies behind the last.
-void appendCharacter(std::string& out, uint32_t code);
-
-constexpr bool isSurrogate(uint32_t code) { return code >= 0xD800 && code <= 0xDFFF; }
+using utf::appendCharacter;
+using utf::Character;
+using utf::characterAt;
+using utf::isSurrogate;
+using utf::kLastCharacter;
+using utf::kReplacement;
 
 /// Whether XML allows it in documents, and whether it allows it in names.
 bool isXmlCharacter(uint32_t code);
