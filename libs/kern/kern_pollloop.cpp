@@ -10,37 +10,37 @@
 #include <chrono>
 
 namespace kern {
+namespace {
 
-int64_t detail::PollCalls::now() const {
+struct TheSystem final : PollLoop::System {};
+constinit const TheSystem theSystem;
+
+} // namespace
+
+int64_t PollLoop::System::now() const {
     using std::chrono::milliseconds;
     return std::chrono::duration_cast<milliseconds>(
                std::chrono::steady_clock::now().time_since_epoch())
         .count();
 }
 
-const detail::PollCalls& detail::systemPoll() {
-    struct System final : PollCalls {};
-    static constinit const System calls;
-    return calls;
-}
+PollLoop::PollLoop() : PollLoop(theSystem) {}
 
-PollLoop::PollLoop() : PollLoop(detail::systemPoll()) {}
-
-PollLoop::PollLoop(const detail::PollCalls& calls) : d_calls(calls), d_waker(calls.makeWaker()) {
+PollLoop::PollLoop(const System& system) : d_system(system), d_waker(system.makeWaker()) {
     if (!isReady())
         core::logFrom(core::kChannelWarn, "kern::PollLoop", "no way to be woken");
 }
 
 PollLoop::~PollLoop() {
     if (isReady())
-        d_calls.closeWaker(d_waker);
+        d_system.closeWaker(d_waker);
 }
 
 bool PollLoop::isReady() const { return d_waker != -1; }
 
 void PollLoop::stop() {
     if (isReady())
-        d_calls.wake(d_waker);
+        d_system.wake(d_waker);
 }
 
 void PollLoop::run() {
@@ -51,9 +51,9 @@ void PollLoop::run() {
             entries.push_back({.descriptor = descriptor,
                                .wantsRead = watch.reader != nullptr,
                                .wantsWrite = watch.writer != nullptr});
-        d_calls.poll(entries, timeout());
+        d_system.poll(entries, timeout());
         if (entries.front().canRead) {
-            d_calls.settle(d_waker);
+            d_system.settle(d_waker);
             return;
         }
         entries.erase(entries.begin());
@@ -63,7 +63,7 @@ void PollLoop::run() {
 }
 
 int64_t PollLoop::timeout() const {
-    return d_order.empty() ? -1 : std::max<int64_t>(0, d_order.begin()->first - d_calls.now());
+    return d_order.empty() ? -1 : std::max<int64_t>(0, d_order.begin()->first - d_system.now());
 }
 
 /// What the callbacks of this turn have ended is looked up in vain.
@@ -86,7 +86,7 @@ void PollLoop::tellOwners(const std::vector<detail::PollEntry>& entries) {
 void PollLoop::expireTimers() {
     if (d_order.empty())
         return;
-    const int64_t now = d_calls.now();
+    const int64_t now = d_system.now();
     std::vector<int64_t> due;
     for (const auto& [time, id] : d_order) {
         if (time > now)
@@ -107,7 +107,7 @@ void PollLoop::expireTimers() {
 
 int64_t PollLoop::startTimer(uint32_t interval, TimerInterface* owner) {
     const int64_t id = ++d_lastId;
-    const int64_t due = d_calls.now() + interval;
+    const int64_t due = d_system.now() + interval;
     d_timers[id] = {due, interval, owner};
     d_order.emplace(due, id);
     return id;

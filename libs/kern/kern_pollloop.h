@@ -12,8 +12,6 @@
 namespace kern {
 
 namespace detail {
-class PollCalls;
-const PollCalls& systemPoll();
 struct PollEntry;
 } // namespace detail
 
@@ -35,9 +33,11 @@ struct PollEntry;
 /// Everything is for the thread that made it, but `stop`.
 class PollLoop final : public TimerManager, public DescriptorManager {
 public:
+    class System; ///< what it needs of the system, for tests to replace
+
     PollLoop();
-    /// The calls must outlive the loop.
-    explicit PollLoop(const detail::PollCalls& calls);
+    /// The system must outlive the loop.
+    explicit PollLoop(const System& system);
     ~PollLoop() override;
 
     /// Whether the system gave it what `stop` needs. If not, that was logged, and `run`
@@ -68,7 +68,7 @@ public:
 
 private:
     struct Timer {
-        int64_t due; // milliseconds of the calls' clock
+        int64_t due; // milliseconds of the system's clock
         uint32_t interval;
         TimerInterface* owner;
     };
@@ -85,7 +85,7 @@ private:
     bool watch(intptr_t descriptor, DescriptorInterface* Watch::*side, DescriptorInterface* owner);
     void unwatch(intptr_t descriptor, DescriptorInterface* Watch::*side);
 
-    const detail::PollCalls& d_calls;
+    const System& d_system;
     const intptr_t d_waker;
     int64_t d_lastId = 0;
     Timers d_timers;

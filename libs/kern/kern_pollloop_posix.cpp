@@ -8,12 +8,12 @@
 #include <cerrno>
 #include <limits>
 
-namespace kern::detail {
+namespace kern {
 
-void PollCalls::poll(std::vector<PollEntry>& entries, int64_t timeout) const {
+void PollLoop::System::poll(std::vector<detail::PollEntry>& entries, int64_t timeout) const {
     std::vector<pollfd> descriptors;
     descriptors.reserve(entries.size());
-    for (const PollEntry& entry : entries)
+    for (const detail::PollEntry& entry : entries)
         descriptors.push_back({.fd = static_cast<int>(entry.descriptor),
                                .events = static_cast<short>((entry.wantsRead ? POLLIN : 0) |
                                                             (entry.wantsWrite ? POLLOUT : 0)),
@@ -31,19 +31,19 @@ void PollCalls::poll(std::vector<PollEntry>& entries, int64_t timeout) const {
     }
 }
 
-intptr_t PollCalls::makeWaker() const { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
+intptr_t PollLoop::System::makeWaker() const { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
 
-void PollCalls::wake(intptr_t waker) const {
+void PollLoop::System::wake(intptr_t waker) const {
     const int error = errno; // of what a signal may have interrupted
     (void)eventfd_write(static_cast<int>(waker), 1);
     errno = error;
 }
 
-void PollCalls::settle(intptr_t waker) const {
+void PollLoop::System::settle(intptr_t waker) const {
     eventfd_t count = 0;
     (void)eventfd_read(static_cast<int>(waker), &count);
 }
 
-void PollCalls::closeWaker(intptr_t waker) const { (void)::close(static_cast<int>(waker)); }
+void PollLoop::System::closeWaker(intptr_t waker) const { (void)::close(static_cast<int>(waker)); }
 
-} // namespace kern::detail
+} // namespace kern

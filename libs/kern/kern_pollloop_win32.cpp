@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <limits>
 
-namespace kern::detail {
+namespace kern {
 namespace {
 
 SOCKET socketOf(intptr_t descriptor) { return static_cast<SOCKET>(descriptor); }
@@ -26,10 +26,10 @@ bool joinToItself(SOCKET socket) {
 
 } // namespace
 
-void PollCalls::poll(std::vector<PollEntry>& entries, int64_t timeout) const {
+void PollLoop::System::poll(std::vector<detail::PollEntry>& entries, int64_t timeout) const {
     std::vector<WSAPOLLFD> descriptors;
     descriptors.reserve(entries.size());
-    for (const PollEntry& entry : entries)
+    for (const detail::PollEntry& entry : entries)
         descriptors.push_back({.fd = socketOf(entry.descriptor),
                                .events = static_cast<SHORT>((entry.wantsRead ? POLLRDNORM : 0) |
                                                             (entry.wantsWrite ? POLLWRNORM : 0)),
@@ -48,7 +48,7 @@ void PollCalls::poll(std::vector<PollEntry>& entries, int64_t timeout) const {
     }
 }
 
-intptr_t PollCalls::makeWaker() const {
+intptr_t PollLoop::System::makeWaker() const {
     const SOCKET waker = ::socket(AF_INET, SOCK_DGRAM, 0);
     if (waker == INVALID_SOCKET || joinToItself(waker))
         return static_cast<intptr_t>(waker);
@@ -56,14 +56,14 @@ intptr_t PollCalls::makeWaker() const {
     return -1;
 }
 
-void PollCalls::wake(intptr_t waker) const { (void)::send(socketOf(waker), "", 1, 0); }
+void PollLoop::System::wake(intptr_t waker) const { (void)::send(socketOf(waker), "", 1, 0); }
 
-void PollCalls::settle(intptr_t waker) const {
+void PollLoop::System::settle(intptr_t waker) const {
     char byte = 0;
     while (::recv(socketOf(waker), &byte, 1, 0) >= 0) {
     }
 }
 
-void PollCalls::closeWaker(intptr_t waker) const { closesocket(socketOf(waker)); }
+void PollLoop::System::closeWaker(intptr_t waker) const { closesocket(socketOf(waker)); }
 
-} // namespace kern::detail
+} // namespace kern

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 
 /// A clock that stands still but for the waiting of the loop, and descriptors that are
 /// ready as the script says.
-struct ScriptedPoll final : kern::detail::PollCalls {
+struct ScriptedPoll final : kern::PollLoop::System {
     int64_t now() const override { return time; }
     void poll(std::vector<kern::detail::PollEntry>& entries, int64_t timeout) const override {
         timeouts.push_back(timeout);

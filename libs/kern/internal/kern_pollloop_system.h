@@ -1,12 +1,14 @@
 #pragma once
 
+#include "kern_pollloop.h"
+
 #include <cstdint>
 #include <vector>
 
 /// Between kern_pollloop.cpp, its platform halves and its tests; not for others.
-namespace kern::detail {
+namespace kern {
 
-struct PollEntry {
+struct detail::PollEntry {
     intptr_t descriptor;
     bool wantsRead = false;
     bool wantsWrite = false;
@@ -16,14 +18,13 @@ struct PollEntry {
     bool invalid = false; ///< nothing with this number is open
 };
 
-/// What the loop needs of the system; tests replace it.
-class PollCalls {
+class PollLoop::System {
 public:
     /// Milliseconds of a clock that nobody sets.
     virtual int64_t now() const;
     /// Waits until something can be done, or for so many milliseconds; -1: for ever. May
     /// return early, with no results.
-    virtual void poll(std::vector<PollEntry>& entries, int64_t timeout) const;
+    virtual void poll(std::vector<detail::PollEntry>& entries, int64_t timeout) const;
 
     /// Something that can be read as soon as `wake` was called, by any thread or signal
     /// handler, and until `settle`. -1 when the system refuses.
@@ -33,7 +34,7 @@ public:
     virtual void closeWaker(intptr_t waker) const;
 
 protected:
-    ~PollCalls() = default; // trivial, so that the system's calls are never destroyed
+    ~System() = default; // trivial, so that the one of the process is never destroyed
 };
 
-} // namespace kern::detail
+} // namespace kern
