@@ -4,6 +4,8 @@
 
 #include <ws2tcpip.h>
 
+#include <cstdint>
+
 /// What the system calls the pieces of its socket interface; for sources only.
 namespace core::detail {
 
