@@ -1,6 +1,7 @@
 #include "core_crashdump.h"
 
 #include "core_crashdump_calls.h"
+#include "core_log.h"
 #include "core_paths.h"
 #include "core_rcsname.h"
 #include "core_wrapper.h"
@@ -10,8 +11,14 @@ namespace {
 
 using detail::PathText;
 
+using Line = detail::FixedText<10240>;
+
 constinit detail::CrashNames names;
 constinit detail::DumpPlace place;
+
+// Not on the stack, of which little may be left.
+constinit Line line;
+constinit PathText recordPath;
 
 void backslashed(PathText& text, std::string_view prefix, std::string_view folder) {
     text.clear();
@@ -23,6 +30,15 @@ void filePath(PathText& path, const PathText& folder, std::string_view module,
               std::string_view tag) {
     path.clear();
     path << folder.view() << "\\" << module << "-" << tag << ".dmp";
+}
+
+void makeDumpLine(const detail::DumpResult& dump) {
+    line.clear();
+    line << (dump.written ? "Wrote " : "Failed to write ") << "minidump for '"
+         << names.module.view() << "' to '" << detail::dumpPlace().file.view() << "', version '"
+         << names.tag.view() << "'";
+    if (!dump.written)
+        line << " (" << detail::errorText(dump.error).view() << ")";
 }
 
 } // namespace
@@ -63,10 +79,52 @@ void detail::noteCrashNames() {
     names.program << program;
 }
 
+bool detail::crashNamesAreNoted() { return !names.module.view().empty(); }
+
 const detail::DumpPlace& detail::dumpPlace() {
     backslashed(place.folder, "./", Paths::storedPath(Paths::Dumps));
     filePath(place.file, place.folder, names.module.view(), names.tag.view());
     return place;
+}
+
+void detail::checkCrashNames() {
+    if (!names.moduleIsKnown)
+        static_cast<void>(Wrapper::moduleBaseName());
+}
+
+void detail::echoDumpLine(CrashTold& told) {
+    if (!channelEnabled(kChannelCrit) || !MasterLogger::echoed(kChannelCrit))
+        return;
+    makeDumpLine(told.dump);
+    static constinit Line shown;
+    shown.clear();
+    shown << "[CRIT] " << line.view() << "\n";
+    told.echoed = true;
+    writeToStandardOutput(shown.view());
+}
+
+void detail::deliverDumpLine(const CrashTold& told) {
+    if (!channelEnabled(kChannelCrit))
+        return;
+    makeDumpLine(told.dump);
+    MasterLogger::deliver(MasterLogger::defaultLogger(), kChannelCrit, line.view());
+}
+
+void detail::recordCrash(CrashTold& told) {
+    const CivilTime& time = told.time;
+    line.clear();
+    line << time.year;
+    line << "-";
+    line.addTwoDigits(time.month) << "-";
+    line.addTwoDigits(time.day) << " ";
+    line.addTwoDigits(time.hour) << ":";
+    line.addTwoDigits(time.minute) << ":";
+    line.addTwoDigits(time.second)
+        << ": " << names.module.view() << " " << names.tag.view() << "\n";
+    recordPath.clear();
+    recordPath << "./" << Paths::storedPath(Paths::Logs) << "/dumps.log";
+    told.recorded = true;
+    appendToFile(recordPath, line.view());
 }
 
 } // namespace core

@@ -1,11 +1,27 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 
 /// The file that a crash leaves behind: on Windows a minidump, on Linux a report in words.
-/// It is named after the program and its version. See core_guard.h for what writes it.
+/// It is named after the program and its version.
 namespace core {
+
+/// The status of a crashed run; where a status has eight bits it is seen as 129.
+inline constexpr int kCrashStatus = -127;
+
+/// Leaves the evidence of a crash: the dump at dumpFilePath, in the folder Paths::Dumps,
+/// which is made if only its last level is missing; a line on CRIT that says so, or why
+/// not; and a line in the file dumps.log of the folder Paths::Logs, if that exists. The
+/// dump of an earlier crash of the same build is replaced, on Linux only by a whole one.
+/// None of the three is lost when another fails.
+///
+/// This form is for no fault, but the current exception of C++, if there is one;
+/// core_crashdump_win32.h has the one for structured exceptions. Returns 1, by which a
+/// filter asks for its handler. For code that ends a process; the folders must have been
+/// set. The guard of core_guard.h leaves the same.
+int32_t writeCrashDump();
 
 /// A program's name in its dumps' names: without ".exe", "unknown" for an empty one. A
 /// slice of `executable`, the name of its file, or a constant.

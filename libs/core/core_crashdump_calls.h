@@ -1,11 +1,12 @@
 #pragma once
 
 #include "core_crashtext_calls.h"
+#include "core_timespec.h"
 
 #include <cstdint>
 #include <string_view>
 
-/// How the guard has the dump written. Not for callers, and not installed.
+/// How a crash is told of. Not for callers, and not installed.
 namespace core::detail {
 
 /// What the evidence of this program is named after. It lies in static storage, away from
@@ -20,6 +21,10 @@ const CrashNames& crashNames();
 
 /// Asks for them. At the guard's start, and before a dump without a guard.
 void noteCrashNames();
+bool crashNamesAreNoted();
+
+/// Raises the check that the program's name is not known, if it is not.
+void checkCrashNames();
 
 /// Where a dump goes, with '\\' between folders on Linux, too.
 struct DumpPlace {
@@ -38,5 +43,31 @@ struct DumpResult {
 
 /// The system's text for an error.
 FixedText<512> errorText(uint32_t error);
+
+// ---- The lines that tell of a crash, made in fixed memory and written by plain system calls.
+// Each function may be cut off by a fault or the end of its time; none needs another.
+
+/// What is told: about the dump, and on which clock.
+struct CrashTold {
+    DumpResult dump;
+    CivilTime time; ///< the computer's local time
+    bool echoed = false;
+    bool recorded = false;
+};
+
+/// Shows the line on CRIT on standard output, if the channel is enabled and echoed.
+void echoDumpLine(CrashTold& told);
+
+/// Hands the line on CRIT to the log's implementation, observers and history.
+void deliverDumpLine(const CrashTold& told);
+
+/// Adds the line to dumps.log.
+void recordCrash(CrashTold& told);
+
+/// The platform's: to standard output, behind what the runtime still holds for it.
+void writeToStandardOutput(std::string_view text);
+
+/// The platform's: adds a line to a regular file, which is made if its folder exists.
+void appendToFile(PathText& path, std::string_view line);
 
 } // namespace core::detail

@@ -11,9 +11,6 @@ namespace core {
 
 using StartFunction = int (*)(int argc, char** argv);
 
-/// The status of a crashed run; where a status has eight bits it is seen as 129.
-inline constexpr int kCrashStatus = -127;
-
 /// Runs `start` under the crash guard and returns its result.
 ///
 /// A crash ends `start`, leaves what writeCrashDump writes and yields kCrashStatus: an
@@ -31,17 +28,6 @@ inline constexpr int kCrashStatus = -127;
 /// debugger sees the fault itself. One thread at a time; after a run without a crash the
 /// handlers that were in force before are in force again.
 int runGuardedWith(StartFunction start, int argc, char** argv);
-
-/// Leaves the evidence of a crash: the dump at dumpFilePath, in the folder Paths::Dumps,
-/// which is made if only its last level is missing; a line on CRIT that says so, or why
-/// not; and a line in the file dumps.log of the folder Paths::Logs, if that exists. The
-/// dump of an earlier crash of the same build is replaced, on Linux only by a whole one.
-/// None of the three is lost when another fails.
-///
-/// This form is for no fault, but the current exception of C++, if there is one;
-/// core_guard_win32.h has the one for structured exceptions. Returns 1, by which a filter
-/// asks for its handler. For code that ends a process; the folders must have been set.
-int32_t writeCrashDump();
 
 /// Ends the process at once: buffered output is written, but neither exit handlers nor
 /// static destructors run. For process entries, on kCrashStatus: the program is still

@@ -1,19 +1,14 @@
 #include "core_guard.h"
 
 #include "core_crashdump_system.h"
-#include "core_crashlines_calls.h"
-#include "core_timespec.h"
 
 #include <setjmp.h>
 #include <signal.h>
-#include <sys/resource.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -22,14 +17,8 @@
 namespace core {
 namespace {
 
-constexpr std::array kFaults{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT};
-
-// Milliseconds that a crash may take from the fault to the end of the process, and what its
-// pieces may take: what it has locked, the heap for example, it may come to wait for itself.
-constexpr int kTimeLimit = 4000;
-constexpr int kForLittle = 300;
-constexpr int kForLog = 800;
-constexpr int kForEnd = 500;
+using detail::crashing;
+using detail::kFaultSignals;
 
 // How long a fault of another thread waits whether the guarded thread follows.
 constexpr long kGrace = 100; // milliseconds
@@ -47,91 +36,15 @@ struct Guard {
     const void* returnAddress = nullptr; ///< from there
     std::terminate_handler previousTerminate = nullptr;
     stack_t previousStack{};
-    std::array<struct sigaction, kFaults.size()> previousActions{};
+    std::array<struct sigaction, kFaultSignals.size()> previousActions{};
 };
 constinit Guard guard{};
 
-// Of the thread that crashed first; 0: none. It stays when the guard has returned: whatever
-// faults after that ends the process.
-constinit std::atomic<pid_t> crashing{0};
 constinit bool terminating = false; // std::terminate was called
-constinit detail::CrashTold told{};
 
 void pauseFor(long milliseconds) {
     timespec time{milliseconds / 1000, milliseconds % 1000 * 1'000'000};
     nanosleep(&time, nullptr);
-}
-
-// ---- The evidence
-
-/// The computer's local time; where it cannot be had, that of UTC.
-void tellTime() {
-    told.time = utcCivilTime(now());
-    detail::attempt(kForLittle, [] { told.time = localCivilTime(now()); });
-}
-
-/// Dump, line on CRIT, line in dumps.log; none is lost by another.
-void leaveEvidence(const detail::CrashCause& cause) {
-    detail::startCrashClock(kTimeLimit - kForEnd);
-    told = {};
-    detail::writeReport(cause, told.dump);
-    detail::attempt(kForLog, detail::checkCrashNames);
-    detail::attempt(kForLog, [] { detail::echoDumpLine(told); });
-    detail::attempt(kForLog, [] { detail::deliverDumpLine(told); });
-    tellTime();
-    detail::attempt(kForLittle, [] { detail::recordCrash(told); });
-}
-
-// ---- Signals
-
-void setAction(int signal, void (*handler)(int, siginfo_t*, void*), int flags) {
-    struct sigaction action {};
-    action.sa_sigaction = handler;
-    action.sa_flags = SA_SIGINFO | SA_ONSTACK | flags;
-    sigaction(signal, &action, nullptr);
-}
-
-void ignore(int signal) {
-    struct sigaction action {};
-    action.sa_handler = SIG_IGN;
-    sigaction(signal, &action, nullptr);
-}
-
-void onTimeOver(int, siginfo_t*, void*) {
-    const pid_t thread = crashing;
-    if (gettid() != thread) {
-        syscall(SYS_tgkill, getpid(), thread, SIGALRM);
-        return;
-    }
-    detail::cutAttempt();
-    if (told.recorded)
-        _exit(kCrashStatus); // the rest of the program does not come to its end
-}
-
-/// Lets in what ends an attempt, whatever the fault's place has blocked, and keeps out what
-/// would end the process before all is written. A limit of its own for memory is over, too.
-void prepareProcess() {
-    setAction(SIGALRM, onTimeOver, 0);
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGALRM);
-    for (const int fault : kFaults)
-        sigaddset(&signals, fault);
-    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);
-    ignore(SIGPIPE);
-    ignore(SIGXFSZ);
-    rlimit memory{};
-    getrlimit(RLIMIT_AS, &memory);
-    memory.rlim_cur = memory.rlim_max;
-    setrlimit(RLIMIT_AS, &memory);
-}
-
-/// What follows must end, too: exit handlers are left out, but buffers are written.
-void limitTheEnd() {
-    itimerval timer{};
-    timer.it_value.tv_usec = suseconds_t{kForEnd} * 1000;
-    timer.it_interval = timer.it_value;
-    setitimer(ITIMER_REAL, &timer, nullptr);
 }
 
 /// Whether the guard can still return to its caller: an overrun of the stack comes to its
@@ -143,9 +56,9 @@ bool frameIsIntact() {
 }
 
 [[noreturn]] void takeCrash(const detail::CrashCause& cause) {
-    prepareProcess();
-    leaveEvidence(cause);
-    limitTheEnd();
+    detail::prepareProcess();
+    detail::leaveEvidence(cause);
+    detail::limitTheEnd();
     if (!frameIsIntact())
         _exit(kCrashStatus);
     siglongjmp(guard.resume, 1);
@@ -215,14 +128,14 @@ void installHandlers() {
     struct sigaction action {};
     action.sa_sigaction = onFault;
     action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
-    for (size_t i = 0; i < kFaults.size(); ++i)
-        sigaction(kFaults[i], &action, &guard.previousActions[i]);
+    for (size_t i = 0; i < kFaultSignals.size(); ++i)
+        sigaction(kFaultSignals[i], &action, &guard.previousActions[i]);
     guard.previousTerminate = std::set_terminate(onTerminate);
 }
 
 void removeHandlers() {
-    for (size_t i = 0; i < kFaults.size(); ++i)
-        sigaction(kFaults[i], &guard.previousActions[i], nullptr);
+    for (size_t i = 0; i < kFaultSignals.size(); ++i)
+        sigaction(kFaultSignals[i], &guard.previousActions[i], nullptr);
     sigaltstack(&guard.previousStack, nullptr);
     std::set_terminate(guard.previousTerminate);
 }
@@ -230,7 +143,6 @@ void removeHandlers() {
 void begin() {
     crashing = 0;
     terminating = false;
-    told = {};
     detail::noteCrashNames();
     detail::reserveForReport();
     installHandlers();
@@ -263,17 +175,6 @@ int runOutermost(StartFunction start, int argc, char** argv) noexcept { return s
 void endProcess(int status) {
     std::fflush(nullptr);
     _exit(status);
-}
-
-int32_t writeCrashDump() {
-    if (guard.thread == 0)
-        detail::noteCrashNames();
-    const pid_t previous = crashing.exchange(gettid());
-    if (previous == 0)
-        prepareProcess();
-    leaveEvidence({nullptr, nullptr, false});
-    crashing = previous;
-    return 1;
 }
 
 [[gnu::noinline]] int detail::runUnderGuard(StartFunction start, int argc, char** argv) {

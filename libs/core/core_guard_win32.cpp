@@ -1,7 +1,6 @@
 #include "core_guard_win32.h"
 
 #include "core_crashdump_system.h"
-#include "core_crashlines_calls.h"
 #include "core_guard.h"
 #include "core_utf.h"
 
@@ -9,21 +8,15 @@
 #include <signal.h>
 #include <windows.h>
 
-#include <atomic>
 #include <cstdio>
-#include <cstdlib>
 #include <exception>
 #include <string>
-#include <typeinfo>
 #include <utility>
 
 namespace core {
-
-/// Type and text of an exception of C++ that nobody caught. A dump holds it, and names its
-/// address as the first parameter of the exception.
-constinit detail::FixedText<4096> uncaughtException;
-
 namespace {
+
+using detail::crashing;
 
 // Codes of the guard's own: an error, by a program, "CPP" and "ABT".
 constexpr DWORD kUncaughtException = 0xE0435050;
@@ -32,12 +25,8 @@ constexpr DWORD kAbort = 0xE0414254;
 /// Stack that the system keeps back for the handler of a stack overflow, in bytes.
 constexpr ULONG kHandlerStackSize = 65536;
 
-// Milliseconds. A dump has as long as it makes progress.
-constexpr DWORD kWithoutProgress = 2500;
-constexpr DWORD kForDump = 120'000;
-constexpr DWORD kForLog = 1000;
-constexpr DWORD kForEnd = 500;
-constexpr DWORD kGrace = 100; // for the guarded thread to follow a fault of another one
+/// How long a fault of another thread waits whether the guarded thread follows.
+constexpr DWORD kGrace = 100; // milliseconds
 
 /// A link of the thread's chain of exception handlers, which begins at fs:0. It has to lie
 /// on the thread's stack.
@@ -58,118 +47,6 @@ struct Guard {
     void (*previousAbort)(int) = nullptr;
 };
 constinit Guard guard;
-
-/// The one crash of the process.
-constinit std::atomic<DWORD> crashing{0}; // the thread that crashed first
-constinit EXCEPTION_POINTERS* crashPointers = nullptr;
-constinit detail::CrashTold told{};
-constinit std::atomic<bool> dumped{false};
-constinit std::atomic<bool> recordTaken{false};
-constinit bool endsProcess = false;
-
-/// A thread with a stack of its own, which waits for a crash: a new one would need locks
-/// that the crashed thread may hold.
-struct Helper {
-    HANDLE thread = nullptr;
-    HANDLE begun = nullptr;     // by the crashed thread
-    HANDLE shown = nullptr;     // dump and line
-    HANDLE delivered = nullptr; // the line, to the log's receivers, by the crashed thread
-    HANDLE recorded = nullptr;
-};
-constinit Helper helper;
-
-[[noreturn]] void endNow(int status) {
-    TerminateProcess(GetCurrentProcess(), static_cast<UINT>(status));
-    std::abort();
-}
-
-// ---- The evidence
-
-void record() {
-    if (recordTaken.exchange(true))
-        return;
-    SYSTEMTIME time{};
-    GetLocalTime(&time);
-    told.time = {time.wYear, time.wMonth, time.wDay, time.wHour, time.wMinute, time.wSecond};
-    detail::recordCrash(told);
-}
-
-void writeEvidence() {
-    told.dump = detail::writeMinidump(crashPointers, crashing);
-    dumped = true;
-    detail::echoDumpLine(told);
-    SetEvent(helper.shown);
-    WaitForSingleObject(helper.delivered, kForLog);
-    record();
-    SetEvent(helper.recorded);
-}
-
-DWORD WINAPI help(void*) {
-    for (;;) {
-        WaitForSingleObject(helper.begun, INFINITE);
-        writeEvidence();
-        if (!endsProcess)
-            continue;
-        Sleep(kForEnd);
-        endNow(kCrashStatus);
-    }
-}
-
-uint64_t processorTimeOf(HANDLE thread) {
-    FILETIME created{};
-    FILETIME exited{};
-    FILETIME kernel{};
-    FILETIME user{};
-    GetThreadTimes(thread, &created, &exited, &kernel, &user);
-    return uint64_t{kernel.dwLowDateTime} + user.dwLowDateTime;
-}
-
-/// False if the helper stands still, as where the crash has left the heap locked.
-bool waitForHelper() {
-    constexpr DWORD kStep = 100;
-    uint64_t used = 0;
-    DWORD idle = 0;
-    for (DWORD waited = 0; waited < kForDump && idle < kWithoutProgress; waited += kStep) {
-        if (WaitForSingleObject(helper.shown, kStep) == WAIT_OBJECT_0)
-            return true;
-        const uint64_t before = std::exchange(used, processorTimeOf(helper.thread));
-        idle = used == before ? idle + kStep : 0;
-    }
-    return false;
-}
-
-/// The line alone: opening dumps.log takes memory of the heap, for which the helper may be
-/// waiting, and for ever.
-[[noreturn]] void endWithoutHelper() {
-    if (!dumped)
-        told.dump = {false, ERROR_TIMEOUT};
-    if (!told.echoed)
-        detail::echoDumpLine(told);
-    endNow(kCrashStatus);
-}
-
-/// Dump and line; `deliverEvidence` is the rest.
-void showEvidence(EXCEPTION_POINTERS* pointers) {
-    crashPointers = pointers;
-    told = {};
-    dumped = false;
-    recordTaken = false;
-    SetEvent(helper.begun);
-    if (!waitForHelper())
-        endWithoutHelper();
-}
-
-void waitForRecord() {
-    SetEvent(helper.delivered);
-    WaitForSingleObject(helper.recorded, kForLog);
-}
-
-/// By the crashed thread, which may hold the log's locks, and has some stack again.
-void deliverEvidence() {
-    detail::checkCrashNames();
-    detail::deliverDumpLine(told);
-    waitForRecord();
-}
 
 // ---- The chain of handlers
 
@@ -216,19 +93,15 @@ bool chainIsIntact() {
     return false;
 }
 
-[[noreturn]] void takeCrash(EXCEPTION_RECORD* exception, CONTEXT* context) {
+[[noreturn]] void takeCrash(EXCEPTION_RECORD* exception, CONTEXT* context,
+                            void (*describe)() = nullptr) {
     DWORD none = 0;
-    if (!crashing.compare_exchange_strong(none, guard.thread)) { // a fault of what follows
-        waitForRecord();
-        endNow(kCrashStatus);
-    }
-    endsProcess = true;
+    if (!crashing.compare_exchange_strong(none, guard.thread)) // a fault of what follows
+        detail::endAfterEvidence();
     EXCEPTION_POINTERS pointers{exception, context};
-    showEvidence(&pointers);
-    if (!chainIsIntact()) {
-        waitForRecord();
-        endNow(kCrashStatus);
-    }
+    detail::showEvidence({&pointers, describe, true});
+    if (!chainIsIntact())
+        detail::endAfterEvidence();
     unwindTo(guard.frame, exception);
     __builtin_longjmp(guard.resume, 1);
 }
@@ -262,36 +135,27 @@ LONG WINAPI onOtherThread(EXCEPTION_POINTERS* pointers) {
                                            : EXCEPTION_CONTINUE_SEARCH;
 }
 
-/// With the guard as its handler: the functions between would not let all of them through.
-[[noreturn]] void raiseCrash(DWORD code) {
-    GuardFrame frame{chainHead(), onException};
-    setChainHead(&frame);
-    const ULONG_PTR text = reinterpret_cast<ULONG_PTR>(uncaughtException.c_str());
-    RaiseException(code, EXCEPTION_NONCONTINUABLE, 1, &text);
-    endNow(kCrashStatus);
+/// A crash without an exception of the system: not raised, since the functions between would
+/// not let all of them through.
+[[noreturn, gnu::noinline]] void takeEnd(DWORD code, void (*describe)() = nullptr) {
+    CONTEXT context{};
+    RtlCaptureContext(&context);
+    // That is the caller's, at an address that may lie behind it.
+    asm volatile("0: movl $0b, %0\n\tmovl %%ebp, %1\n\tmovl %%esp, %2"
+                 : "=m"(context.Eip), "=m"(context.Ebp), "=m"(context.Esp));
+    EXCEPTION_RECORD record{};
+    record.ExceptionCode = code;
+    record.ExceptionFlags = EXCEPTION_NONCONTINUABLE;
+    record.ExceptionAddress = reinterpret_cast<void*>(context.Eip);
+    record.NumberParameters = 1;
+    record.ExceptionInformation[0] = detail::uncaughtText();
+    takeCrash(&record, &context, describe);
 }
 
 void onAbort(int) {
     if (GetCurrentThreadId() == guard.thread)
-        raiseCrash(kAbort);
+        takeEnd(kAbort);
     waitForGuardedThread();
-}
-
-void describeException(const std::type_info& type) {
-    uncaughtException << type.name();
-    int status = 0;
-    char* const name = abi::__cxa_demangle(type.name(), nullptr, nullptr, &status);
-    if (name != nullptr) {
-        uncaughtException.clear();
-        uncaughtException << name;
-        std::free(name); // NOLINT(cppcoreguidelines-no-malloc): the runtime's
-    }
-    try {
-        throw;
-    } catch (const std::exception& exception) {
-        uncaughtException << ": " << exception.what();
-    } catch (...) { // the type is all there is to know
-    }
 }
 
 /// In place of a handler for all exceptions, at which the stack would be gone.
@@ -300,28 +164,17 @@ void onTerminate() {
         waitForGuardedThread();
         guard.previousTerminate();
     }
-    uncaughtException.clear();
-    const std::type_info* const type = abi::__cxa_current_exception_type();
-    if (type == nullptr)
-        raiseCrash(kAbort);
-    describeException(*type);
-    raiseCrash(kUncaughtException);
+    if (abi::__cxa_current_exception_type() == nullptr)
+        takeEnd(kAbort);
+    takeEnd(kUncaughtException, detail::describeException);
 }
 
 // ---- The guard
 
-void startHelper() {
-    if (helper.thread != nullptr)
-        return;
-    for (HANDLE* event : {&helper.begun, &helper.shown, &helper.delivered, &helper.recorded})
-        *event = CreateEventA(nullptr, FALSE, FALSE, nullptr);
-    helper.thread = CreateThread(nullptr, 0, help, nullptr, 0, nullptr);
-}
-
 void begin() {
     crashing = 0;
     detail::noteCrashNames();
-    startHelper();
+    detail::startDumpHelper();
     ULONG handlerStack = kHandlerStackSize;
     SetThreadStackGuarantee(&handlerStack);
     _set_error_mode(_OUT_TO_STDERR); // abort shows no box
@@ -337,6 +190,7 @@ void end(const Guard& outer) {
     SetUnhandledExceptionFilter(guard.previousFilter);
     RemoveVectoredExceptionHandler(guard.firstChance);
     guard = outer;
+    detail::noteThrows(guard.thread);
 }
 
 /// Exceptions are not let through: the search for a handler ends here, before anything has
@@ -355,12 +209,13 @@ void end(const Guard& outer) {
     guard.frame = &frame;
     guard.outerFrame = frame.previous;
     if (__builtin_setjmp(guard.resume) != 0) {
-        deliverEvidence();
+        detail::deliverEvidence();
         setChainHead(guard.outerFrame);
         return kCrashStatus;
     }
     setChainHead(&frame);
     guard.thread = GetCurrentThreadId();
+    detail::noteThrows(guard.thread);
     const int status = runOutermost(start, argc, argv);
     setChainHead(frame.previous);
     return status;
@@ -375,21 +230,8 @@ std::string utf8Of(const wchar_t* text) {
 
 void endProcess(int status) {
     std::fflush(nullptr);
-    endNow(status);
+    detail::endNow(status);
 }
-
-long writeCrashDump(EXCEPTION_POINTERS* info) {
-    if (guard.thread == 0)
-        detail::noteCrashNames();
-    startHelper();
-    crashing = GetCurrentThreadId();
-    showEvidence(info);
-    deliverEvidence();
-    crashing = 0;
-    return EXCEPTION_EXECUTE_HANDLER;
-}
-
-int32_t writeCrashDump() { return writeCrashDump(nullptr); }
 
 void onInvalidParameter(const wchar_t* expression, const wchar_t* function, const wchar_t* file,
                         unsigned int line, uintptr_t) {

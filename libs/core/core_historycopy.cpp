@@ -13,10 +13,12 @@ struct Place {
     std::atomic<uint32_t> changes{0};
     std::array<std::atomic<uint64_t>, kWords> words{};
 };
-constinit std::array<Place, detail::kHistoryCopyLines> places{};
 constinit std::atomic<size_t> copied{0};
 
 } // namespace
+
+/// With a name to be found in dumps.
+constinit std::array<Place, detail::kHistoryCopyLines> historyCopy{};
 
 void detail::copyToHistory(int64_t time, std::string_view channel, std::string_view text) {
     HistoryLine line{};
@@ -28,7 +30,7 @@ void detail::copyToHistory(int64_t time, std::string_view channel, std::string_v
     std::memcpy(words.data(), &line, sizeof line);
 
     const size_t number = copied.load(std::memory_order_relaxed);
-    Place& place = places[number % kHistoryCopyLines];
+    Place& place = historyCopy[number % kHistoryCopyLines];
     const uint32_t changes = place.changes.load(std::memory_order_relaxed);
     place.changes.store(changes + 1, std::memory_order_seq_cst);
     for (size_t i = 0; i < kWords; ++i)
@@ -41,7 +43,7 @@ bool detail::readHistoryCopy(size_t age, HistoryLine& line) {
     const size_t count = copied.load(std::memory_order_acquire);
     if (age >= count || age >= kHistoryCopyLines)
         return false;
-    const Place& place = places[(count - 1 - age) % kHistoryCopyLines];
+    const Place& place = historyCopy[(count - 1 - age) % kHistoryCopyLines];
     const uint32_t before = place.changes.load(std::memory_order_acquire);
     std::array<uint64_t, kWords> words;
     for (size_t i = 0; i < kWords; ++i)

@@ -82,7 +82,26 @@ struct Cleanup {
     throwException();
 }
 
-[[gnu::noinline]] void throwWithoutPromise() noexcept { throwThroughCleanup(); }
+[[gnu::noinline]] void throwOut() noexcept { throwThroughCleanup(); }
+
+/// With what is known of the throw shown as soon as the crash is told.
+void throwThroughNoexcept() {
+    static const test::ScriptedObserver observer({core::kChannelCrit},
+                                                 [](const std::string&) { showThrow(); });
+    throwOut();
+}
+
+/// Has its words made in this way when they are asked for.
+class Worded : public std::exception {
+public:
+    explicit Worded(void (*make)()) : d_make(make) {}
+    const char* what() const noexcept override { return d_make(), "no words"; }
+
+private:
+    void (*d_make)();
+};
+
+[[gnu::noinline]] void throwWorded(void (*make)()) { throw Worded(make); }
 
 /// In a slot of Qt's, in its event loop.
 void inSlot(void (*slot)()) {
@@ -247,7 +266,9 @@ const std::map<std::string_view, void (*)()> kCrashes = {
     {"little_stack", [] { useUpStack(endOfStack(), 20480); }},
     {"exception", throwThroughCleanup},
     {"exception_in_slot", [] { inSlot(throwThroughCleanup); }},
-    {"exception_in_noexcept", throwWithoutPromise},
+    {"exception_in_noexcept", throwThroughNoexcept},
+    {"what_hangs", [] { throwWorded([] { sleepForEver(); }); }},
+    {"what_faults", [] { throwWorded(core::deliberateFault); }},
     {"abort", std::abort},
     {"pure_virtual", [] { Derived(); }},
     {"joinable_thread", destroyJoinableThread},
@@ -258,6 +279,7 @@ const std::map<std::string_view, void (*)()> kCrashes = {
     {"heap_overrun", overrunHeap},
     {"heap_chunk", overwriteChunk},
     {"heap_locked", [] { whileAnotherThread(lockHeap); }},
+    {"heap_kept", [] { lockHeap(), core::deliberateFault(); }},
     {"exception_heap_locked", throwWithHeapLocked},
     {"output_locked", [] { whileAnotherThread(lockOutput); }},
     {"exception_output_locked", [] { whileAnotherThread(lockOutput, throwException); }},

@@ -30,4 +30,7 @@ void signalFromOutside();
 /// Writes to standard output until nobody reads any more.
 void fillOutput();
 
+/// Prints what the dump holds of an exception, where nothing else can read it.
+void showThrow();
+
 } // namespace crashing

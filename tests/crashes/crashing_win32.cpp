@@ -1,12 +1,24 @@
 #include "crashing.h"
 
 #include "core_check.h"
+#include "core_crashtext_calls.h"
 
 #include <windows.h>
 
+#include <fcntl.h>
+#include <io.h>
+
+#include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
+
+namespace core {
+extern detail::FixedText<4096> uncaughtException;
+extern std::array<void (*)(), 32> uncaughtThrow;
+} // namespace core
 
 namespace crashing {
 
@@ -46,21 +58,32 @@ void useUpMemory() {
     }
 }
 
-void useUpDescriptors() {}
+// Those of the runtime, which are few; of the system's there are millions.
+void useUpDescriptors() {
+    while (_open("NUL", _O_RDONLY) >= 0)
+        ;
+}
 
 void replaceProgram() {}
 
 void signalFromOutside() { core::deliberateFault(); }
 
+// By a thread of its own, which stays in there: this thread sees when no more is taken.
 void fillOutput() {
-    HANDLE output = GetStdHandle(STD_OUTPUT_HANDLE);
-    DWORD mode = PIPE_NOWAIT;
-    SetNamedPipeHandleState(output, &mode, nullptr, nullptr);
-    const char text[4096] = {};
-    for (DWORD written = 1; written != 0;)
-        WriteFile(output, text, sizeof text, &written, nullptr);
-    mode = PIPE_WAIT;
-    SetNamedPipeHandleState(output, &mode, nullptr, nullptr);
+    static std::atomic<int> writes{0};
+    std::thread([] {
+        const char text[4096] = {};
+        for (DWORD written = 1; written != 0; ++writes)
+            WriteFile(GetStdHandle(STD_OUTPUT_HANDLE), text, sizeof text, &written, nullptr);
+    }).detach();
+    for (int before = -1; before != writes; Sleep(200))
+        before = writes;
+}
+
+void showThrow() {
+    std::fprintf(stderr, "thrown %s\n", core::uncaughtException.c_str());
+    for (const auto call : core::uncaughtThrow)
+        std::fprintf(stderr, "called %p\n", reinterpret_cast<void*>(call));
 }
 
 } // namespace crashing

@@ -2,6 +2,7 @@
 
 #include "core_crashdump_calls.h"
 
+#include <signal.h>
 #include <sys/types.h>
 
 #include <array>
@@ -14,6 +15,31 @@
 /// a signal, on a stack of its own: what it needs lies in static storage, and it neither
 /// allocates nor takes a lock of the program.
 namespace core::detail {
+
+inline constexpr std::array kFaultSignals{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT};
+
+// ---- The crash of this process
+
+/// The thread that crashed first; 0: none. It stays when the guard has returned: whatever
+/// faults after that ends the process.
+extern constinit std::atomic<pid_t> crashing;
+
+/// What has happened.
+struct CrashCause {
+    const void* info; ///< siginfo_t; null: no signal
+    void* context;    ///< ucontext_t; null: a call from where no fault is
+    bool terminated;  ///< by std::terminate
+};
+
+/// Lets in what ends an attempt, whatever the fault's place has blocked, and keeps out what
+/// would end the process before all is written. A limit of its own for memory is over, too.
+void prepareProcess();
+
+/// Dump, line on CRIT, line in dumps.log; none is lost by another.
+void leaveEvidence(const CrashCause& cause);
+
+/// What follows the evidence must end, too: then exit handlers are left out.
+void limitTheEnd();
 
 // ---- Steps that may fail
 
@@ -88,13 +114,6 @@ const CrashStack* stackOfThrow(const void* exception);
 void noteThrows(bool noted);
 
 // ---- The report
-
-/// What has happened.
-struct CrashCause {
-    const void* info; ///< siginfo_t; null: no signal
-    void* context;    ///< ucontext_t; null: a call from where no fault is
-    bool terminated;  ///< by std::terminate
-};
 
 /// Writes the report beside its place and moves it there if all could be written. Its
 /// pieces are attempts, so that each may fail without the others.

@@ -1,4 +1,4 @@
-#include "core_crashlines_calls.h"
+#include "core_crashdump_calls.h"
 
 #include <fcntl.h>
 #include <poll.h>

@@ -1,0 +1,12 @@
+#pragma once
+
+/// The part of the dump that only Windows has.
+struct _EXCEPTION_POINTERS; // NOLINT(bugprone-reserved-identifier): the system's name
+
+namespace core {
+
+/// core::writeCrashDump as the filter of a structured exception: of that exception, or,
+/// where `info` is null, without one. Returns EXCEPTION_EXECUTE_HANDLER (1).
+long writeCrashDump(_EXCEPTION_POINTERS* info);
+
+} // namespace core

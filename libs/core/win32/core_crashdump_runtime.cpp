@@ -1,0 +1,167 @@
+#include "core_crashdump_system.h"
+
+#include <cxxabi.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+#include <typeinfo>
+#include <utility>
+
+// The runtime's own functions keep no frame pointer, by which debuggers walk a dump's stack,
+// so that they would miss the function that has called one of these. These stand in front.
+// And up to a noexcept function the stack is unwound before the program ends, so the calls
+// are noted when an exception is thrown.
+
+using Destroy = void(_GLIBCXX_CDTOR_CALLABI*)(void*);
+
+namespace core {
+namespace {
+
+/// Calls, the innermost first, as functions, so that debuggers print names and lines.
+using Calls = std::array<void (*)(), 32>;
+
+} // namespace
+
+/// Type and text of an exception of C++ that nobody caught. A dump holds it, and names its
+/// address as the first parameter of the exception.
+constinit detail::FixedText<4096> uncaughtException;
+
+/// Where it was thrown.
+constinit Calls uncaughtThrow{};
+
+namespace {
+
+struct Throw {
+    const void* exception = nullptr;
+    Calls calls{};
+};
+
+// A few, since cleaning up may throw and catch as well.
+constinit std::array<Throw, 4> throws;
+constinit size_t nextThrow = 0;
+constinit std::atomic<DWORD> noted{0};
+
+/// What a function has on its stack first.
+struct Frame {
+    const Frame* caller;
+    uintptr_t returnAddress;
+};
+
+/// By the frame pointers, as debuggers go.
+void walk(const Frame* frame, Calls& calls) {
+    const void* const base = reinterpret_cast<const NT_TIB*>(NtCurrentTeb())->StackBase;
+    const Frame* inner = nullptr;
+    calls = {};
+    for (auto& call : calls) {
+        if (frame <= inner || frame >= base || reinterpret_cast<uintptr_t>(frame) % 4 != 0)
+            return;
+        // What follows a call may belong to the next line or function.
+        call = reinterpret_cast<void (*)()>(frame->returnAddress - 1);
+        inner = std::exchange(frame, frame->caller);
+    }
+}
+
+void note(const void* exception, const void* frame) {
+    Throw& place = throws[nextThrow++ % throws.size()];
+    place.exception = nullptr;
+    walk(static_cast<const Frame*>(frame), place.calls);
+    place.exception = exception;
+}
+
+/// The object that was thrown, by which a throw is known.
+const void* currentException() {
+    const std::exception_ptr current = std::current_exception();
+    const void* object = nullptr;
+    static_assert(sizeof current == sizeof object);
+    std::memcpy(&object, static_cast<const void*>(&current), sizeof object);
+    return object;
+}
+
+void findThrow() {
+    const void* const exception = currentException();
+    for (const Throw& place : throws) {
+        if (exception != nullptr && place.exception == exception)
+            uncaughtThrow = place.calls;
+    }
+}
+
+constinit detail::FixedText<4096> words;
+
+/// The words are those of the program: anything may go wrong in there.
+void askException() {
+    try {
+        throw;
+    } catch (const std::exception& exception) {
+        words << ": " << exception.what();
+    } catch (...) { // the type is all there is to know
+    }
+}
+
+/// In place of the type's raw name, if memory can be had.
+void demangleType(const char* raw) {
+    int status = 0;
+    char* const name = abi::__cxa_demangle(raw, nullptr, nullptr, &status);
+    if (name == nullptr)
+        return;
+    uncaughtException.clear();
+    uncaughtException << name << words.view();
+    std::free(name); // NOLINT(cppcoreguidelines-no-malloc): the runtime's
+}
+
+/// A function of the runtime, behind one of ours.
+template <typename Function>
+Function runtimes(const char* name) {
+    return reinterpret_cast<Function>(
+        reinterpret_cast<void (*)()>(GetProcAddress(GetModuleHandleA("libstdc++-6.dll"), name)));
+}
+
+auto runtimesThrow() {
+    static const auto function = runtimes<void (*)(void*, std::type_info*, Destroy)>("__cxa_throw");
+    return function;
+}
+
+auto runtimesTerminate() {
+    static const auto function = runtimes<void (*)()>("_ZSt9terminatev");
+    return function;
+}
+
+} // namespace
+
+void detail::noteThrows(DWORD thread) {
+    noted = thread;
+    runtimesThrow(); // so that they need not be looked for when something is wrong
+    runtimesTerminate();
+}
+
+void detail::describeException() {
+    const char* const type = abi::__cxa_current_exception_type()->name();
+    findThrow();
+    uncaughtException.clear();
+    words.clear();
+    uncaughtException << type;
+    askException();
+    uncaughtException << words.view();
+    demangleType(type);
+}
+
+ULONG_PTR detail::uncaughtText() { return reinterpret_cast<ULONG_PTR>(uncaughtException.c_str()); }
+
+} // namespace core
+
+[[gnu::noinline]] void abi::__cxa_throw(void* exception, std::type_info* type, Destroy destroy) {
+    if (GetCurrentThreadId() == core::noted)
+        core::note(exception, __builtin_frame_address(0));
+    if (const auto next = core::runtimesThrow())
+        next(exception, type, destroy);
+    std::abort();
+}
+
+[[gnu::noinline]] void abi::__cxa_pure_virtual() { std::terminate(); }
+
+[[gnu::noinline]] void std::terminate() noexcept {
+    if (const auto next = core::runtimesTerminate())
+        next();
+    std::abort();
+}
