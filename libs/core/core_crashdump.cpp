@@ -72,7 +72,9 @@ void detail::noteCrashNames() {
     if (program.ends_with(kReplaced))
         program.remove_suffix(kReplaced.size());
     const std::string_view executable = program.substr(program.find_last_of("\\/") + 1);
-    names = {};
+    names.module.clear();
+    names.tag.clear();
+    names.program.clear();
     names.moduleIsKnown = !executable.empty();
     names.module << dumpModuleName(executable);
     names.tag << dumpVersionTag();
