@@ -56,7 +56,7 @@ TEST(Report, SaysWhatIsWrongWithADatagram) {
         {__LINE__, "<assert><type>ALERT</type></assert>", "it names no file"},
         {__LINE__, "<html></html>", "the element 'html' is not known"},
         {__LINE__, "", "line 1, column 1: "},
-        {__LINE__, "\0\xff", "line 1, column 1: "},
+        {__LINE__, std::string("\0\xff", 2), "line 1, column 1: "},
         {__LINE__, document("1", "1") + "<", "line 1, column "},
         {__LINE__, "<sendlogs>", "line 1, column "},
         {__LINE__, "<!DOCTYPE a [<!ENTITY b 'c'>]><assert>&b;</assert>", "line 1, column "},

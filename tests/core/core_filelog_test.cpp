@@ -65,6 +65,7 @@ TEST(FileLog, LosesNothingWhenThreadsMeetARotation) {
         const Installed installed(
             {.path = folder / "a.log", .maxSize = kMaxSize, .maxFiles = 1000});
         std::vector<std::thread> threads;
+        threads.reserve(kThreads);
         for (int thread = 0; thread < kThreads; ++thread) {
             threads.emplace_back([thread] {
                 for (int line = 0; line < kLines; ++line)
