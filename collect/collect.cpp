@@ -2,6 +2,7 @@
 
 #include "collect_arguments.h"
 #include "collect_export.h"
+#include "collect_lock.h"
 #include "collect_options.h"
 #include "collect_receiver.h"
 #include "collect_stop.h"
@@ -66,6 +67,12 @@ int receive(const Options& options) {
     core::MasterLogger::setChannelEcho(core::kChannelWarn, true); // for who watches
     if (!utl::FileUtils::createPath(options.folder))
         return complain(kFailed, core::format("cannot make '%s'", options.folder));
+    const FolderLock lock(options.folder);
+    if (lock.state() == FolderLock::State::HeldByAnother)
+        return complain(kFailed,
+                        core::format("another collector is at work in '%s'", options.folder));
+    if (lock.state() == FolderLock::State::Failed)
+        return complain(kFailed, core::format("cannot write in '%s'", options.folder));
     auto file = std::make_unique<core::FileLogImpl>(
         core::FileLogImpl::Options{.path = options.folder + "/collect.log"});
     core::FileLogImpl* const log = file.get();

@@ -2,6 +2,7 @@
 
 #include "collect_export.h"
 #include "collect_lines.h"
+#include "collect_lock.h"
 #include "core_timespec.h"
 #include "log_recorder.h"
 #include "temp_folder.h"
@@ -84,6 +85,19 @@ TEST(Table, GrowsWithSitesNotWithReports) {
     EXPECT_EQ(table.entries().size(), 50U);
     for (const Entry& entry : table.entries())
         EXPECT_LE(entry.runs.size(), Table::kMaxRuns);
+}
+
+TEST(FolderLock, IsForOne) {
+    using Lock = collect::FolderLock;
+    const test::TempFolder folder;
+    const test::LogRecorder lines;
+    {
+        const Lock first(folder.path());
+        EXPECT_EQ(first.state(), Lock::State::Held);
+        EXPECT_EQ(Lock(folder.path()).state(), Lock::State::HeldByAnother);
+    }
+    EXPECT_EQ(Lock(folder.path()).state(), Lock::State::Held);
+    EXPECT_EQ(Lock(folder / "none").state(), Lock::State::Failed);
 }
 
 TEST(Store, MakesTheTableWholeAgain) {

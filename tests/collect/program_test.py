@@ -147,6 +147,15 @@ class Receiving(Program):
             self.assertIn(f"orvistrand-collect: {text}", result.stderr)
         self.assertIn("Usage: ", self.run_program("--help").stdout)
 
+    def test_one_works_in_a_folder_at_a_time(self):
+        first, _ = self.start()
+        second = self.run_program("--port", "0")
+        self.assertEqual(second.returncode, 1)
+        self.assertIn("another collector is at work in 'collected'", second.stderr)
+        first.kill()
+        first.wait()
+        self.stop(self.start()[0])
+
     def test_a_burst_from_eight_senders(self):
         """Lost reports show as a gap, and with room for all none is lost."""
         reports = 1250
