@@ -72,7 +72,7 @@ run() {
 measure_windows() {
     tools/windows/prepare.sh
     cmake --preset win32 --log-level=NOTICE -DORVISTRAND_BUILD_BENCH=ON
-    cmake --build --preset win32 --target configure bare_dialog orvistrand_runtime
+    cmake --build --preset win32 --target orvistrand-configure bare_dialog orvistrand_runtime
     say "bench_startup, Windows programs"
     local WINEPREFIX programs=$PWD/build/win32/run
     WINEPREFIX=$(tools/windows/wine --new-prefix)

@@ -104,9 +104,10 @@ inline const std::string& messageOf(const std::string& message) { return message
 ///     if (!CHECKF_AT(kAlreadyOpen, !isOpen(), core::format("'%s' is open", d_name)))
 ///         return false;
 #define CHECKF_AT(site, condition, ...)                                                            \
-    (static_cast<bool>(condition) ||                                                               \
-     (core::assertionLevel() >= 0 &&                                                               \
-      core::detail::failed("CHECKF", (site), 0, core::detail::messageOf(__VA_ARGS__))))
+    ((condition)                                                                                   \
+         ? true                                                                                    \
+         : (core::assertionLevel() >= 0 &&                                                         \
+            core::detail::failed("CHECKF", (site), 0, core::detail::messageOf(__VA_ARGS__))))
 
 /// Level-0 check that is reported with this file and line.
 #define CHECKF(condition, ...) CHECKF_AT(CORE_CHECK_HERE, condition __VA_OPT__(, ) __VA_ARGS__)

@@ -1,11 +1,18 @@
 #include "core_guniquebuf.h"
 
+#include "core_check.h"
+#include "core_varargs.h"
+
 #include <algorithm>
+#include <cstdlib>
+#include <limits>
+#include <new>
 #include <stdexcept>
 
 namespace core {
 namespace {
 
+constexpr CheckSite kMallocFailed{"core_guniquebuf_inline.h", 142};
 constexpr CheckSite kPastEnd{"core_guniquebuf.cpp", 75};
 constexpr CheckSite kNoData{"core_guniquebuf.cpp", 83};
 constexpr CheckSite kShrinkEmpty{"core_guniquebuf.cpp", 175};
@@ -13,6 +20,15 @@ constexpr CheckSite kShrinkTooFar{"core_guniquebuf.cpp", 189};
 constexpr CheckSite kReallocFailed{"core_guniquebuf.cpp", 387};
 
 } // namespace
+
+// Here, so that users may be compiled without exceptions.
+uint8_t* GUniqueBuf::allocate(uint64_t bytes) {
+    const bool fits = bytes <= std::numeric_limits<uint32_t>::max();
+    void* const mem = fits ? std::malloc(static_cast<size_t>(bytes)) : nullptr;
+    if (!CHECKF_AT(kMallocFailed, mem != nullptr, format("failed mallocing %u bytes", bytes)))
+        throw std::bad_alloc();
+    return static_cast<uint8_t*>(mem);
+}
 
 void GUniqueBuf::reserve(uint32_t head, uint32_t tail) {
     if (head > headroom())

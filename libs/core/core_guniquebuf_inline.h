@@ -1,29 +1,12 @@
 #pragma once
 
-#include "core_check.h"
 #include "core_guniquebuf.h"
-#include "core_varargs.h"
 
 #include <cstdlib>
 #include <cstring>
-#include <limits>
-#include <new>
 #include <utility>
 
 namespace core {
-
-namespace detail {
-inline constexpr CheckSite kMallocFailed{"core_guniquebuf_inline.h", 142};
-} // namespace detail
-
-inline uint8_t* GUniqueBuf::allocate(uint64_t bytes) {
-    const bool fits = bytes <= std::numeric_limits<uint32_t>::max();
-    void* const mem = fits ? std::malloc(static_cast<size_t>(bytes)) : nullptr;
-    if (!CHECKF_AT(detail::kMallocFailed, mem != nullptr,
-                   format("failed mallocing %u bytes", bytes)))
-        throw std::bad_alloc();
-    return static_cast<uint8_t*>(mem);
-}
 
 inline GUniqueBuf::GUniqueBuf(uint32_t size, uint32_t headroom, uint32_t tailroom) {
     const uint64_t bytes = uint64_t{size} + headroom + tailroom;

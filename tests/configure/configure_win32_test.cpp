@@ -19,7 +19,8 @@ class ProgramFile : public testing::Test {
 protected:
     ProgramFile() {
         const std::string self = core::Wrapper::executablePath(MAX_PATH);
-        d_path = self.substr(0, self.find_last_of('\\') + 1) + "configure.exe";
+        d_folder = self.substr(0, self.find_last_of('\\') + 1);
+        d_path = d_folder + "configure.exe";
         d_module = LoadLibraryExA(d_path.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE);
     }
     ~ProgramFile() override { FreeLibrary(d_module); }
@@ -27,10 +28,10 @@ protected:
     void SetUp() override { ASSERT_NE(d_module, nullptr) << d_path; }
 
     /// A text of the version resource, which ends with a zero.
-    std::string versionText(const std::string& name) const {
+    static std::string versionText(const std::string& path, const std::string& name) {
         DWORD ignored = 0;
-        std::string block(GetFileVersionInfoSizeA(d_path.c_str(), &ignored), '\0');
-        GetFileVersionInfoA(d_path.c_str(), 0, static_cast<DWORD>(block.size()), block.data());
+        std::string block(GetFileVersionInfoSizeA(path.c_str(), &ignored), '\0');
+        GetFileVersionInfoA(path.c_str(), 0, static_cast<DWORD>(block.size()), block.data());
         void* text = nullptr;
         UINT length = 0;
         VerQueryValueA(block.data(), ("\\StringFileInfo\\040904b0\\" + name).c_str(), &text,
@@ -38,16 +39,22 @@ protected:
         return text != nullptr ? static_cast<const char*>(text) : "";
     }
 
+    std::string d_folder;
     std::string d_path;
     HMODULE d_module = nullptr;
 };
 
 TEST_F(ProgramFile, SaysWhatBuildItIs) {
     const std::string version(core::version());
-    EXPECT_EQ(versionText("ProductName"), "Orvistrand Configure");
-    EXPECT_EQ(versionText("CompanyName"), "Quorvane");
-    EXPECT_EQ(versionText("ProductVersion"), version);
-    EXPECT_EQ(versionText("FileVersion"), version + " " + std::string(core::buildStamp()));
+    for (const std::string program : {"configure.exe", "orvistrand-collect.exe"}) {
+        const std::string path = d_folder + program;
+        EXPECT_EQ(versionText(path, "OriginalFilename"), program);
+        EXPECT_EQ(versionText(path, "ProductName"), "Orvistrand Configure");
+        EXPECT_EQ(versionText(path, "CompanyName"), "Quorvane");
+        EXPECT_EQ(versionText(path, "ProductVersion"), version);
+        EXPECT_EQ(versionText(path, "FileVersion"),
+                  version + " " + std::string(core::buildStamp()));
+    }
 }
 
 TEST_F(ProgramFile, AsksForNoRightsKnowsEveryResolutionAndHasAnIcon) {

@@ -35,17 +35,21 @@ if(ORVISTRAND_RELEASE AND WIN32)
     set_property(GLOBAL PROPERTY RULE_LAUNCH_LINK "${launcher}")
 endif()
 
-# orvistrand_ship(NAME [AS LINUX_NAME]): puts program NAME into the packages, without its
-# debug information, which debuggers find by the name of its file.
+# orvistrand_ship(NAME): puts program NAME into the packages, without its debug information,
+# which debuggers find by the name of its file. For Windows the file keeps its name; on
+# Linux, among the programs of a whole machine, it has the target's.
 add_custom_target(orvistrand_shipped)
 function(orvistrand_ship name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" AS "")
+    get_target_property(file ${name} OUTPUT_NAME)
+    if(NOT file)
+        set(file ${name})
+    endif()
     if(WIN32)
-        set(program ${name}.exe)
+        set(program ${file}.exe)
         set(programFolder .)
         set(debugFolder .)
     else()
-        set(program ${arg_AS})
+        set(program ${name})
         set(programFolder bin)
         set(debugFolder lib/debug/usr/bin)
     endif()
@@ -66,6 +70,6 @@ function(orvistrand_ship name)
     install(FILES "${folder}/${program}.debug" DESTINATION ${debugFolder} COMPONENT debug)
     # Where the program looks for the names and lines of its own stacks.
     if(ORVISTRAND_PDB)
-        install(FILES $<TARGET_FILE_DIR:${name}>/${name}.pdb DESTINATION symbols COMPONENT tool)
+        install(FILES $<TARGET_FILE_DIR:${name}>/${file}.pdb DESTINATION symbols COMPONENT tool)
     endif()
 endfunction()

@@ -1,5 +1,6 @@
 # What Windows programs need beside them. All of them are built into one folder, run/,
-# in which they run in place; the tool is installed with the same files.
+# in which they run in place; the tool is installed with the same files. Other projects take
+# care of their programs themselves.
 
 # Debian's Abseil passes on options for GNU's linker that lld does not know.
 get_property(imported DIRECTORY PROPERTY IMPORTED_TARGETS)
@@ -9,6 +10,9 @@ foreach(library IN LISTS imported)
     list(FILTER needed EXCLUDE REGEX "^-Wl,--(push|pop)-state")
     set_target_properties(${library} PROPERTIES INTERFACE_LINK_LIBRARIES "${needed}")
 endforeach()
+if(NOT ORVISTRAND_BUILD_PROGRAMS OR NOT ORVISTRAND_BUILD_TOOLKIT)
+    return()
+endif()
 
 set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/run")
 set(ORVISTRAND_PLUGIN_FOLDER 3rdparty/qt5/plugins) # below the working directory of the tool

@@ -42,9 +42,10 @@ elseif(CMAKE_TOOLCHAIN_FILE MATCHES clang)
         "programs have no PDB. Remove it once.")
 endif()
 function(orvistrand_pdb name)
-    set(pdb "$<TARGET_FILE_DIR:${name}>/${name}.pdb")
+    set(pdbName "$<TARGET_FILE_BASE_NAME:${name}>.pdb")
+    set(pdb "$<TARGET_FILE_DIR:${name}>/${pdbName}")
     # The program names the file without a folder.
-    target_link_options(${name} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${name}.pdb)
+    target_link_options(${name} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${pdbName})
     add_custom_command(TARGET ${name} POST_BUILD VERBATIM
         COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/windows/drop_frame_data.py ${pdb})
 endfunction()
@@ -54,9 +55,9 @@ include(GNUInstallDirs)
 # orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...] [INCLUDED i...]): a static
 # library, named orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has
 # p_win32.cpp and p_posix.cpp, of which the platform's half is built. Unless it is internal,
-# component `devel` installs it with its headers, but not with those in the folders internal/,
-# win32/ and posix/, nor *_calls.h, which its own sources and tests include. Of internal/, it
-# installs i.h, which public headers include.
+# component `devel` installs it with the headers that callers include: not those in the folders
+# internal/, win32/ and posix/, nor *_calls.h, which its own sources and tests include, nor the
+# other platform's. Of internal/, it installs i.h, which public headers include.
 function(orvistrand_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS;INCLUDED")
     list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
@@ -71,12 +72,16 @@ function(orvistrand_library name)
     if(arg_INTERNAL)
         return()
     endif()
-    install(TARGETS orvistrand_${name} EXPORT orvistrand COMPONENT devel
+    set_property(GLOBAL APPEND PROPERTY ORVISTRAND_LIBRARIES ${name})
+    install(TARGETS orvistrand_${name} EXPORT orvistrand-${name} COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    if(NOT WIN32)
+        set(otherPlatform PATTERN "*_win32.h" EXCLUDE)
+    endif()
     install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/" COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand
         FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*_calls.h" EXCLUDE
-        PATTERN internal EXCLUDE PATTERN win32 EXCLUDE PATTERN posix EXCLUDE)
+        PATTERN internal EXCLUDE PATTERN win32 EXCLUDE PATTERN posix EXCLUDE ${otherPlatform})
     list(TRANSFORM arg_INCLUDED REPLACE "(.+)" "internal/\\1.h")
     install(FILES ${arg_INCLUDED} COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand/internal)

@@ -67,7 +67,7 @@ private:
     uint32_t tagOf(uint32_t hash) const { return hash << d_numberBits; }
     uint32_t numberOf(uint32_t entry) const { return (entry & numberMask()) - 1; }
     static size_t slotOf(Area area, uint32_t hash) {
-        return area.begin + static_cast<size_t>(uint64_t{hash} * area.size >> 32);
+        return area.begin + static_cast<uint32_t>(uint64_t{hash} * area.size >> 32);
     }
 
     /// The slot of the item, or the free one where it belongs.

@@ -101,7 +101,7 @@ public:
 
     void timerExpired(int64_t id) override;
 
-public slots:
+public Q_SLOTS:
     void setPicture(const QPixmap& picture);
     void setHotStyle(int32_t style);
     void setOpacity(double opacity);
@@ -110,7 +110,7 @@ public slots:
     /// Emits clicked() and triggered(), if the button is enabled.
     void click();
 
-signals:
+Q_SIGNALS:
     /// A press has begun, and has ended: released over the button or beside it, or taken
     /// back.
     void pressed();

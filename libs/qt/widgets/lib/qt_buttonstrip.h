@@ -126,7 +126,7 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
-public slots:
+public Q_SLOTS:
     /// Another picture, for the same buttons; and so many buttons side by side, which
     /// share the width of this and every later picture.
     void setPicture(const QPixmap& picture);
@@ -139,7 +139,7 @@ public slots:
     /// What a click on the button does, if it is enabled.
     void click(int index);
 
-signals:
+Q_SIGNALS:
     /// A press has begun, and has ended: released on its button or elsewhere, or taken
     /// back.
     void pressed(int index);

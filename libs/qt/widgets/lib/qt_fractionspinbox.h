@@ -49,11 +49,11 @@ public:
     QValidator::State validate(QString& text, int& position) const override;
     void stepBy(int steps) override;
 
-public slots:
+public Q_SLOTS:
     /// Takes the nearest allowed value, of two the lower; the range bounds it.
     void setValue(int value);
 
-signals:
+Q_SIGNALS:
     /// With QSpinBox::valueChanged(int); of one form only, as a property has it.
     void numberChanged(int value);
     void rangeChanged(int minimum, int maximum);

@@ -47,11 +47,11 @@ public:
     bool italic() const { return d_italic; }
     void setItalic(bool italic) { change(d_italic, italic); }
 
-public slots:
+public Q_SLOTS:
     /// Emits clicked(), if the label is enabled and a link.
     void click();
 
-signals:
+Q_SIGNALS:
     void clicked();
     void linkAppearanceChanged();
 
@@ -69,7 +69,7 @@ private:
             return;
         member = value;
         updateAppearance();
-        emit linkAppearanceChanged();
+        Q_EMIT linkAppearanceChanged();
     }
     void followParent();
     void setManners();

@@ -31,11 +31,11 @@ public:
     QSize sizeHint() const override;
     QSize minimumSizeHint() const override { return sizeHint(); }
 
-public slots:
+public Q_SLOTS:
     void setIcon(const QIcon& icon);
     void setSizeCode(int32_t sizeCode);
 
-signals:
+Q_SIGNALS:
     void iconChanged();
     void sizeCodeChanged();
 

@@ -33,7 +33,7 @@ public:
     /// The message's text; text() is the button's own, beside its sign.
     QString message() const { return d_text; }
 
-public slots:
+public Q_SLOTS:
     void setKind(int32_t kind);
     void setTitle(const QString& title);
     void setMessage(const QString& text);
@@ -42,7 +42,7 @@ public slots:
     /// meanwhile.
     void showMessage();
 
-signals:
+Q_SIGNALS:
     void kindChanged();
     void titleChanged(const QString& title);
     void messageChanged(const QString& text);

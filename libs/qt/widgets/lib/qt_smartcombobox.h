@@ -18,12 +18,12 @@ class SmartComboBox : public KeyComboBox<int> {
 public:
     explicit SmartComboBox(QWidget* parent = nullptr);
 
-public slots:
+public Q_SLOTS:
     /// Makes the first item with that key the current one; nothing if there is none.
     void setCurrentKey(int key) { selectKey(key); }
     void slotActivated(int index);
 
-signals:
+Q_SIGNALS:
     /// The user has chosen an item, maybe the same again; the key is the current item's.
     void sigKeyActivated(int key);
     /// Another key is current, whoever chose or changed it.
@@ -32,7 +32,7 @@ signals:
 protected:
     QVariant toData(const int& key) const override { return key; }
     int fromData(const QVariant& stored) const override { return stored.toInt(); }
-    void emitKeyChanged(const int& key) override { emit currentKeyChanged(key); }
+    void emitKeyChanged(const int& key) override { Q_EMIT currentKeyChanged(key); }
 };
 
 /// The same with texts as keys; an item without a key has the empty one.
@@ -48,11 +48,11 @@ public:
     QString currentKeyText() const { return QString::fromStdString(currentKey()); }
     void setCurrentKeyText(const QString& key) { setCurrentKey(key.toStdString()); }
 
-public slots:
+public Q_SLOTS:
     void setCurrentKey(const std::string& key) { selectKey(key); }
     void slotActivated(int index);
 
-signals:
+Q_SIGNALS:
     void sigKeyActivated(std::string key);
     void currentKeyChanged(std::string key);
     void currentKeyTextChanged(const QString& key);

@@ -29,7 +29,7 @@ public:
     QSpinBox* spinBox() const { return d_spinBox; }
     QSlider* slider() const { return d_slider; }
 
-public slots:
+public Q_SLOTS:
     void setOrientation(Qt::Orientation orientation);
     void handleSpinChanged();
     void handleSliderChanged();
