@@ -1,12 +1,18 @@
 #!/usr/bin/env bash
-# Runs every fuzz target for so many seconds; part of ./test --fuzz. What is found
-# lies in build/linux-fuzz/findings, one file for each input.
+# tools/fuzz.sh SECONDS [TARGET]...: runs the targets, or all, for so many seconds each; part of
+# ./test --fuzz. Alone, it first installs what it needs. What is found lies in
+# build/linux-fuzz/findings, one file for each input.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
 source tools/lib.sh
 
+[[ ${1:-} =~ ^[1-9][0-9]*$ ]] || die "how many seconds for each target? tools/fuzz.sh SECONDS [TARGET]..."
 seconds=$1
+shift
+if is_alone; then
+    install_packages build fuzz || exit 1
+fi
 findings=build/linux-fuzz/findings/
 
 # New inputs go to the build folder; those of the repository are only read.
@@ -20,16 +26,21 @@ fuzz_one() {
 
 if ! build_preset linux-fuzz; then
     record failed "build of preset linux-fuzz"
+    finish
     exit
 fi
-targets=()
-for file in build/linux-fuzz/fuzz/fuzz_*; do
-    [[ -f $file && -x $file ]] && targets+=("$file")
-done
+targets=("${@/#/build/linux-fuzz/fuzz/}")
+if [[ $# == 0 ]]; then
+    for file in build/linux-fuzz/fuzz/fuzz_*; do
+        [[ -f $file && -x $file ]] && targets+=("$file")
+    done
+fi
 if [[ ${#targets[@]} == 0 ]]; then
     record failed "fuzzing: no targets were built"
+    finish
     exit
 fi
 for target in "${targets[@]}"; do
     judge "${target##*/} for $seconds s" fuzz_one "$target"
 done
+finish

@@ -123,8 +123,23 @@ provide_comma_locale() {
 
 has_display() { [[ -n ${DISPLAY:-} || -n ${WAYLAND_DISPLAY:-} ]]; }
 
-# Results that no test runner reports go to $RESULTS/steps.tsv: "passed<TAB>name".
-record() { printf '%s\t%s\n' "$1" "$2" >>"$RESULTS/steps.tsv"; }
+# Results that no test runner reports go to $RESULTS/steps.tsv: "passed<TAB>name". A script
+# that was started alone, without RESULTS, tells them by `finish`.
+failures=()
+record() {
+    [[ $1 == passed ]] || failures+=("$2")
+    [[ -z ${RESULTS:-} ]] || printf '%s\t%s\n' "$1" "$2" >>"$RESULTS/steps.tsv"
+}
+
+is_alone() { [[ -z ${RESULTS:-} ]]; }
+
+# finish: the last word of a script that recorded; fails when it is alone and something failed.
+finish() {
+    if is_alone && [[ ${#failures[@]} != 0 ]]; then
+        complain "failed: ${failures[*]}"
+        return 1
+    fi
+}
 
 # judge NAME COMMAND...: runs it and records whether it succeeded.
 judge() {

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Judges layout, layers, code and scripts; part of ./test --lint. Needs preset linux built.
+# tools/lint.sh [layout | layers | code | scripts]...: judges these, or all of them; part of
+# ./test --lint. Alone, it first installs what it needs, and builds preset linux for `code`.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
@@ -37,7 +38,21 @@ check_scripts() {
     grep -rlE '^#!/usr/bin/env bash' run test bench package .ci/run tools | xargs shellcheck -x
 }
 
-judge "clang-format" check_layout
-judge "layers" tools/layers.py
-judge "clang-tidy" check_code
-judge "shellcheck" check_scripts
+checks=("$@")
+[[ $# -gt 0 ]] || checks=(layout layers code scripts)
+if is_alone; then
+    install_packages build test lint || exit 1
+fi
+for check in "${checks[@]}"; do
+    case $check in
+        layout) judge "clang-format" check_layout ;;
+        layers) judge "layers" tools/layers.py ;;
+        code)
+            if is_alone; then build_preset linux || die "preset linux cannot be built"; fi
+            judge "clang-tidy" check_code
+            ;;
+        scripts) judge "shellcheck" check_scripts ;;
+        *) die "there is no check '$check': layout, layers, code, scripts" ;;
+    esac
+done
+finish

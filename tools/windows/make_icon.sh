@@ -1,8 +1,12 @@
 #!/usr/bin/env bash
 # Draws configure.svg again as configure.ico, which is kept beside it; only needed after
-# a change of the drawing. Takes rsvg-convert (package librsvg2-bin) and ImageMagick.
+# a change of the drawing. Installs what it needs.
 set -euo pipefail
-cd "$(dirname "$0")/../../configure/resources"
+cd "$(dirname "$0")/../.."
+# shellcheck source=tools/lib.sh
+source tools/lib.sh
+install_packages icon || exit 1
+cd configure/resources
 
 pictures=()
 scratch=$(mktemp -d)
