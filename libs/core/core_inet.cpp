@@ -21,10 +21,8 @@ constexpr size_t kHostNameLimit = 256;
 constinit std::atomic<bool> ready{false};
 constinit std::atomic<bool> exitHandled{false};
 
-const detail::NetworkCalls& systemNetwork() {
-    static const detail::NetworkCalls calls{detail::systemStart, detail::systemStop};
-    return calls;
-}
+struct TheSystem final : WinsockInit::System {};
+constinit const TheSystem theSystem;
 
 std::optional<uint32_t> octetOf(std::string_view field) {
     const bool digitsOnly = field.find_first_not_of("0123456789") == std::string_view::npos;
@@ -52,14 +50,13 @@ std::optional<uint32_t> ipv4Of(std::string_view ip) {
 
 bool winsockReady() { return ready.load(std::memory_order_relaxed); }
 
-WinsockInit::WinsockInit() {
-    detail::startNetwork(systemNetwork());
+WinsockInit::WinsockInit() : WinsockInit(theSystem) {
     if (!exitHandled.exchange(true))
-        std::atexit([] { detail::stopNetwork(systemNetwork()); });
+        std::atexit([] { stop(theSystem); });
 }
 
-void detail::startNetwork(const NetworkCalls& calls) {
-    const NetworkStart started = calls.start();
+WinsockInit::WinsockInit(const System& system) {
+    const System::Start started = system.start();
     if (started.error != 0) {
         logFrom(kChannelCrit, "WinsockInit", "WSAStartup failed, err=%d", started.error);
     } else if (started.low == kVersionLow && started.high == kVersionHigh) {
@@ -67,13 +64,13 @@ void detail::startNetwork(const NetworkCalls& calls) {
     } else {
         logFrom(kChannelCrit, "WinsockInit", "no suitable WinSock DLL (%d.%d)", started.low,
                 started.high);
-        calls.stop();
+        system.stop();
     }
 }
 
-void detail::stopNetwork(const NetworkCalls& calls) {
+void WinsockInit::stop(const System& system) {
     if (ready.exchange(false))
-        calls.stop();
+        system.stop();
 }
 
 bool SetSockAddr(sockaddr_in& address, const std::string& ip) {

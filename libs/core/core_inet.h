@@ -33,7 +33,13 @@ std::string hostName();
 /// other initialisers; the system counts the starts. One exit handler stops it.
 class WinsockInit {
 public:
+    class System; ///< what it needs of the system, for tests to replace
+
     WinsockInit();
+    explicit WinsockInit(const System& system);
+
+    /// Once for all starts.
+    static void stop(const System& system);
 };
 namespace {
 const WinsockInit winsockInit; // NOLINT(misc-definitions-in-headers)

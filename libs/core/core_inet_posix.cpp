@@ -1,31 +1,16 @@
-#include "core_inet_types.h"
 #include "internal/core_inet_system.h"
-
-#include <fcntl.h>
 
 #include <cerrno>
 
-namespace core::detail {
+namespace core {
 
 // There is nothing to start here; the version is the one that all systems speak.
-NetworkStart systemStart() { return {0, 2, 2}; }
+WinsockInit::System::Start WinsockInit::System::start() const { return {0, 2, 2}; }
 
-void systemStop() {}
+void WinsockInit::System::stop() const {}
 
-SocketHandle SocketCalls::open(int32_t family, int32_t type, int32_t protocol) const {
-    // Minus one, the failure, becomes kInvalidSocket.
-    return static_cast<SocketHandle>(::socket(family, type | SOCK_CLOEXEC, protocol));
-}
+uint32_t detail::lastSocketError() { return static_cast<uint32_t>(errno); }
 
-int SocketCalls::close(SocketHandle socket) const { return ::close(static_cast<int>(socket)); }
+bool detail::nothingReceived(uint32_t error) { return error == EAGAIN || error == EWOULDBLOCK; }
 
-void SocketCalls::setNonBlocking(SocketHandle socket) const {
-    const int descriptor = static_cast<int>(socket);
-    fcntl(descriptor, F_SETFL, fcntl(descriptor, F_GETFL) | O_NONBLOCK);
-}
-
-uint32_t lastSocketError() { return static_cast<uint32_t>(errno); }
-
-bool nothingReceived(uint32_t error) { return error == EAGAIN || error == EWOULDBLOCK; }
-
-} // namespace core::detail
+} // namespace core

@@ -2,7 +2,7 @@
 
 #include "core_inet_types.h"
 #include "core_log.h"
-#include "internal/core_inet_system.h"
+#include "internal/core_smartsocket_system.h"
 
 #include <utility>
 
@@ -13,8 +13,8 @@ constexpr CheckSite kReuseFailed{"core_smartsocket.cpp", 72};
 constexpr CheckSite kNonBlockingFailed{"core_smartsocket.cpp", 79};
 constexpr CheckSite kNonBlockingClosed{"core_smartsocket.cpp", 440};
 
-class SystemSockets final : public detail::SocketCalls {};
-constinit const SystemSockets systemCalls;
+struct TheSystem final : SmartSocket::System {};
+constinit const TheSystem realSystem;
 
 /// An option of which nothing but success is known.
 template <typename Value>
@@ -25,24 +25,24 @@ bool setOption(SocketHandle socket, int level, int option, const Value& value) {
 
 } // namespace
 
-const detail::SocketCalls& detail::systemSockets() { return systemCalls; }
+const SmartSocket::System& SmartSocket::theSystem() { return realSystem; }
 
-bool detail::SocketCalls::setReuseAddr(SocketHandle socket) const {
+bool SmartSocket::System::setReuseAddr(SocketHandle socket) const {
     const int32_t on = 1;
     return setOption(socket, SOL_SOCKET, SO_REUSEADDR, on);
 }
 
-bool detail::SocketCalls::join(SocketHandle socket, const Membership& membership) const {
+bool SmartSocket::System::join(SocketHandle socket, const detail::Membership& membership) const {
     return setOption(socket, IPPROTO_IP, IP_ADD_MEMBERSHIP, membership);
 }
 
-bool detail::SocketCalls::leave(SocketHandle socket, const Membership& membership) const {
+bool SmartSocket::System::leave(SocketHandle socket, const detail::Membership& membership) const {
     return setOption(socket, IPPROTO_IP, IP_DROP_MEMBERSHIP, membership);
 }
 
 bool SmartSocket::create(int32_t family, int32_t type, int32_t protocol, uint32_t flags) {
     close();
-    d_handle = d_calls->open(family, type, protocol);
+    d_handle = d_system->open(family, type, protocol);
     if (!isOpen()) {
         logFrom(kChannelWarn, "core::SmartSocket::create", "(%d,%d,%d) - failed to open socket",
                 family, type, protocol);
@@ -64,7 +64,7 @@ bool SmartSocket::create(int32_t family, int32_t type, int32_t protocol, uint32_
 bool SmartSocket::setReuseAddr() {
     if (!CHECKF(isOpen()))
         return false;
-    const bool set = d_calls->setReuseAddr(d_handle);
+    const bool set = d_system->setReuseAddr(d_handle);
     if (!set)
         logFrom(kChannelWarn, "core::SmartSocket::setReuseAddr", "failed to set REUSEADDR");
     return set;
@@ -73,17 +73,17 @@ bool SmartSocket::setReuseAddr() {
 bool SmartSocket::setNonBlocking() {
     if (!CHECKF_AT(kNonBlockingClosed, isOpen()))
         return false;
-    d_calls->setNonBlocking(d_handle);
+    d_system->setNonBlocking(d_handle);
     return true;
 }
 
 int SmartSocket::close() {
-    return isOpen() ? d_calls->close(std::exchange(d_handle, kInvalidSocket)) : -1;
+    return isOpen() ? d_system->close(std::exchange(d_handle, kInvalidSocket)) : -1;
 }
 
 void SmartSocket::swap(SmartSocket& other) noexcept {
     std::swap(d_handle, other.d_handle);
-    std::swap(d_calls, other.d_calls);
+    std::swap(d_system, other.d_system);
 }
 
 } // namespace core

@@ -7,8 +7,7 @@
 namespace core {
 
 namespace detail {
-class SocketCalls;
-const SocketCalls& systemSockets();
+struct Membership;
 } // namespace detail
 
 /// Owns one socket of the system and closes it at last. Child processes do not inherit
@@ -18,9 +17,12 @@ class SmartSocket {
 public:
     enum Flags : uint32_t { kNonBlocking = 1, kReuseAddr = 2 };
 
-    SmartSocket() : SmartSocket(detail::systemSockets()) {}
-    /// The calls must outlive the socket.
-    explicit SmartSocket(const detail::SocketCalls& calls) : d_calls(&calls) {}
+    class System; ///< what it needs of the system, for tests to replace
+    static const System& theSystem();
+
+    SmartSocket() : SmartSocket(theSystem()) {}
+    /// The system must outlive the socket.
+    explicit SmartSocket(const System& system) : d_system(&system) {}
     ~SmartSocket() { close(); }
     SmartSocket(const SmartSocket&) = delete;
     SmartSocket& operator=(const SmartSocket&) = delete;
@@ -37,7 +39,7 @@ public:
 
     bool isOpen() const { return d_handle != kInvalidSocket; }
     SocketHandle handle() const { return d_handle; }
-    const detail::SocketCalls& calls() const { return *d_calls; }
+    const System& system() const { return *d_system; }
 
     /// The system's result, 0 for success; -1 when nothing was open.
     int close();
@@ -46,7 +48,7 @@ public:
 
 private:
     SocketHandle d_handle = kInvalidSocket;
-    const detail::SocketCalls* d_calls;
+    const System* d_system;
 };
 
 } // namespace core

@@ -14,7 +14,7 @@ bool Socket::openAs(int32_t family, int32_t type, int32_t protocol, uint32_t fla
                     int32_t receiveTimeout) {
     if (!CHECKF_AT(kAlreadyOpen, !isOpen()))
         return false;
-    SmartSocket fresh(d_socket.calls());
+    SmartSocket fresh(d_socket.system());
     if (!fresh.create(family, type, protocol, flags)) {
         logAt(kChannelWarn, kOpenFailed);
         return false;

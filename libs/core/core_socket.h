@@ -18,7 +18,7 @@ public:
     int32_t protocol() const { return d_protocol; }
 
 protected:
-    explicit Socket(const detail::SocketCalls& calls) : d_socket(calls) {}
+    explicit Socket(const SmartSocket::System& system) : d_socket(system) {}
 
     /// False when it is open already, which is a failed check, or when the system
     /// refuses; then nothing has changed.

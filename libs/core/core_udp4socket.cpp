@@ -4,6 +4,7 @@
 #include "core_log.h"
 #include "core_wrapper.h"
 #include "internal/core_inet_system.h"
+#include "internal/core_smartsocket_system.h"
 
 #include <algorithm>
 #include <utility>
@@ -45,9 +46,9 @@ void logCallFailed(const char* function, const std::string& arguments, const cha
 
 } // namespace
 
-Udp4Socket::Udp4Socket() : Udp4Socket(detail::systemSockets()) {}
+Udp4Socket::Udp4Socket() : Udp4Socket(SmartSocket::theSystem()) {}
 
-Udp4Socket::Udp4Socket(const detail::SocketCalls& calls) : Socket(calls) {}
+Udp4Socket::Udp4Socket(const SmartSocket::System& system) : Socket(system) {}
 
 Udp4Socket::~Udp4Socket() { close(); }
 
@@ -155,7 +156,7 @@ bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string&
     }
     const detail::Membership membership{groupAddress.sin_addr.s_addr,
                                         interfaceAddress.sin_addr.s_addr};
-    if (!d_socket.calls().join(d_socket.handle(), membership)) {
+    if (!d_socket.system().join(d_socket.handle(), membership)) {
         const uint32_t error = detail::lastSocketError();
         logFrom(kChannelWarn, "core::Udp4Socket::joinMulticastGroup",
                 "(%s) - failed adding membership for interface %s (%u: %s)", group, interfaceIp,
@@ -182,7 +183,7 @@ bool Udp4Socket::leaveMulticastGroup(const std::string& interfaceIp) {
 }
 
 bool Udp4Socket::leave(const detail::Membership& membership) const {
-    const bool left = d_socket.calls().leave(d_socket.handle(), membership);
+    const bool left = d_socket.system().leave(d_socket.handle(), membership);
     if (!left)
         logFrom(kChannelWarn, "core::Udp4Socket::leaveMulticastGroup",
                 "(%s) - failed dropping membership for interface %s", textOf(membership.group),

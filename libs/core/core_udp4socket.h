@@ -10,10 +10,6 @@
 
 namespace core {
 
-namespace detail {
-struct Membership;
-}
-
 /// Sends and receives datagrams over IPv4. Addresses are texts as core::SetSockAddr
 /// takes them, ports are in the computer's byte order. What fails is logged on WARN
 /// with the system's reason, which only opening and leaving a group do not tell; a call
@@ -22,8 +18,8 @@ struct Membership;
 class Udp4Socket : public Socket {
 public:
     Udp4Socket();
-    /// The calls must outlive the socket.
-    explicit Udp4Socket(const detail::SocketCalls& calls);
+    /// The system must outlive the socket; for tests.
+    explicit Udp4Socket(const SmartSocket::System& system);
     ~Udp4Socket();
 
     /// `flags` is a sum of SmartSocket::Flags; `receiveTimeout`, in milliseconds, bounds

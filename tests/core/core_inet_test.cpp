@@ -8,7 +8,6 @@
 
 namespace {
 
-using core::detail::NetworkStart;
 using testing::ElementsAre;
 
 TEST(SetSockAddr, TakesDottedQuadsOnly) {
@@ -25,23 +24,31 @@ TEST(SetSockAddr, TakesDottedQuadsOnly) {
     EXPECT_EQ(core::addressText(address), "255.0.10.255");
 }
 
+struct ScriptedNetwork final : core::WinsockInit::System {
+    Start start() const override { return answer; }
+    void stop() const override { ++stops; }
+
+    Start answer{};
+    mutable int stops = 0;
+};
+
 TEST(Winsock, IsReadyBeforeMainByVersion2Dot2Alone) {
     EXPECT_TRUE(core::winsockReady());
     test::LogRecorder log({core::kChannelCrit});
-    int stops = 0;
-    const auto stop = [&stops] { ++stops; };
-    const auto start = [&stop](const NetworkStart& answer) {
-        core::detail::startNetwork({[answer] { return answer; }, stop});
+    ScriptedNetwork network;
+    const auto start = [&network](const ScriptedNetwork::Start& answer) {
+        network.answer = answer;
+        const core::WinsockInit started(network);
         return core::winsockReady();
     };
-    core::detail::stopNetwork({{}, stop});
-    core::detail::stopNetwork({{}, stop}); // does nothing any more
+    core::WinsockInit::stop(network);
+    core::WinsockInit::stop(network); // does nothing any more
     EXPECT_FALSE(start({10091, 2, 2}) || start({0, 1, 1}) || start({0, 2, 0}));
     EXPECT_THAT(log.take(), ElementsAre("CRIT WinsockInit - WSAStartup failed, err=10091",
                                         "CRIT WinsockInit - no suitable WinSock DLL (1.1)",
                                         "CRIT WinsockInit - no suitable WinSock DLL (2.0)"));
     EXPECT_TRUE(start({0, 2, 2}));
-    EXPECT_EQ(stops, 3);
+    EXPECT_EQ(network.stops, 3);
 }
 
 } // namespace

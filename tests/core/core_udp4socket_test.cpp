@@ -3,7 +3,7 @@
 #include "check_recorder.h"
 #include "core_inet_types.h"
 #include "core_varargs.h"
-#include "internal/core_inet_system.h"
+#include "internal/core_smartsocket_system.h"
 #include "log_recorder.h"
 
 #include <gmock/gmock.h>
@@ -22,17 +22,17 @@ constexpr uint32_t kBothFlags = SmartSocket::kNonBlocking + SmartSocket::kReuseA
 test::FailedCheck misuse(const char* file, int32_t line) { return {"CHECKF", file, line, 0, ""}; }
 
 /// Notes the calls that it is given, and fails those that are named.
-class NotedCalls final : public core::detail::SocketCalls {
+class NotedCalls final : public SmartSocket::System {
 public:
     using Handle = core::SocketHandle;
     using Membership = core::detail::Membership;
 
     Handle open(int32_t family, int32_t type, int32_t protocol) const override {
-        return noted("open") ? SocketCalls::open(family, type, protocol) : core::kInvalidSocket;
+        return noted("open") ? System::open(family, type, protocol) : core::kInvalidSocket;
     }
     int close(Handle socket) const override {
         noted("close");
-        return SocketCalls::close(socket);
+        return System::close(socket);
     }
     bool setReuseAddr(Handle) const override {
         afterReuse();
