@@ -15,6 +15,9 @@ constexpr size_t kModulePathLimit = 512;
 
 constinit thread_local bool wideNames = true;
 
+struct TheSystem final : Wrapper::System {};
+constinit const TheSystem theSystem;
+
 bool reported(bool converted, const char* failure) {
     if (!converted)
         CORE_LOGF(kChannelWarn, "%s", failure);
@@ -39,18 +42,16 @@ FILE* Wrapper::fopen(const std::string& path, const std::string& mode) {
     return detail::openFile(systemPath, systemMode);
 }
 
-int Wrapper::unlink(const std::string& path) {
-    return detail::unlinkWith({detail::removeFile, detail::makeWritable}, path);
-}
+int Wrapper::unlink(const std::string& path) { return unlink(path, theSystem); }
 
-int detail::unlinkWith(const FileCalls& calls, const std::string& path) {
-    const int result = calls.remove(path);
+int Wrapper::unlink(const std::string& path, const System& system) {
+    const int result = system.remove(path);
     const int error = errno;
     if (result == 0 || error != EACCES)
         return result;
     int retried = result;
-    if (calls.makeWritable(path) == 0)
-        retried = calls.remove(path);
+    if (system.makeWritable(path) == 0)
+        retried = system.remove(path);
     else
         logFrom(kChannelNorm, "core::Wrapper::unlink", "failed to chmod %s to unlink", path);
     errno = error; // callers judge by the first attempt

@@ -15,6 +15,8 @@ namespace core {
 /// too. Failures come back as the call's own result and errno. Any thread.
 class Wrapper {
 public:
+    class System; ///< what it needs of the system, for tests to replace
+
     /// The running executable's file name without its folder. Not known: a failed
     /// check and empty text.
     static std::string moduleBaseName();
@@ -33,6 +35,7 @@ public:
     /// once more. 0, or -1 with errno. After a refusal errno is EACCES even when the second
     /// try succeeds; a path that is not UTF-8 is EILSEQ.
     static int unlink(const std::string& path);
+    static int unlink(const std::string& path, const System& system);
 
     /// Whether this thread's `unlink` converts its path from UTF-8, true at start, or
     /// passes its bytes on as they are, in the system's narrow encoding.

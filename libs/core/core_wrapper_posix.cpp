@@ -1,4 +1,3 @@
-#include "core_wrapper.h"
 #include "internal/core_wrapper_system.h"
 
 #include <sys/stat.h>
@@ -49,12 +48,12 @@ FILE* detail::openFile(const SystemText& path, const SystemText& mode) {
     return std::fopen(path.c_str(), mode.c_str());
 }
 
-int detail::removeFile(const std::string& path) {
+int Wrapper::System::remove(const std::string& path) const {
     std::string name;
     return systemPath(path, name) ? ::unlink(name.c_str()) : -1;
 }
 
-int detail::makeWritable(const std::string& path) {
+int Wrapper::System::makeWritable(const std::string& path) const {
     std::string name;
     return systemPath(path, name) ? ::chmod(name.c_str(), S_IRUSR | S_IWUSR) : -1;
 }

@@ -1,4 +1,3 @@
-#include "core_wrapper.h"
 #include "internal/core_wrapper_system.h"
 
 #include <windows.h>
@@ -45,15 +44,15 @@ FILE* detail::openFile(const SystemText& path, const SystemText& mode) {
     return _wfopen(path.c_str(), mode.c_str());
 }
 
-int detail::removeFile(const std::string& path) {
-    if (!Wrapper::wideFileNames())
+int Wrapper::System::remove(const std::string& path) const {
+    if (!wideFileNames())
         return _unlink(path.c_str());
     SystemText wide;
     return widePath(path, wide) ? _wunlink(wide.c_str()) : -1;
 }
 
-int detail::makeWritable(const std::string& path) {
-    if (!Wrapper::wideFileNames())
+int Wrapper::System::makeWritable(const std::string& path) const {
+    if (!wideFileNames())
         return _chmod(path.c_str(), _S_IREAD | _S_IWRITE);
     SystemText wide;
     return widePath(path, wide) ? _wchmod(wide.c_str(), _S_IREAD | _S_IWRITE) : -1;

@@ -16,14 +16,14 @@
 #include <system_error>
 
 namespace utl {
-
-constinit const detail::FileCalls* detail::fileCalls = &detail::kSystemFileCalls;
-
 namespace {
 
 constexpr core::CheckSite kAlreadyOpen{"utl_file.cpp", 55};
 constexpr core::CheckSite kNoAccess{"utl_file.cpp", 93};
 constexpr core::CheckSite kNoFileName{"utl_file.cpp", 890};
+
+struct TheSystem final : File::System {};
+constinit const TheSystem realSystem;
 
 std::string errorText(int code) { return std::generic_category().message(code); }
 
@@ -98,6 +98,8 @@ void logSafeStoreFailure(const char* failure, const std::string& path, size_t si
 
 } // namespace
 
+const File::System& File::theSystem() { return realSystem; }
+
 bool File::openFile(const std::string& name, int32_t flags, int32_t mode) {
     if (!CHECKF_AT(kAlreadyOpen, !isOpen(),
                    core::format("can't open '%s', '%s' already open", name, d_name)))
@@ -107,8 +109,7 @@ bool File::openFile(const std::string& name, int32_t flags, int32_t mode) {
         return false;
     // The systems differ in what becomes of a file that is truncated, but not written.
     const bool contradictory = (flags & (kTruncate | kWrite)) == kTruncate;
-    const int handle =
-        contradictory ? -1 : detail::fileCalls->open(name, runtimeFlags(flags), mode);
+    const int handle = contradictory ? -1 : d_system->open(name, runtimeFlags(flags), mode);
     if (handle < 0) {
         const int error = contradictory ? EINVAL : errno;
         core::logf(core::kChannelWarn, "File:openFile(%s,%d,%d) - failed opening : %s", name, flags,
@@ -131,10 +132,9 @@ bool File::close() {
     if (!isOpen())
         return true;
     constexpr int32_t kWrittenDown = kWrite | kFlush; // Windows flushes no other files
-    const bool flushed =
-        (d_flags & kWrittenDown) != kWrittenDown || detail::fileCalls->flush(d_handle) == 0;
+    const bool flushed = (d_flags & kWrittenDown) != kWrittenDown || d_system->flush(d_handle) == 0;
     int error = flushed ? 0 : errno;
-    if (detail::fileCalls->close(d_handle) != 0 && flushed)
+    if (d_system->close(d_handle) != 0 && flushed)
         error = errno;
     d_handle = -1;
     if (error == 0)
@@ -145,7 +145,7 @@ bool File::close() {
 }
 
 bool File::size(uint64_t& bytes) const {
-    const int64_t size = detail::fileCalls->size(d_handle);
+    const int64_t size = d_system->size(d_handle);
     if (size < 0) {
         const int error = errno;
         core::logf(core::kChannelWarn, "File(%s):size - failed with error %d:%s", d_name, error,
@@ -163,7 +163,7 @@ bool File::readInto(std::string& buffer, size_t count) {
         return false;
     }
     const Transfer read = transfer(count, [&](size_t done, size_t rest) {
-        return detail::fileCalls->read(d_handle, buffer.data() + done, rest);
+        return d_system->read(d_handle, buffer.data() + done, rest);
     });
     buffer.resize(read.done);
     d_position += read.done;
@@ -181,7 +181,7 @@ bool File::write(const void* data, size_t count) {
     const auto* const bytes = static_cast<const char*>(data);
     const uint64_t offset = d_position;
     const Transfer written = transfer(count, [&](size_t done, size_t rest) {
-        return detail::fileCalls->write(d_handle, bytes + done, rest);
+        return d_system->write(d_handle, bytes + done, rest);
     });
     d_position += written.done;
     if (written.error != 0)
@@ -193,7 +193,7 @@ bool File::write(const void* data, size_t count) {
 }
 
 bool File::write(uint64_t offset, const void* data, size_t count) {
-    if (detail::fileCalls->seek(d_handle, static_cast<int64_t>(offset)) < 0) {
+    if (d_system->seek(d_handle, static_cast<int64_t>(offset)) < 0) {
         logWriteError(offset, count, errno);
         return false;
     }
@@ -206,9 +206,10 @@ void File::logWriteError(uint64_t offset, size_t count, int error) const {
                offset, count, d_position, error, errorText(error));
 }
 
-bool File::loadIntoMem(const std::string& path, std::string& buffer, uint64_t maxSize) {
+bool File::loadIntoMem(const std::string& path, std::string& buffer, uint64_t maxSize,
+                       const System& system) {
     buffer.clear();
-    File file;
+    File file(system);
     uint64_t size = 0;
     if (!file.openFile(path, kRead) || !file.size(size))
         return false;
@@ -228,13 +229,14 @@ bool File::loadIntoMem(const std::string& path, std::string& buffer, uint64_t ma
 }
 
 bool File::createFromMem(const std::string& path, const void* data, size_t size, int32_t flags,
-                         int32_t mode) {
-    File file;
+                         int32_t mode, const System& system) {
+    File file(system);
     return file.openFile(path, flags | kWrite | kCreate | kTruncate, mode) &&
            file.write(data, size) && file.close();
 }
 
-bool File::createFromMemSafe(const std::string& path, const void* data, size_t size) {
+bool File::createFromMemSafe(const std::string& path, const void* data, size_t size,
+                             const System& system) {
     const Target target = splitPath(path);
     if (!CHECKF_AT(kNoFileName, !target.name.empty()))
         return false;
@@ -245,7 +247,7 @@ bool File::createFromMemSafe(const std::string& path, const void* data, size_t s
                    target.folder, target.name);
         return false;
     }
-    File file;
+    File file(system);
     file.attach(temporary.handle, temporary.path, kWrite | kFlush, kOwnerOnly);
     const bool written = file.write(data, size);
     if (!file.close() || !written) {

@@ -35,7 +35,12 @@ public:
     /// What loadIntoMem takes unless told otherwise: 64 MiB.
     static constexpr uint64_t kMaxLoadSize = uint64_t{1} << 26U;
 
-    File() = default;
+    class System; ///< what it needs of the system, for tests to replace
+    static const System& theSystem();
+
+    File() : File(theSystem()) {}
+    /// The system must outlive the file.
+    explicit File(const System& system) : d_system(&system) {}
     ~File() { (void)close(); }
     File(const File&) = delete;
     File& operator=(const File&) = delete;
@@ -74,12 +79,14 @@ public:
 
     /// Reads a whole file of at most `maxSize` bytes. On failure `buffer` is empty.
     [[nodiscard]] static bool loadIntoMem(const std::string& path, std::string& buffer,
-                                          uint64_t maxSize = kMaxLoadSize);
+                                          uint64_t maxSize = kMaxLoadSize,
+                                          const System& system = theSystem());
 
     /// Writes a whole file in place, which kWrite, kCreate and kTruncate are added for.
     /// On failure what has been written remains.
     [[nodiscard]] static bool createFromMem(const std::string& path, const void* data, size_t size,
-                                            int32_t flags, int32_t mode);
+                                            int32_t flags, int32_t mode,
+                                            const System& system = theSystem());
 
     /// Replaces a whole file, or makes it, by way of a temporary one in its folder that
     /// is brought to disk and renamed: a reader, or the next start after a power cut,
@@ -90,7 +97,7 @@ public:
     /// itself. A temporary file that could not be written is left for inspection. A
     /// failed check when `path` ends without a file name.
     [[nodiscard]] static bool createFromMemSafe(const std::string& path, const void* data,
-                                                size_t size);
+                                                size_t size, const System& system = theSystem());
     [[nodiscard]] static bool createFromMemSafe(const std::string& path,
                                                 const core::GUniqueBuf& buffer);
 
@@ -100,6 +107,7 @@ private:
     void logReadError(size_t count, int error) const;
     void logWriteError(uint64_t offset, size_t count, int error) const;
 
+    const System* d_system;
     std::string d_name;
     int32_t d_flags = 0;
     int32_t d_mode = 0;

@@ -7,7 +7,7 @@
 
 #include <cerrno>
 
-namespace utl::detail {
+namespace utl {
 namespace {
 
 /// Neither is a pipe, a terminal or another device, from which reading may wait for ever.
@@ -16,7 +16,9 @@ bool isFileOrFolder(int handle) {
     return ::fstat(handle, &status) == 0 && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
 }
 
-int openHandle(const std::string& path, int flags, int mode) {
+} // namespace
+
+int File::System::open(const std::string& path, int flags, int mode) const {
     std::string name;
     if (!core::Wrapper::pathFromUtf8(path, name)) {
         errno = EILSEQ;
@@ -31,7 +33,7 @@ int openHandle(const std::string& path, int flags, int mode) {
     return -1;
 }
 
-int64_t sizeOf(int handle) {
+int64_t File::System::size(int handle) const {
     struct stat status {};
     if (::fstat(handle, &status) != 0)
         return -1;
@@ -42,27 +44,23 @@ int64_t sizeOf(int handle) {
     return status.st_size;
 }
 
-int64_t seek(int handle, int64_t offset) { return ::lseek(handle, offset, SEEK_SET); }
+int64_t File::System::seek(int handle, int64_t offset) const {
+    return ::lseek(handle, offset, SEEK_SET);
+}
 
-int64_t read(int handle, void* buffer, size_t count) { return ::read(handle, buffer, count); }
+int64_t File::System::read(int handle, void* buffer, size_t count) const {
+    return ::read(handle, buffer, count);
+}
 
-int64_t write(int handle, const void* data, size_t count) { return ::write(handle, data, count); }
+int64_t File::System::write(int handle, const void* data, size_t count) const {
+    return ::write(handle, data, count);
+}
 
-int flush(int handle) { return ::fsync(handle); }
+int File::System::flush(int handle) const { return ::fsync(handle); }
 
 /// A handle is closed even when a signal interrupts the call.
-int closeHandle(int handle) { return ::close(handle) == 0 || errno == EINTR ? 0 : -1; }
+int File::System::close(int handle) const {
+    return ::close(handle) == 0 || errno == EINTR ? 0 : -1;
+}
 
-} // namespace
-
-constinit const FileCalls kSystemFileCalls{
-    .open = openHandle,
-    .size = sizeOf,
-    .seek = seek,
-    .read = read,
-    .write = write,
-    .flush = flush,
-    .close = closeHandle,
-};
-
-} // namespace utl::detail
+} // namespace utl

@@ -11,7 +11,7 @@
 #include <climits>
 #include <cstdio>
 
-namespace utl::detail {
+namespace utl {
 namespace {
 
 /// Neither is a pipe, the console or another device, from which reading may wait for ever.
@@ -19,7 +19,19 @@ bool isFile(int handle) {
     return GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(handle))) == FILE_TYPE_DISK;
 }
 
-int openHandle(const std::string& path, int flags, int mode) {
+/// Asked before the runtime is, which may end the process over a bad handle.
+bool isNumber(int handle) {
+    if (handle < 0)
+        errno = EBADF;
+    return handle >= 0;
+}
+
+/// The runtime counts in int; the caller repeats a call that moved less than asked.
+unsigned piece(size_t count) { return static_cast<unsigned>(std::min<size_t>(count, INT_MAX)); }
+
+} // namespace
+
+int File::System::open(const std::string& path, int flags, int mode) const {
     std::wstring name;
     if (!core::Wrapper::pathFromUtf8(path, name)) {
         errno = EILSEQ;
@@ -33,44 +45,24 @@ int openHandle(const std::string& path, int flags, int mode) {
     return -1;
 }
 
-/// Asked before the runtime is, which may end the process over a bad handle.
-bool isOpen(int handle) {
-    if (handle < 0)
-        errno = EBADF;
-    return handle >= 0;
+int64_t File::System::size(int handle) const {
+    return isNumber(handle) ? _filelengthi64(handle) : -1;
 }
 
-int64_t sizeOf(int handle) { return isOpen(handle) ? _filelengthi64(handle) : -1; }
-
-int64_t seek(int handle, int64_t offset) {
-    return isOpen(handle) ? _lseeki64(handle, offset, SEEK_SET) : -1;
+int64_t File::System::seek(int handle, int64_t offset) const {
+    return isNumber(handle) ? _lseeki64(handle, offset, SEEK_SET) : -1;
 }
 
-/// The runtime counts in int; the caller repeats a call that moved less than asked.
-unsigned piece(size_t count) { return static_cast<unsigned>(std::min<size_t>(count, INT_MAX)); }
-
-int64_t read(int handle, void* buffer, size_t count) {
-    return isOpen(handle) ? _read(handle, buffer, piece(count)) : -1;
+int64_t File::System::read(int handle, void* buffer, size_t count) const {
+    return isNumber(handle) ? _read(handle, buffer, piece(count)) : -1;
 }
 
-int64_t write(int handle, const void* data, size_t count) {
-    return isOpen(handle) ? _write(handle, data, piece(count)) : -1;
+int64_t File::System::write(int handle, const void* data, size_t count) const {
+    return isNumber(handle) ? _write(handle, data, piece(count)) : -1;
 }
 
-int flush(int handle) { return _commit(handle); }
+int File::System::flush(int handle) const { return _commit(handle); }
 
-int closeHandle(int handle) { return _close(handle); }
+int File::System::close(int handle) const { return _close(handle); }
 
-} // namespace
-
-constinit const FileCalls kSystemFileCalls{
-    .open = openHandle,
-    .size = sizeOf,
-    .seek = seek,
-    .read = read,
-    .write = write,
-    .flush = flush,
-    .close = closeHandle,
-};
-
-} // namespace utl::detail
+} // namespace utl

@@ -98,7 +98,7 @@ bool FileUtils::renameFile(const std::string& from, const std::string& to) {
 std::string FileUtils::createTempFile(const std::string& folder, const std::string& prefix) {
     detail::TempFile file;
     if (detail::openTempFile(folder, prefix, file))
-        (void)detail::fileCalls->close(file.handle);
+        (void)File::theSystem().close(file.handle);
     return file.path;
 }
 

@@ -72,8 +72,22 @@ TEST(Unlink, ConvertsItsPathInWideModeOnly) {
     core::Wrapper::setWideFileNames(true);
 }
 
+/// Notes the calls and fails them with these errors in turn; 0 is success.
+struct ScriptedFiles final : core::Wrapper::System {
+    explicit ScriptedFiles(const std::vector<int>& errors) : d_error(errors.begin()) {}
+    int remove(const std::string& path) const override { return noted("remove " + path); }
+    int makeWritable(const std::string& path) const override { return noted("chmod " + path); }
+
+    int noted(const std::string& call) const {
+        calls += call + ';';
+        errno = *d_error == 0 ? errno : *d_error;
+        return *d_error++ == 0 ? 0 : -1;
+    }
+    mutable std::string calls;
+    mutable std::vector<int>::const_iterator d_error;
+};
+
 TEST(Unlink, RetriesRefusedAccessOnceAndKeepsTheFirstError) {
-    // What the calls fail with in turn, 0 for success, and which calls were made.
     const std::pair<std::vector<int>, std::string> rows[] = {
         {{EPERM}, "remove f;"},
         {{EACCES, 0, 0}, "remove f;chmod f;remove f;"},
@@ -82,20 +96,11 @@ TEST(Unlink, RetriesRefusedAccessOnceAndKeepsTheFirstError) {
     };
     test::LogRecorder log({core::kChannelNorm});
     for (const auto& [errors, expected] : rows) {
-        std::string calls;
-        auto error = errors.begin();
-        const auto call = [&](const char* name) {
-            return [&, name](const std::string& path) {
-                calls += name + (' ' + path) + ';';
-                errno = *error == 0 ? errno : *error;
-                return *error++ == 0 ? 0 : -1;
-            };
-        };
+        const ScriptedFiles files(errors);
         errno = 0;
-        EXPECT_EQ(core::detail::unlinkWith({call("remove"), call("chmod")}, "f"),
-                  errors.back() == 0 ? 0 : -1);
+        EXPECT_EQ(core::Wrapper::unlink("f", files), errors.back() == 0 ? 0 : -1);
         EXPECT_EQ(errno, errors.front());
-        EXPECT_EQ(calls, expected);
+        EXPECT_EQ(files.calls, expected);
     }
     EXPECT_THAT(log.take(),
                 ElementsAre("NORM core::Wrapper::unlink - failed to chmod f to unlink"));

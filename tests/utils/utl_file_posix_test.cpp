@@ -21,10 +21,10 @@ namespace {
 TEST(FilePosix, ChildProcessesInheritNoFile) {
     const test::TempFolder folder;
     test::writeFile(folder / "file", "");
-    const auto& calls = utl::detail::kSystemFileCalls;
-    const int handle = calls.open(folder / "file", O_RDONLY, 0);
+    const utl::File::System& system = utl::File::theSystem();
+    const int handle = system.open(folder / "file", O_RDONLY, 0);
     EXPECT_NE(fcntl(handle, F_GETFD) & FD_CLOEXEC, 0);
-    EXPECT_EQ(calls.close(handle), 0);
+    EXPECT_EQ(system.close(handle), 0);
 }
 
 TEST(FilePosix, FoldersAndFullDisksAreReported) {

@@ -34,32 +34,13 @@ std::string reason(int code) { return std::generic_category().message(code); }
 
 /// The system's file calls, except that scripted results come first: each step moves
 /// at most so many bytes or, when negative, fails with that errno.
-class ScriptedCalls {
-public:
-    ScriptedCalls() {
-        reads = writes = flushes = {};
-        sizeToTell = -1;
-        opened.clear();
-        d_calls.open = open;
-        d_calls.size = size;
-        d_calls.read = read;
-        d_calls.write = write;
-        d_calls.flush = flush;
-        utl::detail::fileCalls = &d_calls;
-    }
-    ~ScriptedCalls() { utl::detail::fileCalls = &utl::detail::kSystemFileCalls; }
-    ScriptedCalls(const ScriptedCalls&) = delete;
-    ScriptedCalls& operator=(const ScriptedCalls&) = delete;
-
+struct ScriptedFiles final : File::System {
     using Script = std::deque<int64_t>;
-    static inline Script reads;
-    static inline Script writes;
-    static inline Script flushes;
-    static inline int64_t sizeToTell;
-    static inline std::vector<std::string> opened; // by name
-
-private:
-    static constexpr const utl::detail::FileCalls& kSystem = utl::detail::kSystemFileCalls;
+    mutable Script reads;
+    mutable Script writes;
+    mutable Script flushes;
+    int64_t sizeToTell = -1;
+    mutable std::vector<std::string> opened; // by name
 
     /// Takes a step, which lowers `count` or fails.
     static bool allows(Script& script, size_t& count) {
@@ -73,29 +54,32 @@ private:
             count = std::min(count, static_cast<size_t>(step));
         return step >= 0;
     }
-    static int open(const std::string& path, int flags, int mode) {
+    int open(const std::string& path, int flags, int mode) const override {
         opened.push_back(path);
-        return kSystem.open(path, flags, mode);
+        return System::open(path, flags, mode);
     }
-    static int64_t size(int file) { return sizeToTell >= 0 ? sizeToTell : kSystem.size(file); }
-    static int64_t read(int file, void* buffer, size_t count) {
-        return allows(reads, count) ? kSystem.read(file, buffer, count) : -1;
+    int64_t size(int file) const override {
+        return sizeToTell >= 0 ? sizeToTell : System::size(file);
     }
-    static int64_t write(int file, const void* data, size_t count) {
-        return allows(writes, count) ? kSystem.write(file, data, count) : -1;
+    int64_t read(int file, void* buffer, size_t count) const override {
+        return allows(reads, count) ? System::read(file, buffer, count) : -1;
     }
-    static int flush(int file) {
+    int64_t write(int file, const void* data, size_t count) const override {
+        return allows(writes, count) ? System::write(file, data, count) : -1;
+    }
+    int flush(int file) const override {
         size_t nothing = 0;
-        return allows(flushes, nothing) ? kSystem.flush(file) : -1;
+        return allows(flushes, nothing) ? System::flush(file) : -1;
     }
-
-    utl::detail::FileCalls d_calls = kSystem;
 };
 
 /// A folder to work in, the path of a file in it, and what is reported meanwhile.
 class FileTest : public testing::Test {
 protected:
     std::string content() const { return test::readFile(d_path); }
+    bool load(std::string& buffer) const {
+        return File::loadIntoMem(d_path, buffer, File::kMaxLoadSize, d_files);
+    }
     std::string failed(const std::string& call, int code) const {
         return "WARN File(" + d_path + "):" + call + " with error " + std::to_string(code) + ":" +
                reason(code);
@@ -107,6 +91,7 @@ protected:
 
     test::TempFolder d_folder;
     const std::string d_path = d_folder / "Settings";
+    ScriptedFiles d_files;
     test::CheckRecorder d_checks;
     test::LogRecorder d_log;
 };
@@ -217,31 +202,30 @@ TEST_F(FileTest, FailedTransferNamesTheReason) {
 }
 
 TEST_F(FileTest, GoesOnUntilAllIsMovedOrFails) {
-    const ScriptedCalls scripted;
     const std::string shortWrite =
         "WARN failed writing 8 bytes to " + d_path + " (only wrote 3 bytes)";
-    const std::pair<ScriptedCalls::Script, std::vector<std::string>> rows[] = {
+    const std::pair<ScriptedFiles::Script, std::vector<std::string>> rows[] = {
         {{1, -EINTR, 2, -EINTR}, {}},
         {{3, 0}, {shortWrite}},
         {{3, -ENOSPC}, {failed("write(0,8,3) - failed", ENOSPC), shortWrite}},
     };
     for (const auto& [writes, lines] : rows) {
-        ScriptedCalls::writes = writes;
-        const bool all = File::createFromMem(d_path, kBytes.data(), 8, 0, File::kOwnerOnly);
+        d_files.writes = writes;
+        const bool all =
+            File::createFromMem(d_path, kBytes.data(), 8, 0, File::kOwnerOnly, d_files);
         EXPECT_EQ(all, lines.empty());
         EXPECT_THAT(d_log.take(), testing::ElementsAreArray(lines));
-        ScriptedCalls::reads = {-EINTR, 2, 1};
+        d_files.reads = {-EINTR, 2, 1};
         std::string buffer;
-        EXPECT_TRUE(File::loadIntoMem(d_path, buffer));
+        EXPECT_TRUE(load(buffer));
         EXPECT_EQ(buffer, kBytes.substr(0, all ? 8 : 3));
     }
 }
 
 TEST_F(FileTest, CreatesTruncatesAndFlushesOnRequest) {
-    const ScriptedCalls scripted;
-    ScriptedCalls::flushes = {-EIO};
-    EXPECT_TRUE(File::createFromMem(d_path, "longer", 6, File::kRead, File::kOwnerOnly));
-    EXPECT_FALSE(File::createFromMem(d_path, "2", 1, File::kFlush, File::kOwnerOnly));
+    d_files.flushes = {-EIO};
+    EXPECT_TRUE(File::createFromMem(d_path, "longer", 6, File::kRead, File::kOwnerOnly, d_files));
+    EXPECT_FALSE(File::createFromMem(d_path, "2", 1, File::kFlush, File::kOwnerOnly, d_files));
     EXPECT_EQ(content(), "2");
     const std::string missing = d_folder / "missing/Settings";
     EXPECT_FALSE(File::createFromMem(missing, "1", 1, File::kFlush, File::kOwnerOnly));
@@ -266,14 +250,13 @@ TEST_F(FileTest, LoadsUpToALimit) {
 
 TEST_F(FileTest, FailedLoadLeavesNothing) {
     test::writeFile(d_path, "abc");
-    const ScriptedCalls scripted;
     std::string buffer = "old";
-    ScriptedCalls::sizeToTell = 5; // cut by someone else meanwhile
-    EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
+    d_files.sizeToTell = 5; // cut by someone else meanwhile
+    EXPECT_FALSE(load(buffer));
     EXPECT_EQ(buffer, "");
     EXPECT_THAT(d_log.take(), ElementsAre("WARN got 3 instead of 5 for '" + d_path + "'"));
-    ScriptedCalls::reads = {2, -EIO};
-    EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
+    d_files.reads = {2, -EIO};
+    EXPECT_FALSE(load(buffer));
     EXPECT_EQ(buffer, "");
     EXPECT_THAT(d_log.take(), ElementsAre(failed("readInto - failed reading 5 bytes", EIO)));
     EXPECT_FALSE(File::loadIntoMem("\xC0\x80", buffer)) << "not UTF-8";
@@ -284,7 +267,7 @@ TEST_F(FileTest, FailedLoadLeavesNothing) {
 class SafeStore : public FileTest {
 protected:
     SafeStore() { test::writeFile(d_path, "old"); }
-    bool store(const std::string& path) { return File::createFromMemSafe(path, "new", 3); }
+    bool store(const std::string& path) { return File::createFromMemSafe(path, "new", 3, d_files); }
 
     static std::string warning(const std::string& path) {
         return "WARN utl::File::createFromMemSafe(" + path + ",3B,flags=0,mode=384) - failed ";
@@ -292,9 +275,8 @@ protected:
 };
 
 TEST_F(SafeStore, ReplacesTheWholeFile) {
-    const ScriptedCalls scripted;
     EXPECT_TRUE(store(d_path));
-    EXPECT_THAT(ScriptedCalls::opened, IsEmpty()) << "a name may have come to mean something else";
+    EXPECT_THAT(d_files.opened, IsEmpty()) << "a name may have come to mean something else";
     EXPECT_EQ(content(), "new");
     EXPECT_TRUE(File::createFromMemSafe(d_path, core::GUniqueBuf(kBytes.data(), 8, 0, 0)));
     EXPECT_EQ(content(), kBytes);
@@ -381,10 +363,9 @@ TEST_F(SafeStore, FailedRenameDeletesTheTemporary) {
 }
 
 TEST_F(SafeStore, FailedWriteLeavesTheTemporaryAndTheOldFile) {
-    const ScriptedCalls scripted;
-    ScriptedCalls::writes = {1, -ENOSPC};
+    d_files.writes = {1, -ENOSPC};
     EXPECT_FALSE(store(d_path));
-    ScriptedCalls::flushes = {-EIO};
+    d_files.flushes = {-EIO};
     EXPECT_FALSE(store(d_path));
     const auto failed = StartsWith(warning(d_path) + "creating temp file '" + (d_folder / "Set"));
     EXPECT_THAT(d_log.take(), ElementsAre(testing::HasSubstr(":write(0,3,1) - "),

@@ -1,28 +1,29 @@
 #pragma once
 
-#include "core_utf.h"
+#include "core_wrapper.h"
 
 #include <cstdio>
-#include <functional>
 #include <string>
 
-/// Between core_wrapper.cpp and its platform halves; not for other modules.
-namespace core::detail {
+/// Between core_wrapper.cpp, its platform halves and its tests; not for other modules.
+namespace core {
+
+/// These read the thread's file-name mode; -1 with errno on failure.
+class Wrapper::System {
+public:
+    virtual int remove(const std::string& path) const;
+    virtual int makeWritable(const std::string& path) const;
+
+protected:
+    ~System() = default; // trivial, so that the one of the process is never destroyed
+};
+
+namespace detail {
 
 /// What fopen's mode needs so that child processes do not inherit the file.
 extern const char* const kNotInheritedMode;
 
 FILE* openFile(const SystemText& path, const SystemText& mode);
 
-/// These read the thread's file-name mode; -1 with errno on failure.
-int removeFile(const std::string& path);
-int makeWritable(const std::string& path);
-
-/// Wrapper::unlink over the calls given.
-struct FileCalls {
-    std::function<int(const std::string&)> remove;
-    std::function<int(const std::string&)> makeWritable;
-};
-int unlinkWith(const FileCalls& calls, const std::string& path);
-
-} // namespace core::detail
+} // namespace detail
+} // namespace core

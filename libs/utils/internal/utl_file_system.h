@@ -1,29 +1,28 @@
 #pragma once
 
+#include "utl_file.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <string>
 
 /// Between utl_file.cpp, its platform halves and its tests; not for other modules.
-namespace utl::detail {
+namespace utl {
 
 /// The runtime's calls on numbered files. They return -1 with errno on failure; a
 /// read or write may move fewer bytes than asked, which is no failure.
-struct FileCalls {
-    int (*open)(const std::string& path, int flags, int mode); ///< flags as in <fcntl.h>
-    int64_t (*size)(int handle);                               ///< EISDIR for a folder
-    int64_t (*seek)(int handle, int64_t offset);               ///< from the start
-    int64_t (*read)(int handle, void* buffer, size_t count);
-    int64_t (*write)(int handle, const void* data, size_t count);
-    int (*flush)(int handle);
-    int (*close)(int handle);
+class File::System {
+public:
+    virtual int open(const std::string& path, int flags, int mode) const; ///< flags of <fcntl.h>
+    virtual int64_t size(int handle) const;                               ///< EISDIR for a folder
+    virtual int64_t seek(int handle, int64_t offset) const;               ///< from the start
+    virtual int64_t read(int handle, void* buffer, size_t count) const;
+    virtual int64_t write(int handle, const void* data, size_t count) const;
+    virtual int flush(int handle) const;
+    virtual int close(int handle) const;
+
+protected:
+    ~System() = default; // trivial, so that the one of the process is never destroyed
 };
 
-/// The platform's own, in its half.
-extern const FileCalls kSystemFileCalls;
-
-/// The calls in use: the platform's, unless a test has put others in their place.
-/// No other thread may use files at the moment of exchange.
-extern const FileCalls* fileCalls;
-
-} // namespace utl::detail
+} // namespace utl
