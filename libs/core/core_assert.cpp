@@ -51,6 +51,8 @@ bool handleAlert(const char* condition, const char* file, int32_t line, int32_t 
     return tests.abortsOn(FailureType::Alert);
 }
 
+const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
+
 /// What the handling answers; to go on, where the memory did not even suffice for that.
 template <typename Handle>
 bool answer(Handle&& handle) {
@@ -78,7 +80,7 @@ void Assert::lockHandler(bool locked) { detail::storeHandlerLock(locked); }
 
 bool failDefault(const char* condition, const char* file, int32_t line, int32_t level,
                  const std::string& message) {
-    const char* const where = file != nullptr ? file : "";
+    const char* const where = orEmpty(file);
     if (condition == nullptr) {
         CORE_LOGF(kChannelCrit, "ERROR!! ASSERT failed at %s:%d", where, line);
         return false;
@@ -101,7 +103,7 @@ bool alertDefault(const char* condition, const char* file, int32_t line, int32_t
     }
     const Entered entered(inAlert);
     return answer(
-        [&] { return handleAlert(condition, file != nullptr ? file : "", line, level, message); });
+        [&] { return handleAlert(orEmpty(condition), orEmpty(file), line, level, message); });
 }
 
 } // namespace core

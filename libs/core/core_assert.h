@@ -14,8 +14,8 @@ namespace core {
 /// `alertDefault` logs "GALERT at FILE:LINE (CONDITION) (MESSAGE)" and hands over all.
 ///
 /// A failure inside the handling of one, on the same thread, is refused with a line
-/// on standard error. A null file counts as an empty one. None of them throws. Any thread,
-/// at any time, before and after main as well.
+/// on standard error. A null file, and the null condition of an alert, count as empty.
+/// None of them throws. Any thread, at any time, before and after main as well.
 class Assert {
 public:
     /// Puts a handler into the check slot, `failDefault` for null. While the handler

@@ -31,7 +31,7 @@ protected:
     int32_t d_protocol = 0;
     uint32_t d_flags = 0;         // of SmartSocket::Flags
     int32_t d_localPort = -1;     // -1 until it is bound
-    int32_t d_receiveTimeout = 0; // milliseconds; 0 waits for ever
+    int32_t d_receiveTimeout = 0; // milliseconds; 0 or less waits for ever
 };
 
 } // namespace core

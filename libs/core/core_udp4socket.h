@@ -23,7 +23,7 @@ public:
     ~Udp4Socket();
 
     /// `flags` is a sum of SmartSocket::Flags; `receiveTimeout`, in milliseconds, bounds
-    /// the waiting of `receive`, 0 does not. A socket that is open is a failed check.
+    /// the waiting of `receive`, 0 or less does not. A socket that is open is a failed check.
     [[nodiscard]] bool open(uint32_t flags = 0, int32_t receiveTimeout = 0);
 
     /// Receives from now on what is sent to this address; port 0 takes a free one.

@@ -41,11 +41,12 @@ TEST_F(AssertTest, HandlersLogWhatFailedAndContinue) {
     EXPECT_FALSE(core::alertDefault("a > b", "f.cpp", 7, 0, "m"));
     EXPECT_FALSE(core::failDefault("a > b", nullptr, 7, 0, "m"));
     EXPECT_FALSE(core::alertDefault("a > b", nullptr, 7, 0, ""));
-    EXPECT_THAT(log.take(),
-                ElementsAre("CRIT GASSERT failed at f.cpp:7 (a > b) (50% off)",
-                            "CRIT ERROR!! ASSERT failed at f.cpp:7",
-                            "CRIT GALERT at f.cpp:7 (a > b) (m)",
-                            "CRIT GASSERT failed at :7 (a > b) (m)", "CRIT GALERT at :7 (a > b)"));
+    EXPECT_FALSE(core::alertDefault(nullptr, "f.cpp", 7, 0, ""));
+    EXPECT_THAT(log.take(), ElementsAre("CRIT GASSERT failed at f.cpp:7 (a > b) (50% off)",
+                                        "CRIT ERROR!! ASSERT failed at f.cpp:7",
+                                        "CRIT GALERT at f.cpp:7 (a > b) (m)",
+                                        "CRIT GASSERT failed at :7 (a > b) (m)",
+                                        "CRIT GALERT at :7 (a > b)", "CRIT GALERT at f.cpp:7 ()"));
 }
 
 TEST_F(AssertTest, FailuresInsideTheirOwnHandlingAreRefused) {

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cstring>
 #include <functional>
 
 namespace {
@@ -17,6 +18,7 @@ using core::Udp4Socket;
 using testing::ElementsAre;
 using testing::StartsWith;
 
+const auto kWaitForEver = core::detail::receiveTimeout(0);
 constexpr uint32_t kBothFlags = SmartSocket::kNonBlocking + SmartSocket::kReuseAddr;
 
 test::FailedCheck misuse(const char* file, int32_t line) { return {"CHECKF", file, line, 0, ""}; }
@@ -103,6 +105,10 @@ TEST(Udp4Socket, OpensOnceAndRefusesToWorkClosed) {
     EXPECT_FALSE(socket.bind("127.0.0.1", 0) || socket.receive() ||
                  socket.joinMulticastGroup("239.0.0.1", "127.0.0.1"));
     EXPECT_EQ(checks.take().size(), 3);
+    for (const int32_t below : {-1, -1000}) {
+        const auto wait = core::detail::receiveTimeout(below);
+        EXPECT_EQ(std::memcmp(&wait, &kWaitForEver, sizeof wait), 0);
+    }
 }
 
 TEST(Udp4Socket, CarriesDatagramsUpToTheLimit) {

@@ -6,6 +6,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 
@@ -21,8 +22,10 @@ inline constexpr int kUnlimitedReceiveBuffer = SO_RCVBUFFORCE;
 
 inline constexpr uint32_t kMessageTooLong = EMSGSIZE;
 
+/// 0, which waits for ever, for what is below.
 inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
-    return {milliseconds / 1000, milliseconds % 1000 * 1000L};
+    const int32_t wait = std::max(milliseconds, 0);
+    return {wait / 1000, wait % 1000 * 1000L};
 }
 
 } // namespace core::detail

@@ -18,8 +18,9 @@ inline constexpr int kUnlimitedReceiveBuffer = SO_RCVBUF;
 
 inline constexpr uint32_t kMessageTooLong = WSAEMSGSIZE;
 
+/// 0, which waits for ever, for what is below.
 inline ReceiveTimeout receiveTimeout(int32_t milliseconds) {
-    return static_cast<DWORD>(milliseconds);
+    return static_cast<DWORD>(milliseconds > 0 ? milliseconds : 0);
 }
 
 } // namespace core::detail
