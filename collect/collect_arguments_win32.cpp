@@ -1,6 +1,7 @@
 #include "collect_arguments.h"
 
 #include "core_utf.h"
+#include "internal/core_handle_win32.h"
 
 #include <windows.h>
 
@@ -11,16 +12,15 @@ namespace collect {
 /// Those of `main` are in the system's narrow encoding, which has not every name.
 std::vector<std::string> utf8Arguments(int argc, char** argv) {
     int count = 0;
-    LPWSTR* const wide = CommandLineToArgvW(GetCommandLineW(), &count);
+    const core::LocalMemory<LPWSTR[]> wide(CommandLineToArgvW(GetCommandLineW(), &count));
     if (wide == nullptr)
         return {argv, argv + argc};
     std::vector<std::string> arguments;
-    for (int i = 0; i < count; ++i) {
+    for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
         std::string text;
         (void)core::toUtf8(wide[i], text); // what is no text is refused as an empty one
         arguments.push_back(text);
     }
-    LocalFree(static_cast<HLOCAL>(wide));
     return arguments;
 }
 

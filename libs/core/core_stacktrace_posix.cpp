@@ -272,8 +272,10 @@ StackTrace::~StackTrace() = default;
 // There is only this process to ask, so the handle is not looked at.
 bool StackTrace::loadModule(void*, const std::string& image, const std::string& module,
                             uint64_t base, uint32_t size) {
+    // libdw opens the file when it first needs it, which is too late to say no.
     Symbols* const symbols = Symbols::instance();
-    if (symbols != nullptr && symbols->addModule({image, base, size}))
+    if (symbols != nullptr && access(image.c_str(), R_OK) == 0 &&
+        symbols->addModule({image, base, size}))
         return true;
     detail::logNoModule(image, module, base, size);
     return false;

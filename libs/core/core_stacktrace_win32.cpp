@@ -2,6 +2,7 @@
 #include "core_stacktrace.h"
 #include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
+#include "internal/core_handle_win32.h"
 
 #include <windows.h>
 
@@ -178,18 +179,17 @@ bool StackTrace::loadModule(void* process, const std::string& image, const std::
 void StackTrace::loadModules() {
     if (d_modulesLoaded)
         return;
-    const HANDLE snapshot = CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, 0);
-    if (snapshot != INVALID_HANDLE_VALUE) {
+    const FileHandle snapshot(CreateToolhelp32Snapshot(TH32CS_SNAPMODULE, 0));
+    if (snapshot.isValid()) {
         MODULEENTRY32 entry{};
         entry.dwSize = sizeof entry;
-        for (BOOL found = Module32First(snapshot, &entry); found;
-             found = Module32Next(snapshot, &entry)) {
+        for (BOOL found = Module32First(snapshot.get(), &entry); found;
+             found = Module32Next(snapshot.get(), &entry)) {
             // Widened with its sign, as the engine's own conversion of pointers does.
             const auto base = reinterpret_cast<intptr_t>(entry.modBaseAddr);
             loadModule(d_process, entry.szExePath, entry.szModule,
                        static_cast<uint64_t>(static_cast<int64_t>(base)), entry.modBaseSize);
         }
-        CloseHandle(snapshot);
     }
     d_modulesLoaded = true;
 }

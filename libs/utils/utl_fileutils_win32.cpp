@@ -1,5 +1,6 @@
 #include "core_utf.h"
 #include "core_wrapper.h"
+#include "internal/core_handle_win32.h"
 #include "internal/utl_fileutils_system.h"
 
 #include <windows.h>
@@ -37,18 +38,21 @@ bool isSeparator(char ch) { return ch == '\\' || ch == '/'; }
 /// Makes a new file, which must not be there by any name or link, and keeps it open. Others
 /// may read it meanwhile. The runtime's number of it; or -1, with `code` for the reason.
 int createNew(const wchar_t* name, DWORD& code) {
-    HANDLE file = CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
-                              CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+    core::FileHandle file(CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
+                                      CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
+    if (!file.isValid()) {
         code = GetLastError();
         return -1;
     }
-    const int handle = _open_osfhandle(reinterpret_cast<intptr_t>(file), _O_BINARY | _O_NOINHERIT);
+    const int handle =
+        _open_osfhandle(reinterpret_cast<intptr_t>(file.get()), _O_BINARY | _O_NOINHERIT);
     if (handle < 0) {
-        CloseHandle(file);
+        file.close();
         DeleteFileW(name);
         code = ERROR_TOO_MANY_OPEN_FILES;
+        return -1;
     }
+    (void)file.release(); // the runtime's now
     return handle;
 }
 

@@ -108,11 +108,13 @@ TEST(StackTrace, SaysWhenTheSymbolEngineDidNotStart) {
 
 TEST(StackTrace, SaysWhatItCouldNotFind) {
     test::LogRecorder log({core::kChannelNorm});
+    EXPECT_FALSE(core::StackTrace().loadModule(nullptr, "no such file", "x", 0x1000, 16));
     core::detail::logNoSymbol(16, 487);
     core::detail::logNoModuleInfo();
     EXPECT_THAT(
         log.take(),
-        ElementsAre("NORM core::StackTrace::getStack - failed to get symbol from addr 16 : 487",
+        ElementsAre(StartsWith("NORM core::StackTrace::loadModule - failed to load image=no such "),
+                    "NORM core::StackTrace::getStack - failed to get symbol from addr 16 : 487",
                     "NORM core::StackTrace::getStack - failed to get module info"));
 }
 
