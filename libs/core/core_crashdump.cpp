@@ -64,10 +64,9 @@ std::string dumpFilePath(std::string_view folder, std::string_view executable,
 const detail::CrashNames& detail::crashNames() { return names; }
 
 void detail::noteCrashNames() {
-    constexpr size_t kPathLimit = 4096;
     // As Linux names a program whose file has been replaced.
     constexpr std::string_view kReplaced = " (deleted)";
-    const std::string path = Wrapper::executablePath(kPathLimit);
+    const std::string path = programPath();
     std::string_view program = path;
     if (program.ends_with(kReplaced))
         program.remove_suffix(kReplaced.size());

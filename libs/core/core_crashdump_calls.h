@@ -4,6 +4,7 @@
 #include "core_timespec.h"
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 /// How a crash is told of. Not for callers, and not installed.
@@ -22,6 +23,9 @@ const CrashNames& crashNames();
 /// Asks for them. At the guard's start, and before a dump without a guard.
 void noteCrashNames();
 bool crashNamesAreNoted();
+
+/// The platform's: of the program's file; empty if the system cannot tell.
+std::string programPath();
 
 /// Raises the check that the program's name is not known, if it is not.
 void checkCrashNames();

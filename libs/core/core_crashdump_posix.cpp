@@ -1,9 +1,12 @@
 #include "core_crashdump.h"
 
 #include "core_crashdump_system.h"
+#include "core_wrapper.h"
 
 #include <signal.h>
+#include <sys/auxv.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -55,6 +58,18 @@ void tellTime() {
 } // namespace
 
 constinit std::atomic<pid_t> detail::crashing{0};
+
+/// The path by which the program was started, where it leads to the file itself: the link that
+/// the system keeps takes several times as long when it is read first.
+std::string detail::programPath() {
+    constexpr size_t kLimit = 4096;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's form
+    const auto* const started = reinterpret_cast<const char*>(getauxval(AT_EXECFN));
+    struct stat status {};
+    const bool leads = started != nullptr && *started == '/' && lstat(started, &status) == 0 &&
+                       S_ISREG(status.st_mode);
+    return leads ? started : Wrapper::executablePath(kLimit);
+}
 
 void detail::prepareProcess() {
     endAttemptsInTime();

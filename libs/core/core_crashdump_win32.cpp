@@ -2,6 +2,7 @@
 
 #include "core_crashdump.h"
 #include "core_crashdump_system.h"
+#include "core_wrapper.h"
 
 #include <cxxabi.h>
 
@@ -150,6 +151,11 @@ void leave(const detail::CrashCause& crash) {
 } // namespace
 
 constinit std::atomic<DWORD> detail::crashing{0};
+
+std::string detail::programPath() {
+    constexpr size_t kLimit = 4096;
+    return Wrapper::executablePath(kLimit);
+}
 
 void detail::startDumpHelper() {
     if (helper.thread != nullptr)
