@@ -15,6 +15,7 @@ LIBRARIES = {
     "libs/utils": ["libs/core", "libs/utf"],
     "libs/kern": ["libs/core"],
     "libs/qt/widgets/lib": ["libs/kern", "libs/core"],
+    "libs/qt/designer": ["libs/qt/widgets/lib"],
     "collect": ["libs/kern", "libs/utils", "libs/core", "libs/textmarkup",
                 "libs/utf"],
 }

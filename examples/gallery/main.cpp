@@ -5,7 +5,7 @@
 //     gallery --shot FILE.png --scale 2          stores a picture of the window instead
 //     gallery --inspect --scale 1.5              names what is wrong with it at that scale
 //
-// Without a display, set QT_QPA_PLATFORM=offscreen for pictures.
+// The last two need no display: they draw off the screen, unless QT_QPA_PLATFORM names where.
 
 #include "gallery.h"
 #include "inspection.h"
@@ -86,6 +86,9 @@ int main(int argc, char** argv) {
     parser.parse(arguments); // before there is an application, which takes the scale as it is
     if (parser.isSet("scale"))
         qputenv("QT_SCALE_FACTOR", parser.value("scale").toLatin1());
+    const bool staysOpen = !parser.isSet("shot") && !parser.isSet("inspect");
+    if (!staysOpen && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     const QApplication application(argc, argv);

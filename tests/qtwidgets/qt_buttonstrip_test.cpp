@@ -1,6 +1,7 @@
 #include "qt_buttonstrip.h"
 
 #include "check_recorder.h"
+#include "core_varargs.h"
 #include "picture_art.h"
 #include "qt_buttonstrips.h"
 
@@ -35,16 +36,15 @@ protected:
     Strip() {
         window.resize(200, 100);
         strip.resize(20, 10);
-        QObject::connect(&strip, &QT_ButtonStrip::clicked, [&](int i) { clicked.push_back(i); });
-        const auto note = [this](const std::string& what, int index) {
-            signals_.push_back(what + ' ' + std::to_string(index));
+        const auto note = [this](const char* what) {
+            return [this, what](int index) { said += core::format("%s %d, ", what, index); };
         };
-        QObject::connect(&strip, &QT_ButtonStrip::pressed, [=](int i) { note("pressed", i); });
-        QObject::connect(&strip, &QT_ButtonStrip::released, [=](int i) { note("released", i); });
-        QObject::connect(&strip, &QT_ButtonStrip::clicked, [=](int i) { note("clicked", i); });
-        QObject::connect(&strip, &QT_ButtonStrip::triggered, [=](int i) { note("triggered", i); });
+        QObject::connect(&strip, &QT_ButtonStrip::pressed, note("pressed"));
+        QObject::connect(&strip, &QT_ButtonStrip::released, note("released"));
+        QObject::connect(&strip, &QT_ButtonStrip::clicked, note("clicked"));
+        QObject::connect(&strip, &QT_ButtonStrip::triggered, note("triggered"));
         QObject::connect(&strip, &QT_ButtonStrip::toggled,
-                         [=](int i, bool on) { note(on ? "checked" : "unchecked", i); });
+                         [=](int i, bool on) { note(on ? "checked" : "unchecked")(i); });
     }
     ~Strip() override { EXPECT_THAT(checks.take(), IsEmpty()); }
 
@@ -59,6 +59,8 @@ protected:
         press(index);
         release(index);
     }
+    /// The signals since the last call.
+    std::string heard() { return std::exchange(said, {}); }
     /// The strip's buttons, 'x' for those checked.
     std::string checked() const {
         std::string text;
@@ -75,8 +77,7 @@ protected:
     test::CheckRecorder checks;
     QWidget window;
     QT_ButtonStrip strip{picture(), kRects, &window};
-    std::vector<int> clicked;
-    std::vector<std::string> signals_;
+    std::string said;
 };
 
 TEST_F(Strip, DrawsItsPicturesInPlace) {
@@ -126,9 +127,8 @@ TEST_F(Strip, ClicksOnTheButtonThatWasPressed) {
     release(0);
     click(3);                                              // beside all
     QTest::mouseClick(&strip, Qt::LeftButton, {}, {4, 0}); // right of the first
-    QTest::mouseClick(&strip, Qt::LeftButton, {}, {3, 3});
     QTest::mouseClick(&strip, Qt::RightButton, {}, in(0));
-    EXPECT_THAT(clicked, ElementsAre(2, 0));
+    EXPECT_EQ(heard(), "pressed 2, released 2, clicked 2, triggered 2, pressed 0, released 0, ");
 }
 
 TEST_F(Strip, TogglesAndExcludes) {
@@ -136,7 +136,7 @@ TEST_F(Strip, TogglesAndExcludes) {
     for (const int index : {0, 1, 2, 0})
         click(index);
     EXPECT_EQ(checked(), ".xx");
-    signals_.clear();
+    heard();
     strip.setExclusive(true);
     EXPECT_EQ(checked(), ".x.");
     click(0);
@@ -146,40 +146,30 @@ TEST_F(Strip, TogglesAndExcludes) {
         strip.setChecked(index, true);
     EXPECT_EQ(checked(), ".x.");
     strip.setChecked(1, false);
-    EXPECT_EQ(checked(), "...");
-    EXPECT_THAT(clicked, ElementsAre(0, 1, 2, 0, 0, 0));
-    EXPECT_THAT(signals_,
-                ElementsAre("unchecked 2", "pressed 0", "checked 0", "unchecked 1", "released 0",
-                            "clicked 0", "triggered 0", "pressed 0", "released 0", "clicked 0",
-                            "triggered 0", "unchecked 0", "checked 1", "unchecked 1"));
+    EXPECT_EQ(heard(), "unchecked 2, pressed 0, checked 0, unchecked 1, released 0, clicked 0, "
+                       "triggered 0, pressed 0, released 0, clicked 0, triggered 0, unchecked 0, "
+                       "checked 1, unchecked 1, ");
 }
 
 TEST_F(Strip, LooksPressedUntilItsSlotReturns) {
     strip.setCheckable(true);
     strip.setChecked(0, true);
+    bool first = true;
     QObject::connect(&strip, &QT_ButtonStrip::clicked, [&] {
-        EXPECT_EQ(checked(), "...");
+        EXPECT_EQ(checked(), first ? "..." : "x..");
         EXPECT_EQ(strip.pressedButton(), 0);
         expectDrawn(kFirstDown);
         release(0); // of a press that is over
-    });
-    click(0);
-    EXPECT_EQ(clicked.size(), 1U);
-    EXPECT_EQ(strip.pressedButton(), -1);
-    expectDrawn(kStrip);
-}
-
-TEST_F(Strip, KeepsAPressThatBeganInItsSlot) {
-    bool first = true;
-    QObject::connect(&strip, &QT_ButtonStrip::clicked, [&] {
-        if (std::exchange(first, false))
+        if (!std::exchange(first, false))
             press(1);
     });
     click(0);
-    EXPECT_EQ(strip.pressedButton(), 1);
+    EXPECT_EQ(strip.pressedButton(), -1);
+    expectDrawn(kStrip);
+    click(0);
+    EXPECT_EQ(strip.pressedButton(), 1) << "begun in the slot, it goes on";
+    strip.setChecked(0, false);
     expectDrawn(kSecondDown);
-    release(1);
-    EXPECT_THAT(clicked, ElementsAre(0, 1));
 }
 
 TEST_F(Strip, ButtonsCanBeDisabledAndHaveShortcuts) {
@@ -194,13 +184,15 @@ TEST_F(Strip, ButtonsCanBeDisabledAndHaveShortcuts) {
     window.show();
     QApplication::setActiveWindow(&window);
     QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
-    QTest::keyClick(&window, Qt::Key_L, Qt::ControlModifier);
     QTest::keyClick(&strip, Qt::Key_Space);
     QTest::keyClick(&strip, Qt::Key_Right);
     QTest::keyClick(&strip, Qt::Key_End);
     QTest::keyClick(&strip, Qt::Key_Home);
     EXPECT_EQ(strip.currentButton(), 1);
-    EXPECT_THAT(clicked, ElementsAre(1));
+    QApplication::sendPostedEvents(&strip);
+    EXPECT_EQ(heard(), "pressed 0, released 0, ");
+    QTest::keyClick(&window, Qt::Key_L, Qt::ControlModifier);
+    EXPECT_EQ(heard(), "clicked 1, triggered 1, ");
 }
 
 TEST_F(Strip, DividesItsPictureEvenly) {
@@ -214,15 +206,11 @@ TEST_F(Strip, DividesItsPictureEvenly) {
     EXPECT_EQ(even.buttonToolTips(), QStringList({"a", "b"}));
 }
 
-/// The luminances of two colours, the lighter over the darker, as W3C compares them.
+/// How two greys stand out from each other, as W3C compares luminances.
 double contrast(QRgb one, QRgb other) {
-    const auto luminance = [](QRgb colour) {
-        const auto part = [](int value) {
-            const double share = value / 255.0;
-            return share <= 0.03928 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * part(qRed(colour)) + 0.7152 * part(qGreen(colour)) +
-               0.0722 * part(qBlue(colour)) + 0.05;
+    const auto luminance = [](QRgb grey) {
+        const double share = qGreen(grey) / 255.0;
+        return (share <= 0.03928 ? share / 12.92 : std::pow((share + 0.055) / 1.055, 2.4)) + 0.05;
     };
     const auto [low, high] = std::minmax({luminance(one), luminance(other)});
     return high / low;
@@ -260,12 +248,14 @@ TEST_F(Strip, KeysGoWhereTheyPointAndPress) {
         QTest::keyClick(&grid, key);
         EXPECT_EQ(grid.currentButton(), current);
     }
-    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Right, Qt::Key_Enter})
+    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Right, Qt::Key_Enter})
         QTest::keyClick(&strip, key);
-    QTest::keyPress(&strip, Qt::Key_Space);
+    QTest::keyPress(&strip, Qt::Key_Return);
     QTest::keyClick(&strip, Qt::Key_Escape);
-    QTest::keyRelease(&strip, Qt::Key_Space);
-    EXPECT_THAT(clicked, ElementsAre(0, 0, 1));
+    QTest::keyRelease(&strip, Qt::Key_Return);
+    QApplication::sendPostedEvents(&strip);
+    EXPECT_EQ(heard(), "pressed 0, released 0, clicked 0, triggered 0, pressed 1, released 1, "
+                       "clicked 1, triggered 1, pressed 1, released 1, ");
 }
 
 TEST_F(Strip, TellsWhatItsButtonsDo) {

@@ -19,7 +19,7 @@ std::vector<int> valuesOf(const NS_QT::SpinSlider& both) {
     return {both.value(), both.slider()->value(), both.spinBox()->value()};
 }
 
-TEST(SpinSlider, ChildrenFollowEveryRangeAndStep) {
+TEST(SpinSlider, KeepsItsPartsInStep) {
     NS_QT::SpinSlider both;
     for (const auto& [low, high] : {std::pair{100, 200}, {-30, -20}, {0, 0}, {-5, 1000}}) {
         both.setRange(low, high);
@@ -34,18 +34,13 @@ TEST(SpinSlider, ChildrenFollowEveryRangeAndStep) {
     EXPECT_THAT((std::vector{both.slider()->singleStep(), both.slider()->pageStep(),
                              both.spinBox()->singleStep()}),
                 ElementsAre(7, 70, 7));
-}
-
-TEST(SpinSlider, AChangeAnywhereIsReportedOnce) {
-    NS_QT::SpinSlider both;
-    both.setRange(0, 50);
     const QSignalSpy spy(&both, SIGNAL(valueChanged(int)));
     both.slider()->setValue(7);
     EXPECT_THAT(valuesOf(both), Each(7));
     both.spinBox()->setValue(8);
     EXPECT_THAT(valuesOf(both), Each(8));
-    both.setValue(90);
-    EXPECT_THAT(valuesOf(both), Each(50));
+    both.setValue(9000);
+    EXPECT_THAT(valuesOf(both), Each(1000));
     EXPECT_EQ(spy.size(), 3);
 }
 

@@ -31,31 +31,24 @@ std::string nameOf(QLayoutItem* item) {
     return item->widget() != nullptr ? item->widget()->objectName().toStdString() : "layout";
 }
 
-/// An item as tests write it: "a (0,1)" in a grid, with " 2x3" for its spans, "a" or
+/// Items as tests write them: "a (0,1)" in a grid, with " 2x3" for its spans, "a" or
 /// "space 20" in a box, with " stretch 4"; alignments by Qt's names.
-std::string describe(QLayout* layout, int index) {
-    QLayoutItem* const item = layout->itemAt(index);
-    std::string text = nameOf(item);
-    if (auto* const grid = qobject_cast<QGridLayout*>(layout)) {
-        int row = 0, col = 0, rows = 0, cols = 0;
-        grid->getItemPosition(index, &row, &col, &rows, &cols);
-        text += core::format(" (%d,%d)", row, col);
-        if (rows != 1 || cols != 1)
-            text += core::format(" %dx%d", rows, cols);
-    } else if (const int stretch = qobject_cast<QBoxLayout*>(layout)->stretch(index)) {
-        text += core::format(" stretch %d", stretch);
-    }
-    const auto alignment = static_cast<int>(item->alignment());
-    if (alignment != 0)
-        text += ' ' + QMetaEnum::fromType<Qt::Alignment>().valueToKeys(alignment).toStdString();
-    return text;
-}
-
 std::vector<std::string> contentsOf(QLayout* layout) {
     std::vector<std::string> items;
-    items.reserve(static_cast<size_t>(layout->count()));
-    for (int i = 0; i < layout->count(); ++i)
-        items.push_back(describe(layout, i));
+    for (int index = 0; index < layout->count(); ++index) {
+        std::string text = nameOf(layout->itemAt(index));
+        if (auto* const grid = qobject_cast<QGridLayout*>(layout)) {
+            int row = 0, col = 0, rows = 0, cols = 0;
+            grid->getItemPosition(index, &row, &col, &rows, &cols);
+            text += core::format(" (%d,%d)", row, col);
+            text += rows * cols != 1 ? core::format(" %dx%d", rows, cols) : "";
+        } else if (const int stretch = qobject_cast<QBoxLayout*>(layout)->stretch(index)) {
+            text += core::format(" stretch %d", stretch);
+        }
+        if (const auto alignment = static_cast<int>(layout->itemAt(index)->alignment()))
+            text += ' ' + QMetaEnum::fromType<Qt::Alignment>().valueToKeys(alignment).toStdString();
+        items.push_back(text);
+    }
     return items;
 }
 

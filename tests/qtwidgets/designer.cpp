@@ -1,0 +1,46 @@
+// The toolkit in Qt Designer, as far as it goes without Designer's window. Where its headers
+// are missing, nothing of this is built.
+
+#include "forms.h"
+
+#include <QFile>
+#include <QPluginLoader>
+#include <QUiLoader>
+#include <QtUiPlugin/QDesignerCustomWidgetCollectionInterface>
+
+#include <gtest/gtest.h>
+#include <memory>
+
+namespace {
+
+TEST(Designer, LoadsAFormOfEveryWidget) {
+    QUiLoader loader;
+    loader.clearPluginPaths();
+    loader.addPluginPath(DESIGNER_FOLDER);
+    QFile file(EVERY_WIDGET);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const std::unique_ptr<QWidget> form(loader.load(&file));
+    ASSERT_TRUE(form != nullptr) << loader.errorString().toStdString();
+    expectEveryWidget(*form);
+}
+
+TEST(Designer, OffersEachWithAnIconOfItsOwn) {
+    QPluginLoader plugin(DESIGNER_FOLDER "/orvistrand_designer.so");
+    auto* const offered =
+        qobject_cast<QDesignerCustomWidgetCollectionInterface*>(plugin.instance());
+    ASSERT_TRUE(offered != nullptr) << plugin.errorString().toStdString();
+    QVector<QImage> icons;
+    for (QDesignerCustomWidgetInterface* const widget : offered->customWidgets()) {
+        const QString name = widget->name();
+        const std::unique_ptr<QWidget> made(widget->createWidget(nullptr));
+        EXPECT_EQ(made->metaObject()->className(), name);
+        EXPECT_TRUE(widget->domXml().contains("class=\"" + name + '"'));
+        EXPECT_TRUE(QFile::exists(TOOLKIT_FOLDER "/" + widget->includeFile()));
+        const QImage icon = widget->icon().pixmap(24, 24).toImage();
+        EXPECT_FALSE(icon.isNull() || icons.contains(icon)) << name.toStdString();
+        icons.append(icon);
+    }
+    EXPECT_EQ(icons.size(), 9);
+}
+
+} // namespace
