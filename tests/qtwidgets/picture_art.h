@@ -13,10 +13,10 @@ using Art = std::vector<std::string>;
 
 namespace art {
 
-inline const std::map<char, QRgb> kColours{{'.', 0},          {'R', 0xffff0000}, {'r', 0x80ff0000},
-                                           {'G', 0xff00ff00}, {'W', 0xffffffff}, {'K', 0xff000000},
-                                           {'w', 0xff7f7f7f}, {'d', 0xff7f0000}, {'g', 0xff007f00},
-                                           {'D', 0x807f0000}, {'s', 0x40000000}, {'S', 0xffbf0000}};
+inline const std::map<char, QRgb> kColours{
+    {'.', 0},          {'R', 0xffff0000}, {'r', 0x80ff0000}, {'G', 0xff00ff00}, {'W', 0xffffffff},
+    {'K', 0xff000000}, {'w', 0xff7f7f7f}, {'d', 0xff7f0000}, {'g', 0xff007f00}, {'F', 0x7fff0000},
+    {'f', 0x40ff0000}, {'s', 0x40000000}, {'S', 0xffbf0000}};
 
 inline QImage image(const Art& lines) {
     QImage image(int(lines[0].size()), int(lines.size()), QImage::Format_ARGB32);

@@ -83,13 +83,23 @@ TEST_F(Button, DerivesItsLooksPixelByPixel) {
         {__LINE__, red, QT_Button::Halo, kHovered, 2, square(4, 'R', 6, 'G'), {12, 8}},
         {__LINE__, normalTwice, QT_Button::Halo, kDisabled, 2, disabled.scaled(10, 8), {14, 12}},
     };
+    const std::function<void(QT_Button&)> looks[] = {
+        [](QT_Button& subject) { sendTo(subject, QEvent::Enter); },
+        [](QT_Button& subject) {
+            QTest::mousePress(&subject, Qt::LeftButton, {}, {10, 8});
+        },
+        [](QT_Button& subject) { subject.setEnabled(false); },
+        [](QT_Button& subject) { sendTo(subject, QEvent::Leave); },
+    };
     for (const auto& row : rows) {
         SCOPED_TRACE("row at line " + std::to_string(row.line));
         QT_Button subject;
         subject.setPicture(picture()); // whose looks are forgotten
         subject.resize(20, 16);
-        subject.setEnabled(false);
-        art::drawn(subject);
+        for (const auto& next : looks) {
+            next(subject);
+            art::drawn(subject);
+        }
         subject.setEnabled(true);
         QPixmap pixmap = QPixmap::fromImage(row.picture);
         pixmap.setDevicePixelRatio(row.ratio);
@@ -169,7 +179,9 @@ TEST_F(Button, HoversWhereTheHeldPointerIs) {
     button.setEnabled(false);
     button.setEnabled(true);
     EXPECT_EQ(art::drawn(button), hot) << "the pointer has not moved";
+    button.setEnabled(false);
     sendTo(button, QEvent::Leave);
+    button.setEnabled(true);
     EXPECT_NE(art::drawn(button), hot);
 }
 

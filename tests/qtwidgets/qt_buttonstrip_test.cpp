@@ -26,8 +26,8 @@ const QVector<QRect> kRects{{0, 0, 4, 4}, {6, 0, 4, 4}, {10, 0, 4, 4}};
 const Art kStrip{"RRRR..RRRR....", "RRRR..R..R.rr.", "RRRR..R..R.rr.", "RRRR..RRRR...."};
 const Art kFirstDown{"SSSS..RRRR....", "SSSS..R..R.rr.", "SSSS..R..R.rr.", "SSSS..RRRR...."};
 const Art kSecondDown{"RRRR..SSSS....", "RRRR..SssS.rr.", "RRRR..SssS.rr.", "RRRR..SSSS...."};
-const Art kDisabled{"dddd..dddd....", "dddd..d..d.DD.", "dddd..d..d.DD.", "dddd..dddd...."};
-const Art kFirstDisabled{"dddd..RRRR....", "dddd..R..R.rr.", "dddd..R..R.rr.", "dddd..RRRR...."};
+const Art kDisabled{"FFFF..FFFF....", "FFFF..F..F.ff.", "FFFF..F..F.ff.", "FFFF..FFFF...."};
+const Art kFirstDisabled{"FFFF..RRRR....", "FFFF..R..R.rr.", "FFFF..R..R.rr.", "FFFF..RRRR...."};
 
 QPixmap picture() { return QPixmap::fromImage(art::image(kStrip)); }
 
@@ -123,6 +123,7 @@ TEST_F(Strip, MakesNoPictureToDraw) {
 TEST_F(Strip, ClicksOnTheButtonThatWasPressed) {
     click(2);
     press(0);
+    QTest::mouseRelease(&strip, Qt::RightButton, {}, in(0));
     release(1);
     release(0);
     click(3);                                              // beside all

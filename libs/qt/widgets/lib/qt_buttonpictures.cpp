@@ -40,9 +40,7 @@ void changePixels(QImage& image, Change change) {
     }
 }
 
-QRgb halved(QRgb pixel, int alpha) {
-    return qRgba(qRed(pixel) >> 1, qGreen(pixel) >> 1, qBlue(pixel) >> 1, alpha);
-}
+QRgb halved(QRgb pixel) { return qRgb(qRed(pixel) >> 1, qGreen(pixel) >> 1, qBlue(pixel) >> 1); }
 
 void fillTransparentAround(QImage& image, int x, int y, int reach) {
     for (int row = y - reach; row <= y + reach; ++row) {
@@ -93,18 +91,19 @@ QPixmap pressed(const QPixmap& hot, const QPixmap& normal) {
     return picture;
 }
 
-QPixmap dimmed(const QPixmap& picture) {
+QPixmap faded(const QPixmap& picture) {
     QImage image = pixelsOf(picture);
-    changePixels(image, [](QRgb pixel) { return halved(pixel, qAlpha(pixel)); });
-    QPixmap dim = QPixmap::fromImage(image);
-    dim.setDevicePixelRatio(picture.devicePixelRatio());
-    return dim;
+    changePixels(image, [](QRgb pixel) {
+        return qRgba(qRed(pixel), qGreen(pixel), qBlue(pixel), qAlpha(pixel) >> 1);
+    });
+    QPixmap faint = QPixmap::fromImage(image);
+    faint.setDevicePixelRatio(picture.devicePixelRatio());
+    return faint;
 }
 
 QPixmap disabled(const QPixmap& picture) {
     QImage image = pixelsOf(picture);
-    changePixels(image,
-                 [](QRgb pixel) { return qAlpha(pixel) == 0 ? pixel : halved(pixel, 0xff); });
+    changePixels(image, [](QRgb pixel) { return qAlpha(pixel) == 0 ? pixel : halved(pixel); });
     return cutOut(image, picture);
 }
 

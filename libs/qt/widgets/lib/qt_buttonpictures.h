@@ -29,8 +29,8 @@ QPixmap withOutline(const QPixmap& picture);
 /// is kept.
 QPixmap pressed(const QPixmap& hot, const QPixmap& normal);
 
-/// Every pixel with halved colours.
-QPixmap dimmed(const QPixmap& picture);
+/// Every pixel half as opaque: fainter than the picture, be it on light or on dark.
+QPixmap faded(const QPixmap& picture);
 
 /// Every pixel that is not fully transparent, opaque and with halved colours; without
 /// what surrounds the result by Qt's heuristic: the colour of the corners, where it

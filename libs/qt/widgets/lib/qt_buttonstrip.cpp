@@ -58,7 +58,7 @@ QT_ButtonStrip::Images::Images(const QPixmap& picture, const QVector<QRect>& but
     : strip(picture) {
     if (!picture.isNull()) {
         down = makeDown(picture, buttons);
-        disabled = pictures::dimmed(picture);
+        disabled = pictures::faded(picture);
     }
     for (const QRect& rect : buttons)
         addButton(rect);

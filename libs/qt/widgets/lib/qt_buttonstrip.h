@@ -52,7 +52,7 @@ public:
         Images() = default;
 
         /// Makes the other pictures from the strip's: down, it is shaded within the
-        /// buttons by a quarter; disabled, its colours are halved.
+        /// buttons by a quarter; disabled, it is half as opaque.
         Images(const QPixmap& picture, const QVector<QRect>& buttons);
 
         /// Adds a button's rectangle.
