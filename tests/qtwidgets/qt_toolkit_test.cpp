@@ -69,9 +69,9 @@ TEST(Toolkit, PropertiesTellOfTheirChanges) {
 /// The states of an interface, as letters.
 std::string statesOf(const QAccessibleInterface& access) {
     const QAccessible::State state = access.state();
-    const std::pair<bool, char> letters[] = {{state.focusable, 'f'}, {state.checkable, 'c'},
-                                             {state.checked, 'x'},   {state.pressed, 'p'},
-                                             {state.linked, 'l'},    {state.disabled, 'd'}};
+    const std::pair<bool, char> letters[] = {
+        {state.focusable, 'f'}, {state.focused, 'F'}, {state.checkable, 'c'}, {state.checked, 'x'},
+        {state.pressed, 'p'},   {state.linked, 'l'},  {state.disabled, 'd'}};
     std::string text;
     for (const auto& [set, letter] : letters)
         text += set ? std::string(1, letter) : "";
@@ -86,8 +86,12 @@ TEST(Toolkit, ScreenReadersAreToldWhatEachIs) {
     form.strip->setButtonShortcut(0, QKeySequence("Ctrl+L"));
     form.strip->setChecked(0, true);
     form.strip->setButtonEnabled(1, false);
-    form.show();
     NS_QT::InfoButton untitled(&form);
+    form.show();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&form));
+    form.strip->setFocus();
+    QTest::keyPress(form.strip, Qt::Key_Space);
+    QTest::mousePress(form.button, Qt::LeftButton, {}, {8, 8});
     const QString press = QAccessibleActionInterface::pressAction();
     const struct {
         QObject* object;
@@ -97,9 +101,9 @@ TEST(Toolkit, ScreenReadersAreToldWhatEachIs) {
         const char* states;
         bool canBePressed;
     } rows[] = {
-        {form.button, -1, QAccessible::Button, "Play", "f", true},
-        {form.strip, -1, QAccessible::ToolBar, "Mode", "f", false},
-        {form.strip, 0, QAccessible::CheckBox, "Loop", "fcx", true},
+        {form.button, -1, QAccessible::Button, "Play", "fp", true},
+        {form.strip, -1, QAccessible::ToolBar, "Mode", "fF", false},
+        {form.strip, 0, QAccessible::CheckBox, "Loop", "fFcxp", true},
         {form.strip, 1, QAccessible::CheckBox, "Button 2", "fcd", true},
         {form.link, -1, QAccessible::Link, "Open the manual", "fl", true},
         {form.plain, -1, QAccessible::StaticText, "Offline", "", false},
