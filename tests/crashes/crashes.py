@@ -131,6 +131,8 @@ ROWS = [
     Row("exception_heap_locked", platform=LINUX, **THROWN,
         why="it is thrown on, and a dump has the stack of that"),
     Row("exception_heap_locked", "crashing::", code="e0435050", platform=WINDOWS, why="as above"),
+    Row("loader_locked", "", platform=WINDOWS, reason="the time for it was over", record=False,
+        why="DbgHelp needs the system's loader, no report of Linux does"),
     Row("output_locked"),
     Row("exception_output_locked", **THROWN),
     Row("log_locked"),

@@ -281,6 +281,7 @@ const std::map<std::string_view, void (*)()> kCrashes = {
     {"heap_locked", [] { whileAnotherThread(lockHeap); }},
     {"heap_kept", [] { lockHeap(), core::deliberateFault(); }},
     {"exception_heap_locked", throwWithHeapLocked},
+    {"loader_locked", [] { whileAnotherThread(lockLoader); }},
     {"output_locked", [] { whileAnotherThread(lockOutput); }},
     {"exception_output_locked", [] { whileAnotherThread(lockOutput, throwException); }},
     {"log_locked", [] { whileAnotherThread(lockLog); }},

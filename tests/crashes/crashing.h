@@ -16,6 +16,7 @@ void runGeneratedCode();
 
 /// For this thread, and never given back.
 void lockHeap();
+void lockLoader();
 void lockOutput();
 
 void useUpMemory();

@@ -75,6 +75,8 @@ void lockHeap() {
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
 }
 
+void lockLoader() {} // no dump needs it
+
 void lockOutput() { flockfile(stdout); }
 
 void useUpMemory() {

@@ -49,6 +49,14 @@ void runGeneratedCode() {
 
 void lockHeap() { HeapLock(GetProcessHeap()); }
 
+void lockLoader() {
+    using Lock = LONG(NTAPI*)(ULONG, ULONG*, ULONG_PTR*);
+    const auto lock = reinterpret_cast<Lock>(reinterpret_cast<void (*)()>(
+        GetProcAddress(GetModuleHandleA("ntdll.dll"), "LdrLockLoaderLock")));
+    ULONG_PTR cookie = 0;
+    lock(0, nullptr, &cookie);
+}
+
 void lockOutput() { _lock_file(stdout); }
 
 void useUpMemory() {
