@@ -52,7 +52,7 @@ protected:
 
 /// A square of one colour, framed by another.
 QImage square(int edge, char colour, int frame = 0, char around = '.') {
-    const size_t width = size_t(edge + 2 * frame);
+    const size_t width = size_t(edge) + 2 * size_t(frame);
     Art lines(width, std::string(width, around));
     for (size_t y = size_t(frame); y < width - size_t(frame); ++y)
         lines[y].replace(size_t(frame), size_t(edge), size_t(edge), colour);

@@ -4,6 +4,8 @@
 #include "kern_servermanagers.h"
 #include "kern_timerinterface.h"
 
+#include <gtest/gtest.h>
+
 #include <string>
 #include <vector>
 
@@ -21,7 +23,10 @@ struct ScriptedTimers : kern::TimerManager {
     void killTimer(int64_t id, kern::TimerInterface*) override {
         calls.push_back(core::format("kill %d", id));
     }
-    void expire() { lastOwner->timerExpired(nextId); }
+    void expire() {
+        ASSERT_NE(lastOwner, nullptr);
+        lastOwner->timerExpired(nextId);
+    }
 
     std::vector<std::string> calls;
     kern::TimerInterface* lastOwner = nullptr;
