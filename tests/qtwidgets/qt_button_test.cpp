@@ -176,6 +176,7 @@ TEST_F(Button, HoversWhereTheHeldPointerIs) {
     release({5, 15});
     button.setHotStyle(QT_Button::Halo);
     const QImage hot = art::drawn(button);
+    press();
     button.setEnabled(false);
     button.setEnabled(true);
     EXPECT_EQ(art::drawn(button), hot) << "the pointer has not moved";

@@ -263,6 +263,7 @@ TEST_F(Strip, TellsWhatItsButtonsDo) {
     const auto& modes = QT_ButtonStrips::definition(QT_ButtonStrips::PlayMode);
     EXPECT_STREQ(modes.file, "playmode.but");
     strip.setButtonToolTips(modes.toolTips().mid(0, 2));
+    strip.setButtonToolTip(3, "no such button");
     window.show();
     for (const int index : {2, 3, 1, 0}) {
         QHelpEvent event(QEvent::ToolTip, in(index), strip.mapToGlobal(in(index)));

@@ -129,6 +129,11 @@ TEST(Toolkit, ScreenReadersAreToldWhatEachIs) {
             EXPECT_EQ(actions->keyBindingsForAction(press).size(), 1);
         }
     }
+    const QString focus = QAccessibleActionInterface::setFocusAction();
+    for (QWidget* const widget : std::initializer_list<QWidget*>{form.button, form.link}) {
+        QAccessible::queryAccessibleInterface(widget)->actionInterface()->doAction(focus);
+        EXPECT_TRUE(widget->hasFocus());
+    }
 }
 
 std::vector<std::string> told;
