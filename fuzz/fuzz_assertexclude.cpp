@@ -2,6 +2,7 @@
 // stand in it are on it.
 
 #include "fuzz_input.h"
+#include "fuzz_textfile.h"
 #include "internal/core_assertexclude.h"
 
 #include <string>

@@ -1,10 +1,15 @@
 // Random formats against random kinds of arguments, mismatches included: whatever is
 // asked, a text comes out, and each conversion that fits prints what it prints alone.
+// Doubles print as the runtime library prints them, whatever their bits.
 
 #include "core_check.h"
 #include "core_varargs.h"
 #include "fuzz_input.h"
 
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdio>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -54,6 +59,17 @@ std::string formatAll(const std::string& format, const std::vector<core::FormatA
     return out;
 }
 
+void printsDoublesAsTheRuntimeDoes(fuzz::Input input) {
+    constexpr std::array kDirectives{"%f", "%.0f", "%e", "%.17E", "%.1g", "%.40G", "%a", "%.2A"};
+    const char* const directive = kDirectives[input.byte() % kDirectives.size()];
+    const auto value = std::bit_cast<double>(input.number());
+    if (std::isnan(value)) // whose sign not every runtime prints
+        return;
+    std::array<char, 24> text{};                               // where it is cut
+    std::snprintf(text.data(), text.size(), directive, value); // NOLINT
+    fuzz::require(formatAll(directive, {value}) == text.data());
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -78,5 +94,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     if (format.find('%') == std::string::npos)
         fuzz::require(text == format && (failedChecks != 0) == !args.empty());
+    printsDoublesAsTheRuntimeDoes({data, size});
     return 0;
 }

@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <utility>
 
 namespace fuzz {
 
@@ -45,23 +44,6 @@ private:
 
     const uint8_t* d_data;
     size_t d_size;
-};
-
-/// A text as a file to read from.
-class TextFile {
-public:
-    explicit TextFile(std::string text)
-        : d_text(std::move(text) + '\n'), // not empty, which fmemopen may refuse
-          d_file(fmemopen(d_text.data(), d_text.size(), "r")) {}
-    ~TextFile() { std::fclose(d_file); }
-    TextFile(const TextFile&) = delete;
-    TextFile& operator=(const TextFile&) = delete;
-
-    FILE* get() { return d_file; }
-
-private:
-    std::string d_text;
-    FILE* d_file;
 };
 
 /// What must hold; the fuzzer keeps the input that broke it.

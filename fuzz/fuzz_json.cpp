@@ -6,8 +6,6 @@
 #include "markup_traces.h"
 #include "textmarkup_jsonwriter.h"
 
-#include <sanitizer/lsan_interface.h>
-
 #include <limits>
 #include <string>
 
@@ -73,22 +71,30 @@ std::string writtenAgain(const std::string& document) {
     }
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string document(data, data + size);
+void readsWhatPeersDo(const std::string& document) {
     if (isRefused(test::traceJson(document))) {
         fuzz::require(!isRefused(test::traceJson(writtenAgain(document))));
-        return 0;
+        return;
     }
     const std::string again = writtenAgain(document);
     fuzz::require(!isRefused(test::traceJson(again)) && writtenAgain(again) == again);
     if (isForPeers(document)) {
-        const __lsan::ScopedDisabler qtForgetsRepeatedMembers;
         textmarkup::JsonReader reader(document);
         const QJsonValue ours = test::toQt(reader, reader.next());
         const QJsonDocument qt = QJsonDocument::fromJson(test::bytesOf(document));
         fuzz::require(qt.isArray() ? ours == qt.array() : ours == qt.object());
     }
+}
+
+} // namespace
+
+// Called by the leak check: Qt forgets members that are repeated.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions() { return "leak:libQt5Core.so\n"; }
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string text(data, data + size);
+    readsWhatPeersDo(text);
+    readsWhatPeersDo("[1" + text + "]");
     return 0;
 }

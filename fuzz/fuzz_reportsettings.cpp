@@ -3,6 +3,7 @@
 
 #include "core_reportsettings.h"
 #include "fuzz_input.h"
+#include "fuzz_textfile.h"
 
 #include <string>
 

@@ -1,4 +1,4 @@
-// The tokenizer against its rules written down one character at a time.
+// The tokenizer against its rules written down one character at a time. At its end it stays.
 
 #include "core_tokenizer.h"
 #include "fuzz_input.h"
@@ -56,8 +56,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     std::vector<std::string> tokens;
     core::Tokenizer tokenizer(text, rules);
-    for (std::string_view token; tokenizer.next(token);)
+    std::string_view token = "untouched";
+    while (tokenizer.next(token))
         tokens.emplace_back(token);
     fuzz::require(tokens == byTheRules(text, rules));
+    fuzz::require(token == (tokens.empty() ? "untouched" : tokens.back()));
+    fuzz::require(!tokenizer.next(token));
     return 0;
 }

@@ -53,7 +53,9 @@ void writesWhatIsRead(fuzz::Input input) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    readsAsQtDoes({data, data + size});
+    const std::string text(data, data + size);
+    readsAsQtDoes(text);
+    readsAsQtDoes("<r>" + text + "</r>");
     writesWhatIsRead({data, size});
     return 0;
 }

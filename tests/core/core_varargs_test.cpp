@@ -2,13 +2,10 @@
 
 #include "check_recorder.h"
 
-#include <bit>
 #include <clocale>
-#include <cstdio>
 #include <functional>
 #include <gtest/gtest.h>
 #include <limits>
-#include <random>
 #include <vector>
 
 namespace {
@@ -129,26 +126,6 @@ TEST(Format, CompilerAndEngineAgree) {
                 }
             }
         }
-    }
-}
-
-std::string byRuntime(const char* directive, double value) {
-    char text[24];
-    std::snprintf(text, sizeof text, directive, value); // NOLINT
-    return text;
-}
-
-// Doubles print as the runtime library prints them, whatever their bits.
-TEST(FormatFloats, AgreeWithTheRuntimeLibrary) {
-    std::mt19937_64 random(20220329);
-    const char* const directives[] = {"%f", "%.0f", "%e", "%.17E", "%.1g", "%.40G", "%a", "%.2A"};
-    for (int round = 0; round < 4000; ++round) {
-        const uint64_t bits = random();
-        auto value = std::bit_cast<double>(bits);
-        if (round % 2 == 0)
-            value = static_cast<double>(static_cast<int64_t>(bits) >> 40) / 1000;
-        for (const char* directive : directives)
-            ASSERT_EQ(format(runtime(directive), value), byRuntime(directive, value)) << directive;
     }
 }
 
