@@ -78,19 +78,6 @@ TEST(Receiver, ShowsWhatArrivesAndSurvivesTheRest) {
     EXPECT_THAT(collector.folder.names(), testing::ElementsAre("failures.jsonl", "index.html"));
 }
 
-TEST(Receiver, EndsAfterOneReportWhereThatIsAsked) {
-    Collector collector;
-    collector.options.once = true;
-    ASSERT_TRUE(collector.receiver.start());
-    core::Udp4Socket sender;
-    ASSERT_TRUE(sender.open());
-    for (const char* message : {"one", "two"})
-        EXPECT_TRUE(sender.send("127.0.0.1", static_cast<uint32_t>(collector.receiver.port()),
-                                documentOf(message)));
-    collector.loop.run();
-    EXPECT_EQ(collector.receiver.counts().reports, 1U);
-}
-
 /// Fails a check in the program that receives on `address` and reports to 127.0.0.1.
 void failWhileReceiving(const std::string& address, bool reportsToItself) {
     const test::WorkingFolder folder;

@@ -68,7 +68,8 @@ TEST_F(AssertTest, LockedHandlersStay) {
     EXPECT_TRUE(core::Assert::setConsoleHandler());
     core::Assert::lockHandler(true);
     EXPECT_FALSE(core::Assert::setFailureHandler(core::alertDefault));
-    EXPECT_EQ(core::failureHandler(), core::consoleHandler);
+    const test::Output output = test::captureOutput([] { CHECKF_AT(kSite, false, "100% bad"); });
+    EXPECT_EQ(output.out + output.err, "GASSERT failed at some_module.cpp:7 (100% bad)\n");
     EXPECT_THAT(log.take(), ElementsAre("WARN core::Assert::setFailureHandler - handler locked"));
     core::Assert::lockHandler(false);
     EXPECT_TRUE(core::Assert::setFailureHandler(nullptr));

@@ -63,11 +63,4 @@ TEST(Check, HandlersThatFailThemselvesComeToAnEnd) {
     }
 }
 
-TEST(ConsoleHandler, PrintsTheMessageAndContinues) {
-    const test::Output output = test::captureOutput(
-        [] { EXPECT_FALSE(core::consoleHandler("condition", "file.cpp", 12, 0, "100% bad")); });
-    EXPECT_EQ(output.out, "");
-    EXPECT_EQ(output.err, "GASSERT failed at file.cpp:12 (100% bad)\n");
-}
-
 } // namespace

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <regex>
 #include <thread>
 
 namespace {
@@ -25,18 +26,6 @@ struct Installed {
     core::FileLogImpl* log; // the master logger's
 };
 
-/// The text with a '0' for each number.
-std::string shapeOf(const std::string& text) {
-    std::string shape;
-    for (const char ch : text) {
-        if (ch < '0' || ch > '9')
-            shape += ch == '-' && shape.ends_with(' ') ? '+' : ch; // west, as east
-        else if (!shape.ends_with('0'))
-            shape += '0';
-    }
-    return shape;
-}
-
 TEST(FileLog, WritesLinesThatNoTextCanForge) {
     const test::TempFolder folder;
     const std::string path = folder / "a.log";
@@ -45,15 +34,9 @@ TEST(FileLog, WritesLinesThatNoTextCanForge) {
     EXPECT_EQ(test::readFile(path), "") << "only CRIT and WARN are urgent";
     core::Logger logger(7);
     core::logText(logger, core::kChannelWarn, "two\nthree\x1b[31m\r\t");
-    std::string text = test::readFile(path);
-    for (size_t begin = 0; begin < text.size(); begin = text.find('\n', begin) + 1) {
-        const size_t end = text.find("] ", begin); // of date, zone and thread
-        if (end != std::string::npos)
-            text.replace(begin, end - begin, shapeOf(text.substr(begin, end - begin)));
-    }
-    EXPECT_EQ(text, "0-0-0 0:0:0.0 +0 [0] INFO one\n"
-                    "0-0-0 0:0:0.0 +0 [0] WARN {7} two\n"
-                    "\tthree?[31m?\t\n");
+    const std::regex head(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d+ [+-]\d{4} \[\d+\])");
+    EXPECT_EQ(std::regex_replace(test::readFile(path), head, "HEAD"),
+              "HEAD INFO one\nHEAD WARN {7} two\n\tthree?[31m?\t\n");
 }
 
 TEST(FileLog, LosesNothingWhenThreadsMeetARotation) {

@@ -68,6 +68,7 @@ TEST(Logger, CollectorsTakeChannelZeroUpToTheirLimit) {
     const std::string a(20, 'a'); // beyond what a string keeps in itself
     for (const std::string& text : {std::string(), a, std::string("b")})
         core::logText(logger, core::kChannelString, text);
+    unlimited.text.shrink_to_fit(); // so that it moves as it grows
     core::logText(logger, core::kChannelString, unlimited.text);
     logger.removeCollector(&unlimited);
     core::logText(logger, core::kChannelString, "d");

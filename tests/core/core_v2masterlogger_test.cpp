@@ -30,6 +30,7 @@ std::string faultText(int number) {
 constexpr const char* kOfWorker = "of the worker";
 
 void ignore(const std::string&) {}
+void warn(const char* text) { core::logText(core::kChannelWarn, text); }
 
 /// An implementation whose own thread logs, and is inside of it nearly always; it must not
 /// be destroyed meanwhile.
@@ -100,28 +101,23 @@ TEST_F(MasterLog, LinesOfEnabledChannelsReachTheImplementation) {
                                     "0 NORM switched", "0 OWN finished texts pass"));
 }
 
-TEST_F(MasterLog, EchoShowsChannelIdAndText) {
+TEST_F(MasterLog, StandardOutputShowsEchoesAndChannelsThatAreNone) {
     core::Logger logger(42);
     const int32_t channel = MasterLogger::defineChannel("ABCDEFGHIJKLMNOPQ", "1;34;56");
     MasterLogger::setChannelEcho(channel, true);
     const test::Output output = captureOutput([&] {
         core::logText(logger, core::kChannelCrit, "with id");
-        core::logText(core::kChannelWarn, "elsewhere");
+        warn("elsewhere");
         core::logf(channel, "cut");
-    });
-    EXPECT_EQ(output.out, "[CRIT] {42} with id\n[ABCDEFGHIJKLMNO] cut\n");
-    MasterLogger::setChannelEcho(channel, false);
-    EXPECT_FALSE(core::channelEnabled(channel));
-}
-
-TEST_F(MasterLog, ChannelNumbersOutOfRangeAreFaults) {
-    const test::Output output = captureOutput([] {
+        MasterLogger::setChannelEcho(channel, false);
+        core::logf(channel, "off");
         MasterLogger::setChannelEnabled(0, true);
         MasterLogger::setChannelEnabled(1024, true);
         core::logText(1000, "100% text");
         core::logText(-3, "t");
     });
-    EXPECT_EQ(output.out, faultText(638) + faultText(638) + faultText(387) + "[1000??] 100% text" +
+    EXPECT_EQ(output.out, "[CRIT] {42} with id\n[ABCDEFGHIJKLMNO] cut\n" + faultText(638) +
+                              faultText(638) + faultText(387) + "[1000??] 100% text" +
                               faultText(387) + "[-3??] t");
 }
 
@@ -135,8 +131,7 @@ TEST_F(MasterLog, LoggingFromInsideIsRefusedOnceAndOnlyOnceLong) {
     MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(logInside));
     const ScriptedObserver observer({core::kChannelWarn}, logInside);
     for (int i = 0; i < 2; ++i) { // the thread must not stay mute
-        const test::Output output =
-            captureOutput([] { core::logText(core::kChannelWarn, "outside"); });
+        const test::Output output = captureOutput([] { warn("outside"); });
         EXPECT_EQ(output.err, refused + refused);
         EXPECT_EQ(output.out, "[CRIT] inside\n[CRIT] inside\n");
         EXPECT_THAT(take(), ElementsAre("0 WARN outside", "WARN outside"));
@@ -144,15 +139,10 @@ TEST_F(MasterLog, LoggingFromInsideIsRefusedOnceAndOnlyOnceLong) {
 }
 
 TEST_F(MasterLog, ReplacedImplementationCannotLogAnyMore) {
-    const auto farewell = [] { core::logText(core::kChannelWarn, "farewell"); };
-    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(note(), farewell));
-    const auto install = [this] {
-        MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(note()));
-    };
-    EXPECT_EQ(captureOutput(install).out, "MasterLogger:implLog - log while setting impl\n"
-                                          "  <[WARN] {0} farewell>\n");
-    core::logText(core::kChannelWarn, "after");
-    EXPECT_THAT(take(), ElementsAre("0 WARN after"));
+    MasterLogger::setImplementation(
+        std::make_unique<ScriptedImpl>(ignore, [] { warn("farewell"); }));
+    EXPECT_EQ(captureOutput([] { MasterLogger::setImplementation(nullptr); }).out,
+              "MasterLogger:implLog - log while setting impl\n  <[WARN] {0} farewell>\n");
 }
 
 TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
@@ -173,12 +163,12 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
         [&] { const core::Globals globals(impl(ignore)); },
         [&] { // from inside of itself
             MasterLogger::setImplementation(impl(replaceAndStay));
-            core::logText(core::kChannelWarn, "now");
+            warn("now");
         },
         [&] { // from an observer
             MasterLogger::setImplementation(impl(ignore));
             const ScriptedObserver observer({core::kChannelWarn}, replace);
-            core::logText(core::kChannelWarn, "now");
+            warn("now");
         },
         [&] { // from a destructor
             MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(
@@ -203,7 +193,7 @@ TEST_F(MasterLog, ObserversSeeTheirChannelsInOrderAfterTheImplementation) {
         ScriptedObserver second({core::kChannelInfo, core::kChannelNorm}, note("second "));
         second.watch(core::kChannelWarn);
         second.unwatch(core::kChannelInfo);
-        core::logText(core::kChannelWarn, "w");
+        warn("w");
         core::logText(core::kChannelInfo, "i");
         core::logf(core::kChannelNorm, "n");
     }
@@ -225,7 +215,7 @@ TEST_F(MasterLog, ObserverMayUnregisterOthersAndDestroyItself) {
         seen.push_back("suicidal " + line);
         suicidal.reset();
     });
-    const auto log = [] { core::logText(core::kChannelWarn, "t"); };
+    const auto log = [] { warn("t"); };
     EXPECT_EQ(captureOutput(log).out, faultText(785));
     MasterLogger::registerObserver(&first);
     EXPECT_EQ(captureOutput(log).out, "");
@@ -247,7 +237,7 @@ TEST_F(MasterLog, ExceptionsStayWhereTheyAre) {
     core::logRepeated("rule", core::kChannelWarn, "key",
                       []() -> std::string { throw std::runtime_error("no text"); });
     for (int i = 0; i < 2; ++i) { // nothing stays busy
-        core::logText(core::kChannelWarn, "t");
+        warn("t");
         EXPECT_THAT(take(), ElementsAre("0 WARN t", "WARN t", "second WARN t"));
     }
 }
@@ -257,7 +247,7 @@ TEST_F(MasterLog, HistoryKeepsTheLastFourHundredLines) {
     MasterLogger::enableHistory(true);
     for (int i = 1; i <= 401; ++i)
         core::logf(core::kChannelInfo, "%d", i);
-    core::logText(core::kChannelWarn, "not kept");
+    warn("not kept");
     MasterLogger::setHistory(core::kChannelInfo, false);
     const std::vector<core::HistoryEntry> history = MasterLogger::history();
     ASSERT_EQ(history.size(), 400U);

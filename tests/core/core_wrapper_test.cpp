@@ -24,13 +24,18 @@ TEST(Wrapper, KnowsTheExecutableItRunsIn) {
     EXPECT_EQ(core::Wrapper::executablePath(5), path.substr(0, 5));
 }
 
-TEST(Wrapper, OpensFilesWithUtf8NamesAndEitherSeparator) {
+TEST(Wrapper, OpensAndDeletesFilesWithUtf8NamesAndEitherSeparator) {
     const test::TempFolder folder;
-    FILE* file = core::Wrapper::fopen(folder.path() + "\\Größe 設定", "wb");
+    const std::string path = folder.path() + "\\Größe 設定";
+    FILE* file = core::Wrapper::fopen(path, "wb");
     ASSERT_NE(file, nullptr);
     std::fputs("a\n", file);
     std::fclose(file);
     EXPECT_EQ(test::readFile(folder / "Größe 設定"), "a\n");
+    std::filesystem::permissions(test::systemPath(folder / "Größe 設定"),
+                                 std::filesystem::perms::owner_read);
+    EXPECT_EQ(core::Wrapper::unlink(path), 0);
+    EXPECT_THAT(folder.names(), testing::IsEmpty());
 }
 
 TEST(Wrapper, ReportsWhatCannotBeConverted) {
@@ -47,15 +52,6 @@ TEST(Wrapper, ReportsWhatCannotBeConverted) {
     std::string text;
     EXPECT_FALSE(core::Wrapper::toUtf8(half, text));
     EXPECT_THAT(log.take(), ElementsAre("WARN toUtf8 conversion failed"));
-}
-
-TEST(Unlink, DeletesFilesAlsoReadOnlyOnes) {
-    const test::TempFolder folder;
-    const auto path = test::systemPath(folder / "Größe");
-    test::writeFile(folder / "Größe", "x");
-    std::filesystem::permissions(path, std::filesystem::perms::owner_read);
-    EXPECT_EQ(core::Wrapper::unlink(folder.path() + "\\Größe"), 0);
-    EXPECT_FALSE(std::filesystem::exists(path));
 }
 
 TEST(Unlink, ConvertsItsPathInWideModeOnly) {

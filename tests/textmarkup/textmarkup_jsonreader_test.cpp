@@ -1,5 +1,6 @@
 #include "textmarkup_jsonreader.h"
 
+#include "expect_traces.h"
 #include "markup_traces.h"
 
 #include <gtest/gtest.h>
@@ -9,68 +10,57 @@ namespace {
 using textmarkup::Event;
 using textmarkup::JsonReader;
 
-struct Row {
-    int line;
-    std::string document;
-    std::string trace;
-};
-
 TEST(JsonReader, ReadsValues) {
-    const Row rows[] = {
-        {__LINE__, "\uFEFF\t[ ]\r\n", "[]"},
-        {__LINE__, R"({"a":1,"":[true,false,null],"a":{"b":"c"}})",
-         "{a:1,[true,false,null],a:{b:'c'}}"},
-        {__LINE__, "-0.5e+10", "-0.5e+10"},
-        {__LINE__,
-         R"("\"\\\/\b\f\n\r\t\u00e9\uD83D\ude00 é/)"
+    const Traces rows = {
+        {"\uFEFF\t[ ]\r\n", "[]"},
+        {R"({"a":1,"":[true,false,null],"a":{"b":"c"}})", "{a:1,[true,false,null],a:{b:'c'}}"},
+        {"-0.5e+10", "-0.5e+10"},
+        {R"("\"\\\/\b\f\n\r\t\u00e9\uD83D\ude00 é/)"
          "\x7F\"",
          "'\"\\/\b\f\n\r\té\U0001F600 é/\x7F'"},
-        {__LINE__, R"(["\ud83d","\ude00\ud83d","\ud83d\u0041","\ud83d\n"])",
+        {R"(["\ud83d","\ude00\ud83d","\ud83d\u0041","\ud83d\n"])",
          "['\uFFFD','\uFFFD\uFFFD','\uFFFDA','\uFFFD\n']"},
-        {__LINE__, R"({"\u0061\n":0})", "{a\n:0}"},
+        {R"({"\u0061\n":0})", "{a\n:0}"},
     };
-    for (const auto& [line, document, trace] : rows)
-        EXPECT_EQ(test::traceJson(document), trace) << "row at line " << line;
+    expectTraces(test::traceJson, rows);
 }
 
 TEST(JsonReader, TellsWhereAndWhyItStops) {
-    const Row rows[] = {
-        {__LINE__, " ", "line 1, column 2: a value is missing"},
-        {__LINE__, "1\n 2", "line 2, column 2: something follows the value"},
-        {__LINE__, "01", "line 1, column 2: something follows the value"},
-        {__LINE__, "[1,]", "line 1, column 4: no value begins so"},
-        {__LINE__, "[\"é\" 2]", "line 1, column 6: ',' or ']' is missing"},
-        {__LINE__, "[", "line 1, column 2: a value is missing"},
-        {__LINE__, "{1:2}", "line 1, column 2: a name in double quotes is missing"},
-        {__LINE__, "{\"a\" 1}", "line 1, column 6: ':' is missing behind the name"},
-        {__LINE__, "{\"a\":1]", "line 1, column 7: ',' or '}' is missing"},
-        {__LINE__, "{\"a\":1,}", "line 1, column 8: a name in double quotes is missing"},
-        {__LINE__, "[True]", "line 1, column 2: the word 'True' is no value"},
-        {__LINE__, "1.", "line 1, column 3: a digit is missing behind the point"},
-        {__LINE__, "1e+", "line 1, column 4: a digit is missing in the exponent"},
-        {__LINE__, "\"\n\"", "line 1, column 2: a control character stands in a string"},
-        {__LINE__, "\"a\\", "line 1, column 3: a backslash begins no escape"},
-        {__LINE__, "\"\\u00g0\"", "line 1, column 2: a backslash begins no escape"},
-        {__LINE__, "[\"abc", "line 1, column 2: a string does not end"},
-        {__LINE__, "\"\xED\xA0\x80\"", "line 1, column 2: a byte is not part of UTF-8"},
-        {__LINE__, "\xFF\xFE[",
+    const Traces rows = {
+        {" ", "line 1, column 2: a value is missing"},
+        {"1\n 2", "line 2, column 2: something follows the value"},
+        {"01", "line 1, column 2: something follows the value"},
+        {"[1,]", "line 1, column 4: no value begins so"},
+        {"[\"é\" 2]", "line 1, column 6: ',' or ']' is missing"},
+        {"[", "line 1, column 2: a value is missing"},
+        {"{1:2}", "line 1, column 2: a name in double quotes is missing"},
+        {"{\"a\" 1}", "line 1, column 6: ':' is missing behind the name"},
+        {"{\"a\":1]", "line 1, column 7: ',' or '}' is missing"},
+        {"{\"a\":1,}", "line 1, column 8: a name in double quotes is missing"},
+        {"[True]", "line 1, column 2: the word 'True' is no value"},
+        {"1.", "line 1, column 3: a digit is missing behind the point"},
+        {"1e+", "line 1, column 4: a digit is missing in the exponent"},
+        {"\"\n\"", "line 1, column 2: a control character stands in a string"},
+        {"\"a\\", "line 1, column 3: a backslash begins no escape"},
+        {"\"\\u00g0\"", "line 1, column 2: a backslash begins no escape"},
+        {"[\"abc", "line 1, column 2: a string does not end"},
+        {"\"\xED\xA0\x80\"", "line 1, column 2: a byte is not part of UTF-8"},
+        {"\xFF\xFE[",
          "line 1, column 1: the document is in UTF-16 or UTF-32, and only UTF-8 is read"},
     };
-    for (const auto& [line, document, trace] : rows)
-        EXPECT_EQ(test::traceJson(document), trace) << "row at line " << line;
+    expectTraces(test::traceJson, rows);
 }
 
 TEST(JsonReader, KeepsToItsLimits) {
     const textmarkup::Limits limits{.depth = 2, .text = 3};
-    const Row rows[] = {
-        {__LINE__, R"([[],{"123":"123"},123])", "[[],{123:'123'},123]"},
-        {__LINE__, "[[[]]]", "line 1, column 3: more than 2 levels are open"},
-        {__LINE__, R"(["123\n"])", "line 1, column 2: a text is longer than 3 bytes"},
-        {__LINE__, R"({"1234":1})", "line 1, column 2: a text is longer than 3 bytes"},
-        {__LINE__, "1234", "line 1, column 1: a text is longer than 3 bytes"},
+    const Traces rows = {
+        {R"([[],{"123":"123"},123])", "[[],{123:'123'},123]"},
+        {"[[[]]]", "line 1, column 3: more than 2 levels are open"},
+        {R"(["123\n"])", "line 1, column 2: a text is longer than 3 bytes"},
+        {R"({"1234":1})", "line 1, column 2: a text is longer than 3 bytes"},
+        {"1234", "line 1, column 1: a text is longer than 3 bytes"},
     };
-    for (const auto& [line, document, trace] : rows)
-        EXPECT_EQ(test::traceJson(document, limits), trace) << "row at line " << line;
+    expectTraces(test::traceJson, rows, limits);
 }
 
 TEST(JsonReader, YieldsNumbers) {

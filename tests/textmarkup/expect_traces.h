@@ -1,0 +1,18 @@
+#pragma once
+
+#include "textmarkup_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Documents, and what a reader tells of them.
+using Traces = std::vector<std::pair<std::string, std::string>>;
+
+template <typename Trace>
+void expectTraces(Trace trace, const Traces& rows, const textmarkup::Limits& limits = {}) {
+    for (const auto& [document, expected] : rows)
+        EXPECT_EQ(trace(document, limits), expected) << testing::PrintToString(document);
+}
