@@ -42,7 +42,7 @@ core::FormatArg makeArgument(fuzz::Input& input, std::vector<std::string>& texts
     case 5:
         return static_cast<double>(static_cast<int64_t>(number)) / 1000;
     case 6:
-        return reinterpret_cast<const void*>(static_cast<uintptr_t>(number));
+        return reinterpret_cast<const void*>(static_cast<uintptr_t>(number)); // NOLINT
     case 7:
         return static_cast<const char*>(nullptr);
     case 8:
