@@ -12,8 +12,8 @@ namespace core {
 /// Both are part of the interface (people exclude and search by them), so sites
 /// with fixed numbers are named constants beside the code they belong to.
 struct CheckSite {
-    const char* file;
-    int32_t line;
+    const char* file; ///< without folders
+    int32_t line;     ///< as reports name it
 };
 
 /// Takes the condition's text (null is allowed), the site, the check's level and
@@ -26,6 +26,7 @@ using FailureHandler = bool (*)(const char* condition, const char* file, int32_t
 /// The handler in the check slot; `failDefault` at start, never null.
 FailureHandler failureHandler();
 
+/// How deep failed checks within their handler are reported, see FailureHandler.
 inline constexpr int32_t kMaxNestedFailures = 16;
 
 /// A check of level L runs only while the assertion level is at least L. It is 1
@@ -62,6 +63,7 @@ struct ThreadFlags {
     bool inWrite;     ///< inside the master logger's write path
     int32_t failures; ///< inside of the handler of so many failed checks
 };
+/// Of the calling thread.
 ThreadFlags& threadFlags();
 
 namespace detail {

@@ -11,10 +11,12 @@ namespace core {
 /// texts, which stay where they are when it is moved.
 class Arguments {
 public:
+    /// The program's name comes first.
     explicit Arguments(std::vector<std::string> texts);
     Arguments(Arguments&&) = default;
     Arguments& operator=(Arguments&&) = default;
 
+    /// Without the NULL at the end.
     int count() const { return static_cast<int>(d_texts.size()); }
     /// Valid as long as the object that holds the texts.
     char** values() { return d_values.data(); }

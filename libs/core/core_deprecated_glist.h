@@ -82,6 +82,7 @@ public:
         return true;
     }
 
+    /// Removes all items, and deletes those that the list owns.
     void clear() {
         while (d_head != nullptr)
             removeNode(d_head);

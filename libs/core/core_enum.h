@@ -20,6 +20,7 @@ namespace core {
 /// destroyed. Any number of threads may read at once.
 class EnumNames {
 public:
+    /// An empty table for the type, with the pair that answers for what is missing.
     EnumNames(std::string typeName, int32_t unknownValue, std::string unknownName);
     EnumNames(const EnumNames& other);
     EnumNames(EnumNames&& other) noexcept;
@@ -36,7 +37,9 @@ public:
     EnumNames& add(std::string_view name, int32_t value) &;
     EnumNames&& add(std::string_view name, int32_t value) && { return std::move(add(name, value)); }
 
+    /// What the names are of.
     const std::string& typeName() const { return d_typeName; }
+    /// Of pairs, the unknown one not counted; and whether one of them has this name or value.
     size_t size() const;
     bool contains(std::string_view name) const;
     bool contains(int32_t value) const;

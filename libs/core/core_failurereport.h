@@ -9,14 +9,16 @@
 /// The documents that tell a collecting server what failed.
 namespace core {
 
+/// A failed check or assertion, or a failed alert.
 enum class FailureType : uint8_t { Assertion, Alert };
 
 /// What failures are told apart by.
 struct FailureSite {
-    FailureType type = FailureType::Assertion;
-    std::string file;
-    int32_t line = 0;
+    FailureType type = FailureType::Assertion; ///< counted apart
+    std::string file;                          ///< without folders
+    int32_t line = 0;                          ///< as the check's site names it
 
+    /// By type, file and line.
     bool operator<(const FailureSite& other) const {
         return std::tie(type, file, line) < std::tie(other.type, other.file, other.line);
     }
@@ -24,26 +26,26 @@ struct FailureSite {
 
 /// All failures of one site: the texts are those of the latest one.
 struct FailureReport {
-    FailureSite site;
-    std::string condition;
-    std::string message;
+    FailureSite site;      ///< where
+    std::string condition; ///< its text
+    std::string message;   ///< UTF-8 or not
     std::string backtrace; ///< empty for none
-    int32_t level = 0;
-    uint32_t count = 1; ///< of failures since the last report
-    uint32_t total = 1; ///< of failures since the start
+    int32_t level = 0;     ///< of the check
+    uint32_t count = 1;    ///< of failures since the last report
+    uint32_t total = 1;    ///< of failures since the start
 };
 
 /// Where and when a document is sent.
 struct ReportContext {
-    std::string server;
+    std::string server;  ///< its IPv4 address
     bool aborts = false; ///< whether failures of this type stop the program
     int64_t time = 0;    ///< core::now()
 };
 
-/// An XML document of one `assert` element, well-formed whatever the texts hold, since all
-/// of them are escaped, that fits into one datagram. What is too long is cut and ends in "...": a message after
-/// 32 KiB, a condition after 8 KiB, other texts after 1 KiB, and the backtrace when
-/// there is no more room.
+/// An XML document of one `assert` element, which fits into one datagram and is well-formed
+/// whatever the texts hold, since all of them are escaped. What is too long is cut and ends
+/// in "...": a message after 32 KiB, a condition after 8 KiB, other texts after 1 KiB, and
+/// the backtrace when there is no more room.
 std::string assertDocument(const FailureReport& report, const ReportContext& context);
 
 /// An XML document of one `sendlogs` element, which asks the server to fetch the log

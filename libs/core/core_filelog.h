@@ -37,6 +37,7 @@ namespace core {
 /// found no room. Any thread; lines stand in the order of their times.
 class FileLogImpl : public LogImpl {
 public:
+    /// Which file, and how much of it is kept.
     struct Options {
         std::string path;                      ///< UTF-8; its folder must exist
         uint64_t maxSize = uint64_t{4} << 20U; ///< of a file, in bytes
@@ -48,6 +49,7 @@ public:
     explicit FileLogImpl(Options options);
     ~FileLogImpl() override;
 
+    /// Whether the file could be opened.
     bool isOpen() const;
 
     void write(int32_t channel, uint32_t loggerId, const ChannelRecord& record, const char* text,

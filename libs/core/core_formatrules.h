@@ -264,7 +264,7 @@ consteval void refuse(FormatFault fault) {
 
 /// A format that is known when the program runs only: see runtimeFormat.
 struct RuntimeFormat {
-    const char* text;
+    const char* text; ///< the caller's; ends with NUL
 };
 
 /// A format that is no literal. It is checked as it is printed: a mismatch is a failed
@@ -276,14 +276,17 @@ constexpr RuntimeFormat runtimeFormat(const char* text) { return {text}; }
 template <FormatKind... Kinds>
 class FormatString {
 public:
+    /// A literal, or a constant.
     consteval FormatString(const char* literal) : d_text(literal) {
         constexpr FormatKind kinds[] = {Kinds..., FormatKind::None};
         // A type that cannot be formatted is an error of its own.
         if (((Kinds != FormatKind::None) && ...))
             detail::refuse(detail::findFault(literal, kinds, sizeof...(Kinds)));
     }
+    /// Not checked here.
     constexpr FormatString(RuntimeFormat format) : d_text(format.text) {}
 
+    /// The format itself.
     constexpr const char* text() const { return d_text; }
 
 private:

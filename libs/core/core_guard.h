@@ -9,6 +9,7 @@
 /// crash its exit status.
 namespace core {
 
+/// What a program does, with its arguments; the result is its status.
 using StartFunction = int (*)(int argc, char** argv);
 
 /// Runs `start` under the crash guard and returns its result.

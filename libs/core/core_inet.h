@@ -12,6 +12,7 @@ namespace core {
 
 /// The system's name of a socket; on Linux a descriptor.
 using SocketHandle = uintptr_t;
+/// The handle of no socket.
 inline constexpr SocketHandle kInvalidSocket = ~SocketHandle{0};
 
 /// Whether the system granted version 2.2 of its socket interface, the only one that

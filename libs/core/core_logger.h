@@ -11,8 +11,8 @@ namespace core {
 /// Receives the text logged on channel 0 through the loggers it is added to,
 /// lines joined by '\n'.
 struct StringCollector {
-    std::string text;
-    int32_t lineCount = 0;
+    std::string text;      ///< all lines so far
+    int32_t lineCount = 0; ///< how many they are
     int32_t lineLimit = 0; ///< the collector is detached when it holds so many lines; 0 = none
 };
 
@@ -26,6 +26,7 @@ public:
     /// Id 0 means none: echoed lines then carry no id.
     explicit Logger(uint32_t id = 0) : d_id(id) {}
 
+    /// 0 for none.
     uint32_t id() const { return d_id; }
 
     /// Opens and closes a scope on a channel. An empty label indents by " |", and by
@@ -41,7 +42,8 @@ public:
     void addCollector(StringCollector* collector);
     void removeCollector(StringCollector* collector);
 
-    /// Appends a line, which may be a collector's own text, to every collector and detaches those that have met their limit.
+    /// Appends a line, which may be a collector's own text, to every collector and detaches
+    /// those that have met their limit.
     void collect(std::string_view text);
 
 private:

@@ -14,6 +14,8 @@ namespace core {
 /// the folder Settings: they are always sought in "settings" of the working directory.
 class Paths {
 public:
+    /// What the program brings with it, its settings, what it works on, temporary files, logs
+    /// and dumps.
     enum PathIndex : uint32_t { Assets, Settings, Work, Temp, Logs, Dumps };
 
     /// The folder's display name; "?" after a failed check for an unknown index.

@@ -26,6 +26,7 @@ void setBuildIdentity(const BuildIdentity& identity);
 /// The source-control keyword "Name", expanded to the tag, between its dollar signs.
 std::string_view rcsName();
 
+/// As in BuildIdentity.
 std::string_view buildStamp();
 std::string_view buildModuleName();
 std::string_view productName();

@@ -16,12 +16,13 @@ struct ReportSettings {
     /// What a failure leads to. Alerts have the same three bits, shifted by three.
     enum Effect : uint32_t { kAbort = 1, kSend = 2, kBacktrace = 4 };
 
-    int32_t assertLevel = 1;
+    int32_t assertLevel = 1;                    ///< 1, whatever the file says
     std::string sendAddress = "198.51.100.100"; ///< IPv4
-    int32_t sendPort = 25000;
-    std::string symbolServerAddress;
-    uint32_t flags = 0;
+    int32_t sendPort = 25000;                   ///< of UDP
+    std::string symbolServerAddress;            ///< read, and not used
+    uint32_t flags = 0;                         ///< a sum of Effect, for assertions and alerts
 
+    /// Whether failures of this type have the effect.
     bool asksFor(Effect effect, FailureType type) const;
 
     /// Takes over what "settings/testing.ini" holds, or "settings/testing.alt.ini" when

@@ -15,6 +15,7 @@ struct Membership;
 /// is a failed check, and false. One thread at a time.
 class SmartSocket {
 public:
+    /// How a socket is made: no call waits; others may bind to its address.
     enum Flags : uint32_t { kNonBlocking = 1, kReuseAddr = 2 };
 
     class System; ///< what it needs of the system, for tests to replace
@@ -37,6 +38,7 @@ public:
     /// Lets no call wait.
     [[nodiscard]] bool setNonBlocking();
 
+    /// What it holds, kInvalidSocket for none, and by which calls.
     bool isOpen() const { return d_handle != kInvalidSocket; }
     SocketHandle handle() const { return d_handle; }
     const System& system() const { return *d_system; }
@@ -44,6 +46,7 @@ public:
     /// The system's result, 0 for success; -1 when nothing was open.
     int close();
 
+    /// Exchanges what the two hold.
     void swap(SmartSocket& other) noexcept;
 
 private:

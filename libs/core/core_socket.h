@@ -10,14 +10,17 @@ namespace core {
 /// closed. One thread at a time.
 class Socket {
 public:
+    /// Whether `open` was called with success, and `close` not since.
     bool isOpen() const { return d_socket.isOpen(); }
     /// What an event loop watches, see kern::DescriptorInterface.
     intptr_t descriptor() const { return static_cast<intptr_t>(d_socket.handle()); }
+    /// The system's numbers; 0 until it was opened.
     int32_t family() const { return d_family; }
     int32_t type() const { return d_type; }
     int32_t protocol() const { return d_protocol; }
 
 protected:
+    /// The system must outlive the socket.
     explicit Socket(const SmartSocket::System& system) : d_socket(system) {}
 
     /// False when it is open already, which is a failed check, or when the system

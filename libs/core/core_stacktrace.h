@@ -13,8 +13,8 @@ struct StackFrame {
     std::string imageName;      ///< path of the program or library that the address lies in
     std::string symbolFileName; ///< path of the file that its names come from
     std::string function;       ///< undecorated, followed by "()"
-    std::string sourceFile;
-    uint32_t line = 0; ///< in the source file
+    std::string sourceFile;     ///< path, as the compiler was given it
+    uint32_t line = 0;          ///< in the source file
 };
 
 /// Walks the calling thread's stack and prints it as numbered lines:

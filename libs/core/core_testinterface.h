@@ -20,12 +20,14 @@ struct ReportSettings;
 /// judged by the defaults. By default nothing is sent. Any thread.
 class TestInterface {
 public:
+    /// The process's.
     static TestInterface& instance();
 
     /// Reads the settings of core::ReportSettings and the list of core::AssertExclude,
     /// unless that was done or began before.
     void loadIni() { loaded(); }
 
+    /// Those in force.
     ReportSettings settings();
 
     /// Takes the place of what the settings file says, before or after it is read.
@@ -38,6 +40,7 @@ public:
     /// settings say so.
     void report(FailureType type, const char* condition, const char* file, int32_t line,
                 int32_t level, const std::string& message);
+    /// How many it has taken over.
     uint64_t reportCount(FailureType type);
 
     /// Whether a failure of this type must stop the program; off by default.

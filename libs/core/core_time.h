@@ -25,9 +25,11 @@ public:
     /// Midnight of a date.
     DateTime(int32_t year, int32_t month, int32_t day);
 
+    /// The 64 bits, to store and to restore.
     static DateTime fromPacked(uint64_t packed) { return DateTime(packed); }
     uint64_t packed() const { return d_bits; }
 
+    /// The fields; `dto` and `fraction` in the units above.
     CivilTime civil() const;
     int32_t dto() const;
     uint16_t fraction() const;
@@ -35,6 +37,7 @@ public:
     /// Stores an offset. One beyond kMaxDto becomes UnknownDto, after a failed check of
     /// level 1 unless it was that already.
     void setDto(int32_t i_dto);
+    /// Whether the offset is known.
     bool isDtoSet() const;
 
     /// Whole seconds since 1970-01-01 00:00 UTC. Without an offset: a failed check of
@@ -50,7 +53,7 @@ private:
 /// A signed length of time; the nanoseconds always count forward, so that -0.25 s is
 /// {-1, 750000000}.
 struct TimeSpan {
-    int64_t seconds;
+    int64_t seconds;     ///< whole ones, rounded down
     int32_t nanoseconds; ///< 0..999999999
 
     bool operator==(const TimeSpan&) const = default;

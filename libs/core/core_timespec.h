@@ -11,12 +11,12 @@ int64_t now();
 
 /// A date and a time of day as people read them, in no particular time zone.
 struct CivilTime {
-    int32_t year;
-    int32_t month; ///< 1..12
-    int32_t day;   ///< 1..31
-    int32_t hour;
-    int32_t minute;
-    int32_t second;
+    int32_t year;   ///< of the Gregorian calendar
+    int32_t month;  ///< 1..12
+    int32_t day;    ///< 1..31
+    int32_t hour;   ///< 0..23
+    int32_t minute; ///< 0..59
+    int32_t second; ///< 0..59
 };
 
 /// `time` on a clock in the computer's time zone; in UTC where the system knows no

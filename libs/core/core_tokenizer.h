@@ -10,11 +10,13 @@ namespace core {
 /// Set of bytes, built once (constexpr) and asked in constant time.
 class CharSet {
 public:
+    /// Of the bytes of this text.
     constexpr explicit CharSet(std::string_view characters) {
         for (const char ch : characters)
             d_bits[byteOf(ch) / 64] |= uint64_t{1} << (byteOf(ch) % 64);
     }
 
+    /// Whether it is one of them.
     constexpr bool contains(char ch) const {
         return (d_bits[byteOf(ch) / 64] >> (byteOf(ch) % 64) & 1) != 0;
     }
@@ -44,12 +46,14 @@ std::optional<int32_t> decimalNumber(std::string_view field);
 /// Keeps a view: the text must outlive the tokenizer and its tokens.
 class Tokenizer {
 public:
+    /// What splits a text.
     struct Rules {
-        CharSet delimiters;
-        std::optional<char> quote = std::nullopt;
-        bool skipEmpty = true;
+        CharSet delimiters;                       ///< each splits
+        std::optional<char> quote = std::nullopt; ///< none unless given
+        bool skipEmpty = true;                    ///< tokens between two delimiters
     };
 
+    /// Begins with the first token.
     Tokenizer(std::string_view text, const Rules& rules) : d_text(text), d_rules(rules) {}
 
     /// Stores the next token. False, with `token` unchanged, when there is none left.

@@ -43,10 +43,11 @@ public:
     [[nodiscard]] bool send(const sockaddr_in& to, const void* data, int32_t length) const;
     [[nodiscard]] bool send(const std::string& ip, uint32_t port, std::string_view data) const;
 
+    /// What was received, and from whom.
     struct Datagram {
-        std::string data;
-        std::string ip; ///< of the sender, as the port
-        uint16_t port = 0;
+        std::string data;  ///< any bytes
+        std::string ip;    ///< of the sender, as the port
+        uint16_t port = 0; ///< in the computer's byte order
     };
     /// Waits for the next datagram. Nothing when none was there and the socket does not
     /// block, when none came in time, and on failure.

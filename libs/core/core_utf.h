@@ -13,8 +13,10 @@ namespace core {
 
 /// UTF-16 in wchar_t on Windows, the same bytes on Linux.
 using SystemText = std::filesystem::path::string_type;
+/// A view of it.
 using SystemTextView = std::basic_string_view<SystemText::value_type>;
 
+/// Whether the text is well-formed UTF-8.
 bool isValidUtf8(std::string_view text);
 
 /// False when `text` is not well-formed UTF-8.

@@ -50,10 +50,10 @@ struct ChannelRecord {
     static constexpr uint8_t kObserved = 8;  ///< an observer watches the channel
     static constexpr uint8_t kHistory = 16;  ///< lines are kept in the history
 
-    char name[16];  ///< NUL-terminated, at most 15 characters
-    char colour[6]; ///< ANSI SGR parameters for colour terminals, may be empty
-    std::atomic<uint8_t> flags;
-    std::atomic<uint8_t> mask; ///< non-zero: lines go to the implementation
+    char name[16];              ///< NUL-terminated, at most 15 characters
+    char colour[6];             ///< ANSI SGR parameters for colour terminals, may be empty
+    std::atomic<uint8_t> flags; ///< a sum of the constants above
+    std::atomic<uint8_t> mask;  ///< non-zero: lines go to the implementation
 };
 
 /// Writes the lines of a program. Called without any lock held, from any thread,
@@ -65,8 +65,10 @@ struct ChannelRecord {
 class LogImpl {
 public:
     virtual ~LogImpl();
-    /// `text` has `length` bytes; valid during the call only. Must not throw: the line
-    /// would count as written.
+    /// `text` has `length` bytes and is valid during the call only: what was logged, behind
+    /// the labels of its logger's open scopes (core::Logger::pushLabel), once for the whole
+    /// text. There is no NUL and no line end behind it; line ends within it are the
+    /// caller's. Must not throw: the line would count as written.
     virtual void write(int32_t channel, uint32_t loggerId, const ChannelRecord& record,
                        const char* text, size_t length) = 0;
 
@@ -114,6 +116,7 @@ public:
     using Clock = int64_t (*)(); ///< seconds, any epoch
 
     DefaultLogRImpl();
+    /// By the clock of the system, or by another.
     explicit DefaultLogRImpl(Clock clock);
     ~DefaultLogRImpl() override;
 
@@ -166,10 +169,11 @@ private:
     bool d_detached = true; // not registered since the last detach
 };
 
+/// A line of the history.
 struct HistoryEntry {
-    int64_t time; ///< nanoseconds since the epoch, core::now()
-    std::string channel;
-    std::string text;
+    int64_t time;        ///< nanoseconds since the epoch, core::now()
+    std::string channel; ///< its name
+    std::string text;    ///< as LogImpl::write gets it
 };
 
 /// The process-wide logger. Every operation may be called on any thread and before
@@ -196,6 +200,7 @@ public:
     /// echo, its history or who observes it. CRIT, WARN and INFO, which have a mask of
     /// their own, are then on again. Finished texts (logText) pass all the same.
     static void setChannelEnabled(int32_t channel, bool enabled);
+    /// Lines of an echoed channel go to standard output at once; CRIT is one.
     static void setChannelEcho(int32_t channel, bool echo);
     static bool echoed(int32_t channel); ///< lock-free
 
@@ -217,9 +222,11 @@ public:
 
     /// The history holds the last lines of its channels; there is none at start.
     static void enableHistory(bool enabled);
+    /// Whether lines of the channel are kept.
     static void setHistory(int32_t channel, bool kept);
     /// How many lines; 400 at start. What is too much goes at once, the oldest first.
     static void setHistoryLimit(size_t lines);
+    /// The lines that are kept, the oldest first.
     static std::vector<HistoryEntry> history();
 
     /// Runs at process exit, after every static destructor, and destroys what is installed

@@ -39,14 +39,17 @@ namespace core {
 /// One erased argument: a view, valid while the argument it was made from is.
 class FormatArg {
 public:
+    /// Of each type that can be formatted.
     template <detail::FormatInteger T>
     constexpr FormatArg(T value)
         : d_kind(kFormatKind<T>), d_integer(static_cast<uint64_t>(value)) {}
 
+    /// Counts as its underlying type.
     template <typename T>
     requires std::is_enum_v<T>
     constexpr FormatArg(T value) : FormatArg(static_cast<std::underlying_type_t<T>>(value)) {}
 
+    /// Counts as a double.
     template <std::floating_point T>
     constexpr FormatArg(T value)
         : d_kind(FormatKind::Double), d_double(static_cast<double>(value)) {}
@@ -61,11 +64,13 @@ public:
           d_text(text.data()),
           d_length(static_cast<size_t>(text.size())) {}
 
+    /// An address, or null.
     template <detail::FormatPointee T>
     constexpr FormatArg(T* pointer)
         : d_kind(FormatKind::Pointer), d_pointer(const_cast<const std::remove_cv_t<T>*>(pointer)) {}
     constexpr FormatArg(std::nullptr_t) : d_kind(FormatKind::Pointer), d_pointer(nullptr) {}
 
+    /// Which of the values below it has, and that value.
     FormatKind kind() const { return d_kind; }
     uint64_t integer() const { return d_integer; } ///< zero- or sign-extended bits
     double real() const { return d_double; }

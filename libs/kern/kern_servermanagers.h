@@ -85,6 +85,7 @@ public:
     virtual bool watchRead(intptr_t descriptor, DescriptorInterface* owner) = 0;
     virtual bool watchWrite(intptr_t descriptor, DescriptorInterface* owner) = 0;
 
+    /// Ends the watch, if there is one.
     virtual void unwatchRead(intptr_t descriptor) = 0;
     virtual void unwatchWrite(intptr_t descriptor) = 0;
 
@@ -92,6 +93,7 @@ public:
     /// not known.
     virtual int32_t removeDescriptors(DescriptorInterface* owner) = 0;
 
+    /// For reading, for writing, or both.
     virtual bool isWatched(intptr_t descriptor) const = 0;
 
 protected:

@@ -8,9 +8,10 @@
 
 namespace textmarkup {
 
+/// A name and its value: views, of texts without escapes.
 struct Attribute {
-    std::string_view name;
-    std::string_view value;
+    std::string_view name;  ///< as written
+    std::string_view value; ///< without quotes
 
     bool operator==(const Attribute&) const = default;
 };
@@ -21,10 +22,12 @@ struct Attribute {
 class Attributes {
 public:
     Attributes() = default;
+    /// Keeps a view: the list must outlive it.
     Attributes(std::initializer_list<Attribute> list)
         : Attributes(std::span(list.begin(), list.size())) {}
     explicit Attributes(std::span<const Attribute> list) : d_list(list) {}
 
+    /// As of a vector.
     auto begin() const { return d_list.begin(); }
     auto end() const { return d_list.end(); }
     size_t size() const { return d_list.size(); }

@@ -9,6 +9,7 @@
 /// How texts become part of XML and HTML documents.
 namespace textmarkup {
 
+/// For a text that is not cut.
 inline constexpr size_t kNoLimit = static_cast<size_t>(-1);
 
 /// `text` as the content of an element: the characters & < > ' " become entities; each
@@ -24,6 +25,7 @@ enum class Whitespace {
     KeepReturns,     ///< carriage returns become references
     KeepAllInValues, ///< tabs and line feeds, too
 };
+/// As `escaped`, behind what `out` has, with these for white space.
 void appendEscaped(std::string& out, std::string_view text, Whitespace whitespace);
 
 /// ` name="value"` for each; of those with one name the first. `nameOf` makes a name of

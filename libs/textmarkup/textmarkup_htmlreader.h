@@ -35,6 +35,7 @@ enum class ReferenceIn;
 /// document; most are slices of it.
 class HtmlReader {
 public:
+    /// The document must outlive the reader.
     explicit HtmlReader(std::string_view document, const Limits& limits = {});
     template <std::same_as<std::string> Temporary>
     explicit HtmlReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone

@@ -30,6 +30,7 @@ public:
     void open(std::string_view name, const Attributes& attributes = {});
     void close();
 
+    /// Opens, writes the text and closes.
     void element(std::string_view name, std::string_view text, const Attributes& attributes = {});
 
     /// In `script`, `style` and other raw text, where nothing can be escaped, the text is

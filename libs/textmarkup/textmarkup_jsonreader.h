@@ -23,10 +23,12 @@ namespace textmarkup {
 /// document; most are slices of it.
 class JsonReader : public StrictReader {
 public:
+    /// The document must outlive the reader.
     explicit JsonReader(std::string_view document, const Limits& limits = {});
     template <std::same_as<std::string> Temporary>
     explicit JsonReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
 
+    /// The next event; End and Error for ever once they came.
     Event next();
 
     /// At StartObject or StartArray: moves to its end. False after an error.

@@ -13,8 +13,10 @@ namespace textmarkup {
 /// A JSON value without parts, made of what it is given; a view of a text.
 class JsonScalar {
 public:
+    /// What it may be.
     using Variant = std::variant<std::nullptr_t, bool, int64_t, uint64_t, double, std::string_view>;
 
+    /// Of each type that JSON has, or that fits into one.
     JsonScalar(std::nullptr_t value) : d_value(value) {}
     template <std::same_as<bool> T>
     JsonScalar(T value) : d_value(value) {}
@@ -27,6 +29,7 @@ public:
     JsonScalar(const std::string& value) : d_value(std::string_view(value)) {}
     JsonScalar(const char* value) : d_value(std::string_view(value)) {}
 
+    /// A text in it is a view.
     const Variant& variant() const { return d_value; }
 
 private:
@@ -50,6 +53,7 @@ private:
 /// Whatever follows the one value is left out.
 class JsonWriter {
 public:
+    /// Opens an object or array: in an array, or as the one value; with a name, in an object.
     void openObject();
     void openObject(std::string_view name);
     void openArray();

@@ -51,8 +51,8 @@ struct Limits {
 
 /// A place in a text, as editors count: lines and columns from 1, columns in characters.
 struct Position {
-    size_t line = 1;
-    size_t column = 1;
+    size_t line = 1;   ///< from 1
+    size_t column = 1; ///< in characters, from 1
 
     bool operator==(const Position&) const = default;
 };
@@ -63,7 +63,7 @@ Position positionAt(std::string_view text, size_t offset);
 
 /// Why a text could not be read.
 struct Error {
-    Position position;
+    Position position;   ///< where it was noticed
     std::string message; ///< a plain sentence, without capital and full stop
 
     /// "line 3, column 7: the element 'a' is closed as 'b'"

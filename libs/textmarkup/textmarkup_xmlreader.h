@@ -23,10 +23,12 @@ namespace textmarkup {
 /// document; most are slices of it.
 class XmlReader : public StrictReader {
 public:
+    /// The document must outlive the reader.
     explicit XmlReader(std::string_view document, const Limits& limits = {});
     template <std::same_as<std::string> Temporary>
     explicit XmlReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
 
+    /// The next event; End and Error for ever once they came.
     Event next();
 
     /// At StartElement: moves to its EndElement, gathering its texts without those of

@@ -20,8 +20,8 @@ namespace utl {
 class File {
 public:
     // Open flags. kRead, kWrite or both must be set.
-    static constexpr int32_t kRead = 1;
-    static constexpr int32_t kWrite = 2;
+    static constexpr int32_t kRead = 1;       ///< what is there
+    static constexpr int32_t kWrite = 2;      ///< over what is there
     static constexpr int32_t kCreate = 4;     ///< when it is missing
     static constexpr int32_t kTruncate = 8;   ///< with kWrite; without it, opening fails
     static constexpr int32_t kExclusive = 16; ///< with kCreate: fail if it exists
@@ -55,9 +55,10 @@ public:
     /// nothing is open.
     [[nodiscard]] bool close();
 
+    /// Whether openFile succeeded, and close was not called since.
     bool isOpen() const { return d_handle >= 0; }
 
-    // Of the file that is or was last open.
+    /// Of the file that is or was last open.
     const std::string& name() const { return d_name; }
     int32_t flags() const { return d_flags; }
     int32_t mode() const { return d_mode; }

@@ -48,6 +48,7 @@ public:
     /// Whether the last load or parse ran to its end.
     bool loaded() const;
 
+    /// Whether there is one of that name.
     bool hasSection(std::string_view name) const;
     bool hasProperty(std::string_view section, std::string_view key) const;
 

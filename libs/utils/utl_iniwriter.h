@@ -23,6 +23,7 @@ public:
     /// Starts in a section without a name, which has no header.
     IniWriter();
 
+    /// Begins a section; a name that was there already is written again.
     void addSection(std::string name);
 
     /// Adds to the last section.

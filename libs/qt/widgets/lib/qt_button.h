@@ -60,6 +60,7 @@ public:
     /// others `then` milliseconds apart, which is 10 at least.
     static Schedule repeating(int32_t first, int32_t then);
 
+    /// Without a picture, or with one.
     explicit QT_Button(QWidget* parent = nullptr);
     explicit QT_Button(const QPixmap& picture, QWidget* parent = nullptr);
     ~QT_Button() override;
@@ -67,6 +68,7 @@ public:
     using kern::TimerInterface::killTimer;
     using kern::TimerInterface::startTimer;
 
+    /// The one that was set.
     const QPixmap& picture() const { return d_normal; }
 
     /// One of HotStyle; with any other value a failed check, and Plain, when the look is
@@ -102,6 +104,7 @@ public:
     void timerExpired(int64_t id) override;
 
 public Q_SLOTS:
+    /// Set the properties, and tell of a change.
     void setPicture(const QPixmap& picture);
     void setHotStyle(int32_t style);
     void setOpacity(double opacity);
@@ -127,6 +130,7 @@ Q_SIGNALS:
     /// is a click, that follows.
     void spinningComplete();
 
+    /// The property has another value now.
     void pictureChanged();
     void hotStyleChanged();
     void opacityChanged(double opacity);

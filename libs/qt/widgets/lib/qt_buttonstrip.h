@@ -58,9 +58,9 @@ public:
         /// Adds a button's rectangle.
         void addButton(const QRect& rect);
 
-        QPixmap strip;
-        QPixmap down; ///< with every button shown down
-        QPixmap disabled;
+        QPixmap strip;            ///< enabled
+        QPixmap down;             ///< with every button shown down
+        QPixmap disabled;         ///< the same, disabled
         core::GList<QRect> rects; ///< owned; in strip order
     };
 
@@ -77,6 +77,7 @@ public:
     /// for it, as far as there are so many.
     void setImages(std::unique_ptr<Images> images);
 
+    /// The one that was set.
     const QPixmap& picture() const;
 
     /// Number of buttons.
@@ -131,6 +132,7 @@ public Q_SLOTS:
     /// share the width of this and every later picture.
     void setPicture(const QPixmap& picture);
     void setButtonCount(int count);
+    /// Set what is described above, and tell of a change.
     void setButtonToolTips(const QStringList& texts);
     void setCheckable(bool checkable);
     void setExclusive(bool exclusive);
@@ -155,6 +157,7 @@ Q_SIGNALS:
     /// The same, when the press is over.
     void triggered(int index);
 
+    /// The property has another value now.
     void buttonsChanged();
     void buttonToolTipsChanged();
     void checkableChanged(bool checkable);

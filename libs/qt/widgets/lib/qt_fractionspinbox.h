@@ -29,6 +29,7 @@ class FractionSpinBox : public QSpinBox {
     Q_PROPERTY(QStringList allowed READ allowedTexts WRITE setAllowedTexts NOTIFY allowedChanged)
 
 public:
+    /// With the range 0 to 99.
     explicit FractionSpinBox(QWidget* parent = nullptr);
 
     /// Empty, the default, means every value of the range.
@@ -42,6 +43,7 @@ public:
     QStringList allowedTexts() const;
     void setAllowedTexts(const QStringList& values);
 
+    /// What a user may choose, limits included.
     void setRange(int minimum, int maximum);
     void setMinimum(int minimum) { setRange(minimum, std::max(minimum, maximum())); }
     void setMaximum(int maximum) { setRange(std::min(minimum(), maximum), maximum); }

@@ -26,6 +26,7 @@ class HyperlinkLabel : public QLabel {
     Q_PROPERTY(bool italic READ italic WRITE setItalic NOTIFY linkAppearanceChanged)
 
 public:
+    /// Without a text, or with one.
     explicit HyperlinkLabel(QWidget* parent = nullptr);
     explicit HyperlinkLabel(const QString& text, QWidget* parent = nullptr);
 
@@ -52,7 +53,9 @@ public Q_SLOTS:
     void click();
 
 Q_SIGNALS:
+    /// By mouse, keyboard or `click`.
     void clicked();
+    /// One of the properties of the link has another value now.
     void linkAppearanceChanged();
 
 protected:

@@ -7,6 +7,7 @@
 /// Identifies every icon that the toolkit's widgets can show.
 class QT_IconFactory {
 public:
+    /// The number of each icon; those in between are reserved.
     enum IconType : int32_t {
 #define QT_ICON_TYPE(name, value) name = (value),
 #include "qt_icontypes.inc"

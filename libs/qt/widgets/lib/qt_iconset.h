@@ -16,8 +16,10 @@ class IconSet {
     Q_GADGET
 
 public:
+    /// Edge lengths, by the number in the name.
     enum SizeCode : int32_t { Size16 = 0, Size24 = 1, Size32 = 2, Size48 = 3 };
     Q_ENUM(SizeCode)
+    /// As QIcon's modes.
     enum ModeCode : int32_t { Normal = 0, Disabled = 1, Active = 2 };
     Q_ENUM(ModeCode)
 

@@ -18,10 +18,12 @@ class IconWidget : public QWidget {
         NS_QT::IconSet::SizeCode sizeCode READ sizeCode WRITE setSizeCode NOTIFY sizeCodeChanged)
 
 public:
+    /// Without an icon, or with one.
     explicit IconWidget(QWidget* parent = nullptr);
     explicit IconWidget(const QIcon& icon, int32_t sizeCode = IconSet::Size24,
                         QWidget* parent = nullptr);
 
+    /// The one that was set.
     const QIcon& icon() const { return d_icon; }
 
     /// How large the icon is drawn: a size code of IconSet, 24 pixels at first. Setting an
@@ -32,10 +34,12 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 public Q_SLOTS:
+    /// Set the properties, and tell of a change.
     void setIcon(const QIcon& icon);
     void setSizeCode(int32_t sizeCode);
 
 Q_SIGNALS:
+    /// The property has another value now.
     void iconChanged();
     void sizeCodeChanged();
 

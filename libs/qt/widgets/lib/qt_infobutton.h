@@ -16,6 +16,7 @@ class InfoButton : public QPushButton {
     Q_PROPERTY(QString message READ message WRITE setMessage NOTIFY messageChanged)
 
 public:
+    /// What the message is, and with it the icon.
     enum Kind : int32_t { Information = 1, Warning = 2 };
     Q_ENUM(Kind)
 
@@ -34,6 +35,7 @@ public:
     QString message() const { return d_text; }
 
 public Q_SLOTS:
+    /// Set the properties, and tell of a change.
     void setKind(int32_t kind);
     void setTitle(const QString& title);
     void setMessage(const QString& text);
@@ -43,6 +45,7 @@ public Q_SLOTS:
     void showMessage();
 
 Q_SIGNALS:
+    /// The property has another value now.
     void kindChanged();
     void titleChanged(const QString& title);
     void messageChanged(const QString& text);

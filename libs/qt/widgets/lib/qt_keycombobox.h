@@ -17,6 +17,7 @@ public:
     using QComboBox::addItem;
     using QComboBox::insertItem;
 
+    /// Items as those of QComboBox, with a key each.
     template <std::convertible_to<Key> K>
     void addItem(const QString& text, const K& key) {
         insertItem(count(), QIcon(), text, key);
@@ -40,15 +41,19 @@ public:
     Key currentKey() const { return key(currentIndex()); }
 
 protected:
+    /// Without items.
     explicit KeyComboBox(QWidget* parent) : QComboBox(parent) {
         connect(this, qOverload<int>(&QComboBox::currentIndexChanged), this, [this] { report(); });
         watchModel();
     }
 
+    /// How a key is kept by Qt, and read from there.
     virtual QVariant toData(const Key& key) const = 0;
     virtual Key fromData(const QVariant& stored) const = 0;
+    /// Tells of another current key.
     virtual void emitKeyChanged(const Key& key) = 0;
 
+    /// Makes the item with the key the current one.
     void selectKey(const Key& key) {
         int index = 0;
         while (index < count() && this->key(index) != key)

@@ -19,6 +19,7 @@ class PressWidget : public QWidget {
     Q_OBJECT
 
 protected:
+    /// Not pressed.
     explicit PressWidget(QWidget* parent);
 
     /// The button that a press at this point of the widget means; -1 for none.
@@ -43,9 +44,12 @@ protected:
     /// Different for every press.
     uint32_t pressNumber() const { return d_number; }
 
+    /// Ends the press, if there is one, and tells nobody.
     void endPress();
+    /// Ends a press that is held, by pressTakenBack.
     void takePressBack();
 
+    /// From here on the focus is shown, as for users of the keyboard.
     void noteKeyPressed() { d_focusMark.keyPressed(); }
     /// Draws the focus frame, if it is to be seen.
     void drawFocus(QPainter& painter, const QRect& rect) const;

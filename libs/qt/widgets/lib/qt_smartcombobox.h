@@ -16,11 +16,13 @@ class SmartComboBox : public KeyComboBox<int> {
     Q_PROPERTY(int currentKey READ currentKey WRITE setCurrentKey NOTIFY currentKeyChanged)
 
 public:
+    /// Without items.
     explicit SmartComboBox(QWidget* parent = nullptr);
 
 public Q_SLOTS:
     /// Makes the first item with that key the current one; nothing if there is none.
     void setCurrentKey(int key) { selectKey(key); }
+    /// For Qt's `activated`, which it follows by sigKeyActivated.
     void slotActivated(int index);
 
 Q_SIGNALS:
@@ -45,14 +47,18 @@ class StringComboBox : public KeyComboBox<std::string> {
 public:
     explicit StringComboBox(QWidget* parent = nullptr);
 
+    /// The key as Qt's properties have it.
     QString currentKeyText() const { return QString::fromStdString(currentKey()); }
     void setCurrentKeyText(const QString& key) { setCurrentKey(key.toStdString()); }
 
 public Q_SLOTS:
+    /// As those of SmartComboBox.
     void setCurrentKey(const std::string& key) { selectKey(key); }
+    /// For Qt's `activated`, which it follows by sigKeyActivated.
     void slotActivated(int index);
 
 Q_SIGNALS:
+    /// As those of SmartComboBox.
     void sigKeyActivated(std::string key);
     void currentKeyChanged(std::string key);
     void currentKeyTextChanged(const QString& key);

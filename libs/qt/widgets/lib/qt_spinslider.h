@@ -20,8 +20,10 @@ class SpinSlider : public QAbstractSlider {
     Q_PROPERTY(Qt::Orientation orientation READ orientation WRITE setOrientation DESIGNABLE false)
 
 public:
+    /// With the range of QAbstractSlider, 0 to 99.
     explicit SpinSlider(QWidget* parent = nullptr);
 
+    /// Always horizontal.
     Qt::Orientation orientation() const { return Qt::Horizontal; }
 
     /// For what only one of them has: a suffix, tick marks. Owned by this object; set
@@ -30,7 +32,9 @@ public:
     QSlider* slider() const { return d_slider; }
 
 public Q_SLOTS:
+    /// It stays horizontal.
     void setOrientation(Qt::Orientation orientation);
+    /// For its parts.
     void handleSpinChanged();
     void handleSliderChanged();
 

@@ -40,11 +40,13 @@ class WidgetBuilder {
     Q_DECLARE_TR_FUNCTIONS(NS_QT::WidgetBuilder)
 
 public:
+    /// One of the kinds of layouts below.
     using LayoutType = int32_t;
     enum : LayoutType { Grid = 0, HBox = 1, VBox = 2 };
 
     class Layout;
 
+    /// Lays out widgets of this parent.
     explicit WidgetBuilder(QWidget* parent);
     ~WidgetBuilder();
     WidgetBuilder(const WidgetBuilder&) = delete;
@@ -157,6 +159,7 @@ public:
     /// Boxes only: the stretch of a layout inside.
     virtual void setStretchFactor(QLayout* layout, int stretch) = 0;
 
+    /// Qt's own.
     virtual QLayout* layout() const { return d_layout; }
 
     /// The enclosing layout, null for the first.
@@ -165,6 +168,7 @@ public:
     core::GList<Layout>& children() { return d_children; }
 
 protected:
+    /// Within the layout `parent`, null for none.
     Layout(Layout* parent, QLayout* layout);
 
 private:
@@ -179,6 +183,7 @@ private:
 template <WidgetBuilder::LayoutType kind>
 class LayoutScope {
 public:
+    /// Opens it.
     [[nodiscard]] explicit LayoutScope(WidgetBuilder& builder) : d_builder(&builder) {
         builder.push(kind);
     }
