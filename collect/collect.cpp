@@ -64,7 +64,7 @@ int receiveUntilStopped(const Options& options, core::FileLogImpl* log) {
 }
 
 int receive(const Options& options) {
-    core::MasterLogger::setChannelEcho(core::kChannelWarn, true); // for who watches
+    core::MasterLogger::setChannelEcho(core::kChannelWarn, true); // for those at the screen
     if (!utl::FileUtils::createPath(options.folder))
         return complain(kFailed, core::format("cannot make '%s'", options.folder));
     const FolderLock lock(options.folder);

@@ -6,7 +6,7 @@ class PollLoop;
 
 namespace collect {
 
-/// While it lives, whoever wants the program to end stops the loop instead: Ctrl-C, and
+/// While it lives, what would end the program stops the loop instead: Ctrl-C, and
 /// the system when it shuts down or, on Linux, by SIGTERM. On Windows the system then
 /// waits until the object is gone. One at a time.
 class StopRequests {

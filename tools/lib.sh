@@ -60,7 +60,7 @@ apt_get() {
 }
 
 # install_packages PURPOSE...: what tools/packages.txt lists for them and is missing.
-# Complains and fails where that cannot be done; ORVISTRAND_INSTALL=no skips it.
+# Complains and fails if it cannot; ORVISTRAND_INSTALL=no skips it.
 install_packages() {
     [[ ${ORVISTRAND_INSTALL:-yes} == no ]] && return 0
     if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
@@ -86,7 +86,7 @@ install_packages() {
 
     mkdir -p build
     local log=build/install.log entry chosen=()
-    # Lists that cannot be refreshed may still be good enough for what is missing.
+    # Old lists may do when they cannot be refreshed.
     apt_get update >"$log" 2>&1 || true
     for entry in "${missing[@]}"; do
         chosen+=("$(choose_package "$entry")")
@@ -112,8 +112,8 @@ build_preset() {
         cmake --build --preset "$preset" ${targets[0]:+--target "${targets[@]}"}
 }
 
-# A locale with a decimal comma, which tests ask for and few machines have: it is made
-# in the build folder and found there by whatever is started from here.
+# Makes a locale with a decimal comma in the build folder, for a test; few machines have one.
+# Programs started from here find it.
 provide_comma_locale() {
     export LOCPATH=$PWD/build/locale
     [[ -d $LOCPATH/de_DE.UTF-8 ]] && return 0

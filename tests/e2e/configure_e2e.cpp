@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-// The tool with a process entry of its own, for what the real one offers nobody:
+// The tool with a process entry of its own and options that the real one does not have:
 //     configure_e2e [--stop-on-check] [--show WARN|NORM]... [ARGUMENT]...
 // All else is as in the real entry, which gets the arguments that follow.
 

@@ -1,5 +1,5 @@
 # What build this is: the program's texts (core_rcsname.cpp) and, on Windows, its version
-# resource. A build that stamps itself sets these on the command line.
+# resource. Release builds set these on the command line.
 
 set(ORVISTRAND_BUILD_TAG "tag_orvistrand_2_1_rc_1" CACHE STRING "Source-control tag of the build")
 set(ORVISTRAND_BUILD_STAMP "220329-103018" CACHE STRING "Time of the build, yymmdd-hhmmss")
@@ -16,7 +16,7 @@ endif()
 set(ORVISTRAND_PRODUCT "Orvistrand Configure")
 set(ORVISTRAND_COMPANY "Quorvane")
 
-# The version as packages carry it: "2.1-rc1" by the tag of a release candidate, "2.1" by
+# The version of the packages: "2.1-rc1" by the tag of a release candidate, "2.1" by
 # that of a release, the project's by any other.
 if(ORVISTRAND_BUILD_TAG MATCHES "_([0-9]+)((_[0-9]+)*)(_rc_([0-9]+))?$")
     string(REPLACE "_" "." ORVISTRAND_VERSION "${CMAKE_MATCH_1}${CMAKE_MATCH_2}")

@@ -1,5 +1,5 @@
-# What CPack makes of the installed tool; ./package calls it. For Windows: an archive that
-# runs in place and an installer. For Linux: a Debian package. For both: an archive with the
+# How CPack packs the installed tool, for ./package. For Windows: an archive that runs in
+# place and an installer. For Linux: a Debian package. For both: an archive with the
 # debug information.
 
 set(ORVISTRAND_CONTACT "support@quorvane.invalid" CACHE STRING "Who answers for the packages")
@@ -99,7 +99,7 @@ is off until it is enabled.")
     dateOf(packageDate -R)
     dateOf(packageDay +%F)
 
-    # Where the entry of the menu has the program work.
+    # The working folder of the menu's entry.
     set(ORVISTRAND_WORK_DIR "${ORVISTRAND_COMMON_DATA_DIR}/orvistrand-configure")
     set(linux "${PROJECT_SOURCE_DIR}/packaging/linux")
     set(made "${PROJECT_BINARY_DIR}/packaging")
@@ -143,7 +143,7 @@ is off until it is enabled.")
     set(contentsList ${papers}/${CPACK_PACKAGE_NAME}.spdx.json)
 endif()
 
-# Last of all: the list of what was installed, and one time for all of it.
+# Last of all: the list of what was installed, and the same time for all files.
 find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
 configure_file("${notices}/${contents}.in" "${PROJECT_BINARY_DIR}/packaging/${contents}" @ONLY)
 set(finish "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tools/finish_package.py")
@@ -165,5 +165,5 @@ endforeach()
 
 set(CPACK_ARCHIVE_DEBUG_FILE_NAME "${CPACK_PACKAGE_FILE_NAME}-debug")
 
-# After all that it reads.
+# Last, since it reads what is set above.
 include(CPack)

@@ -1,5 +1,5 @@
-# What packages hold: programs that are hardened, and the same wherever and whenever they
-# were built. Target `orvistrand_shipped` builds them all.
+# Programs for packages: hardened, and the same wherever and whenever they are built. Target
+# `orvistrand_shipped` builds them all.
 
 option(ORVISTRAND_RELEASE
     "Harden the programs, and leave the paths and times of this machine out of them" OFF)
@@ -15,7 +15,7 @@ function(orvistrand_release name)
         -D_FORTIFY_SOURCE=2 -Wformat -Werror=format-security -Wdate-time
         -ffile-prefix-map=${toSources}=)
     if(WIN32)
-        # A compiler's cache would ask for colours, and the PDB would say so.
+        # ccache turns colours on, and that option would end up in the PDB.
         target_compile_options(${name} PRIVATE -ffile-compilation-dir=. -fno-color-diagnostics)
         # The archive itself, since the import library beside it needs one more DLL.
         target_link_options(${name} PRIVATE -l:libssp.a -Wl,-Xlink=-Brepro
@@ -68,7 +68,7 @@ function(orvistrand_ship name)
     add_dependencies(orvistrand_shipped ${name}_shipped)
     install(PROGRAMS "${folder}/${program}" DESTINATION ${programFolder} COMPONENT tool)
     install(FILES "${folder}/${program}.debug" DESTINATION ${debugFolder} COMPONENT debug)
-    # Where the program looks for the names and lines of its own stacks.
+    # The program looks there for the names and lines of its own stacks.
     if(ORVISTRAND_PDB)
         install(FILES $<TARGET_FILE_DIR:${name}>/${file}.pdb DESTINATION symbols COMPONENT tool)
     endif()

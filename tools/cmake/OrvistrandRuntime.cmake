@@ -2,7 +2,7 @@
 # in which they run in place; the tool is installed with the same files. Other projects take
 # care of their programs themselves.
 
-# Debian's Abseil passes on options for GNU's linker that lld does not know.
+# Debian's Abseil asks for linker options that GNU's linker has and lld has not.
 get_property(imported DIRECTORY PROPERTY IMPORTED_TARGETS)
 list(FILTER imported INCLUDE REGEX "^absl::")
 foreach(library IN LISTS imported)

@@ -13,7 +13,7 @@ function(orvistrand_target name)
     set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
         -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wundef -fno-omit-frame-pointer)
-    # What __FILE__ says is the same wherever it was built.
+    # __FILE__ is the same wherever the repository lies.
     if(ORVISTRAND_RELEASE)
         orvistrand_release(${name})
     else()
@@ -33,7 +33,7 @@ function(orvistrand_target name)
     endif()
 endfunction()
 
-# What Windows itself reads names and lines from, NAME.pdb beside the program.
+# NAME.pdb beside the program, from which Windows reads names and lines.
 if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     set(ORVISTRAND_PDB ON)
     find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)

@@ -18,7 +18,7 @@ megabytes_free() {
     df -Pm "$cache" | awk 'NR == 2 { print $4 }'
 }
 
-# why_failed LOG: the line of a log that says most, or where the log is.
+# why_failed LOG: the most telling line of a log, or where the log is.
 why_failed() {
     local reason
     if [[ $(megabytes_free) -lt 10 ]]; then
@@ -69,7 +69,7 @@ run_step() {
     say "$what: done in $((SECONDS - begin)) s"
 }
 
-# fails WORDS...: what a step returns by when it knows the reason.
+# fails WORDS...: ends a step that knows why it failed.
 fails() {
     failure="$*"
     return 1
@@ -92,8 +92,8 @@ release_keys() {
     done
 }
 
-# machine_repositories TYPE: lines for apt in which the release's main suite is offered as
-# the machine's own apt knows it; TYPE is deb or deb-src.
+# machine_repositories TYPE: lines for apt that name the release's main suite at the places
+# that the machine's apt uses; TYPE is deb or deb-src.
 machine_repositories() {
     # shellcheck disable=SC2016
     apt-get indextargets --format '$(CREATED_BY)|$(REPO_URI)|$(RELEASE)|$(CODENAME)|$(COMPONENT)' |

@@ -4,7 +4,7 @@
 
 wine_recipe=1
 
-# How Wine is entered stands in CACHE/wine/entry, for tools/windows/wine:
+# CACHE/wine/entry tells tools/windows/wine how to start Wine:
 #     host      the machine's own
 #     bwrap     that of CACHE/wine/root, by bubblewrap
 #     chroot    the same by mount namespace and chroot, which takes root's rights
@@ -28,7 +28,7 @@ make_wine() {
     fi
 }
 
-# A 32-bit prefix in which a command gives its status back is proof enough.
+# Wine works if a command in a 32-bit prefix returns its exit status.
 host_wine_works() {
     command -v wine >/dev/null || return 1
     mkdir -p "$work/probe"
@@ -58,7 +58,7 @@ enters_root() {
     ORVISTRAND_WINE_FOLDER=$result logged tools/windows/wine --version
 }
 
-# In which no debugger starts on a crash: it would take seconds to say what tests provoke.
+# Without a debugger that starts on a crash: tests crash on purpose, and it takes seconds.
 make_prefix() {
     export WINEPREFIX=$result/prefix
     mkdir -p "$WINEPREFIX"
