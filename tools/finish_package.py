@@ -25,7 +25,7 @@ def identifier(kind, text):
 
 
 def file_entry(root, path, contents):
-    """The licence is that of the first of the components that a pattern names it for."""
+    """The licence of the first component that has a pattern for the file."""
     name, data = path.relative_to(root).as_posix(), path.read_bytes()
     owner = next((part for part in contents["components"]
                   if any(fnmatchcase(name, pattern) for pattern in part["files"])), contents)

@@ -277,7 +277,7 @@ class Showing(Program):
             self.assertIn(wanted, names)
 
     def contrast(self):
-        """The least one of the page's colours to what is behind them."""
+        """The lowest contrast of the page's texts to what is behind them."""
         return self.browser.evaluate("""(() => {
             const light = text => { const [r, g, b] = text.match(/[\\d.]+/g).map(v => {
                 v /= 255; return v <= 0.03928 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4 });

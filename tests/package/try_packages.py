@@ -50,7 +50,7 @@ def build_of(folder):
 
 
 def snapshot(folder):
-    """What is in it, by name; of files their sums."""
+    """What the folder holds: names, and the sums of files."""
     return {str(path.relative_to(folder)):
             hashlib.sha256(path.read_bytes()).hexdigest() if path.is_file() else "folder"
             for path in folder.rglob("*")}
@@ -101,7 +101,7 @@ class Trial(unittest.TestCase):
         desktop.press("Return")
 
     def edit(self, desktop, process, window_class, settings):
-        """Works the dialog that the process opens as an operator would."""
+        """Uses the dialog that the process opens, as an operator would."""
         self.enter_address(desktop, process, window_class)
         result = finish(process)
         self.assertEqual((result.status, result.stderr), (0, ""))
@@ -124,7 +124,7 @@ class WindowsTrial(Trial):
         return Windows(WINE, folder / "configure.exe", None, self.prefix)
 
     def wine(self, *command):
-        """The status of a Windows program that opens no window, all its children ended."""
+        """The status of a Windows program without windows, once all its children have ended."""
         environment = {**self.desktop.environment(), "WINEPREFIX": str(self.prefix)}
         return finish(Windows.launch([WINE, *command], self.folder, environment)).status
 
@@ -183,7 +183,7 @@ class Installer(WindowsTrial):
         self.entry = self.menu / "Orvistrand Configure.lnk"
 
     def uninstall(self, folder=None):
-        """The status, after which a moment passes until its own file is gone, too."""
+        """Its status; its own file goes a moment later."""
         status = self.wine((folder or self.installed) / "uninstall.exe", "/S")
         self.wine("--wait")
         return status
@@ -311,7 +311,7 @@ class Installer(WindowsTrial):
 
 
 class Signing(WindowsTrial):
-    """The same build once more, signed by somebody whom this trial makes up."""
+    """The same build, signed with a certificate made for this trial."""
 
     def test_signs_programs_uninstaller_and_installer(self):
         run("openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-subj", "/CN=Trial",
@@ -337,7 +337,7 @@ osslsigncode sign -certs '{self.folder}/signer.pem' -key '{self.folder}/key.pem'
 
 
 class CrashOfAnOperator(WindowsTrial):
-    """The program crashes where it is in use; its dump is opened where it was built."""
+    """A crash where the program is in use; the dump is opened where it was built."""
 
     def test_shows_the_function(self):
         folder = self.unpacked(the_only("*-win_i686.zip"), self.folder / "in use")
@@ -380,7 +380,7 @@ class DebugInformation(Trial):
     line = r"LineEntry: \S+ (\./)?configure/configure\.cpp:\d+"
 
     def check_link(self, program, folder):
-        """That the program names its file in `folder`, and the sum of just that file."""
+        """Checks that the program names its debug file in `folder`, with that file's sum."""
         name = program.name + ".debug"
         content = program.read_bytes()
         # The name is filled up with zeros to a multiple of four, and the sum follows.
