@@ -37,6 +37,7 @@ public:
     class System; ///< what it needs of the system, for tests to replace
 
     WinsockInit();
+    /// The system must outlive the object.
     explicit WinsockInit(const System& system);
 
     /// Once for all starts.

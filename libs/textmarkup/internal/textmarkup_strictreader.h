@@ -23,13 +23,15 @@ public:
     const Error& error() const { return d_error; }
 
 protected:
+    /// The document must outlive the reader.
     StrictReader(std::string_view document, const Limits& limits)
         : d_cursor(document), d_limits(limits) {}
     ~StrictReader() = default;
 
+    /// Whether `next` has nothing more to read.
     bool isOver() const { return d_event == Event::Error || (d_event == Event::End && d_begun); }
 
-    // They have failed when they yield false, which `fail` always does.
+    /// They have failed when they yield false, which `fail` always does.
     bool fail(size_t at, std::string message);
     bool failHere(std::string message) { return fail(d_cursor.at(), std::move(message)); }
     bool skipByteOrderMark();
