@@ -50,7 +50,8 @@ struct QT_ButtonStrip::Data {
     bool checkable = false;
     bool exclusive = false;
     bool showPressed = false;
-    bool evenly = false; // the picture is divided
+    bool evenly = false;        // the picture is divided
+    bool evenlyFromNow = false; // the next pictures are
     int current = 0;
 };
 
@@ -87,7 +88,7 @@ QT_ButtonStrip::~QT_ButtonStrip() = default;
 
 void QT_ButtonStrip::setImages(std::unique_ptr<Images> images) {
     takePressBack();
-    d_data->evenly = false;
+    d_data->evenly = std::exchange(d_data->evenlyFromNow, false);
     d_data->images = images != nullptr ? std::move(images) : std::make_unique<Images>();
     core::GList<QRect>& rects = d_data->images->rects;
     std::vector<Button>& buttons = d_data->buttons;
@@ -130,8 +131,8 @@ void QT_ButtonStrip::divide(const QPixmap& picture, int count) {
         const int left = size.width() * index / count;
         rects.append({left, 0, size.width() * (index + 1) / count - left, size.height()});
     }
+    d_data->evenlyFromNow = true; // told before a slot may delete the strip
     setImages(std::make_unique<Images>(picture, rects));
-    d_data->evenly = true;
 }
 
 int QT_ButtonStrip::count() const { return static_cast<int>(d_data->buttons.size()); }
