@@ -24,7 +24,9 @@ function(orvistrand_target name)
     endif()
     if(ORVISTRAND_SANITIZE)
         target_compile_options(${name} PRIVATE -fsanitize=${ORVISTRAND_SANITIZE}
-            -fno-sanitize-recover=all)
+            -fno-sanitize-recover=all
+            # Instrumented, the standard library's own code looks uninitialised to GCC.
+            $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
         target_link_options(${name} PUBLIC -fsanitize=${ORVISTRAND_SANITIZE})
     endif()
     get_target_property(type ${name} TYPE)
