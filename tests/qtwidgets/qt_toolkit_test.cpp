@@ -134,6 +134,10 @@ TEST(Toolkit, ScreenReadersAreToldWhatEachIs) {
         QAccessible::queryAccessibleInterface(widget)->actionInterface()->doAction(focus);
         EXPECT_TRUE(widget->hasFocus());
     }
+    auto* const loop = QAccessible::queryAccessibleInterface(form.strip)->child(0);
+    EXPECT_FALSE(loop->state().focused) << "its strip has not the keyboard";
+    loop->actionInterface()->doAction(focus);
+    EXPECT_TRUE(form.strip->hasFocus());
 }
 
 std::vector<std::string> told;
