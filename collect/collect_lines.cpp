@@ -8,6 +8,7 @@
 
 #include <charconv>
 #include <cstdio>
+#include <limits>
 #include <map>
 #include <optional>
 
@@ -19,6 +20,8 @@ using textmarkup::JsonWriter;
 
 constexpr int64_t kMilliseconds = 1'000'000; // in nanoseconds
 constexpr int64_t kSeconds = 1000 * kMilliseconds;
+// The last second that a time in nanoseconds has room for, in 2262.
+constexpr int64_t kMaxTime = std::numeric_limits<int64_t>::max() / kSeconds - 1;
 constexpr int64_t kMaxSum = int64_t{1} << 53U; // what every reader of JSON keeps exactly
 
 // Of a line that sums up.
@@ -176,7 +179,10 @@ bool readIsoTime(std::string_view text, int64_t& time) {
     };
     const core::CivilTime utc{number(0, 4),  number(5, 2),  number(8, 2),
                               number(11, 2), number(14, 2), number(17, 2)};
-    time = core::secondsOfCivilTime(utc) * kSeconds + number(20, 3) * kMilliseconds;
+    const int64_t seconds = core::secondsOfCivilTime(utc);
+    if (seconds < -kMaxTime || seconds > kMaxTime)
+        return false;
+    time = seconds * kSeconds + number(20, 3) * kMilliseconds;
     return true;
 }
 

@@ -15,18 +15,26 @@ using textmarkup::Event;
 
 bool isRefused(const std::string& trace) { return trace.starts_with("line "); }
 
-/// Qt takes no numbers beyond a double, keeps halves of surrogate pairs and wants an
-/// object or array.
+bool isExact(int64_t number) {
+    constexpr int64_t kMost = int64_t{1} << 53U;
+    return -kMost <= number && number <= kMost;
+}
+
+/// Qt takes no numbers beyond a double, says of whole ones beyond 2^53 that they differ from
+/// themselves, drops byte order marks, keeps halves of surrogate pairs and wants an object or
+/// array.
 bool isForPeers(const std::string& document) {
     textmarkup::JsonReader reader(document);
     const Event first = reader.next();
     if (first != Event::StartObject && first != Event::StartArray)
         return false;
     for (Event event = first; event != Event::End; event = reader.next()) {
-        if (event == Event::Number && !reader.toDouble())
+        if (event == Event::Number &&
+            (!reader.toDouble() || !isExact(reader.toInt64().value_or(0))))
             return false;
         for (const std::string_view text : {reader.name(), reader.text()}) {
             if (text.find("\uFFFD") != std::string_view::npos ||
+                text.find("\uFEFF") != std::string_view::npos ||
                 text.find('\0') != std::string_view::npos)
                 return false;
         }
