@@ -6,6 +6,12 @@
 #include "core_rcsname.h"
 #include "core_wrapper.h"
 
+#include <cxxabi.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <exception>
+
 namespace core {
 namespace {
 
@@ -91,6 +97,33 @@ const detail::DumpPlace& detail::dumpPlace() {
 void detail::checkCrashNames() {
     if (!names.moduleIsKnown)
         static_cast<void>(Wrapper::moduleBaseName());
+}
+
+const void* detail::currentException() {
+    const std::exception_ptr current = std::current_exception();
+    const void* object = nullptr;
+    static_assert(sizeof current == sizeof object);
+    std::memcpy(&object, static_cast<const void*>(&current), sizeof object);
+    return object;
+}
+
+void detail::addExceptionText(FixedText<4096>& text) {
+    try {
+        throw;
+    } catch (const std::exception& exception) {
+        text << ": " << exception.what();
+    } catch (...) { // the type is all there is to know
+    }
+}
+
+void detail::demangleType(FixedText<512>& type) {
+    int status = 0;
+    char* const name = abi::__cxa_demangle(type.c_str(), nullptr, nullptr, &status);
+    if (name == nullptr)
+        return;
+    type.clear();
+    type << name;
+    std::free(name); // NOLINT(cppcoreguidelines-no-malloc): the runtime's
 }
 
 void detail::echoDumpLine(CrashTold& told) {

@@ -48,6 +48,18 @@ struct DumpResult {
 /// The system's text for an error.
 FixedText<512> errorText(uint32_t error);
 
+// ---- The exception of C++ that nobody caught. What asks it runs words of the program, in
+// which anything may go wrong.
+
+/// The object that was thrown, by which a throw is known; null if there is none.
+const void* currentException();
+
+/// Adds its ": what()", if it has one.
+void addExceptionText(FixedText<4096>& text);
+
+/// Makes the raw name of a type readable, if memory can be had.
+void demangleType(FixedText<512>& type);
+
 // ---- The lines that tell of a crash, made in fixed memory and written by plain system calls.
 // Each function may be cut off by a fault or the end of its time; none needs another.
 

@@ -8,9 +8,7 @@
 #include <ucontext.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <iterator>
 #include <typeinfo>
 
@@ -118,43 +116,12 @@ void writeHistory() {
 constinit detail::FixedText<512> exceptionType;
 constinit detail::FixedText<4096> exceptionText;
 
-/// The object that was thrown, by which a throw is known.
-const void* currentException() {
-    const std::exception_ptr current = std::current_exception();
-    const void* object = nullptr;
-    static_assert(sizeof current == sizeof object);
-    std::memcpy(&object, static_cast<const void*>(&current), sizeof object);
-    return object;
-}
-
-/// The words are those of the program: anything may go wrong in there.
-void askException() {
-    try {
-        throw;
-    } catch (const std::exception& exception) {
-        exceptionText << ": " << exception.what();
-    } catch (...) { // the type is all there is to know
-    }
-}
-
-/// In place of the type's raw name, if memory can be had.
-void demangleType(const char* raw) {
-    int status = 0;
-    char* const name = abi::__cxa_demangle(raw, nullptr, nullptr, &status);
-    if (name == nullptr)
-        return;
-    exceptionType.clear();
-    exceptionType << name;
-    std::free(name); // NOLINT(cppcoreguidelines-no-malloc): the runtime's
-}
-
 void writeException() {
-    const std::type_info* const type = abi::__cxa_current_exception_type();
     exceptionType.clear();
     exceptionText.clear();
-    exceptionType << type->name();
-    detail::attempt(kForLittle, askException);
-    detail::attempt(kForLittle, [type] { demangleType(type->name()); });
+    exceptionType << abi::__cxa_current_exception_type()->name();
+    detail::attempt(kForLittle, [] { detail::addExceptionText(exceptionText); });
+    detail::attempt(kForLittle, [] { detail::demangleType(exceptionType); });
     ReportLine line;
     line << "C++ exception " << exceptionType.view() << exceptionText.view() << "\n";
     file.write(line);
@@ -176,7 +143,7 @@ void walkCrash(const detail::CrashCause& cause, const void* here) {
     crashed.top = 0;
     const bool thrown = cause.terminated || cause.info == nullptr;
     const detail::CrashStack* const place =
-        thrown ? detail::stackOfThrow(currentException()) : nullptr;
+        thrown ? detail::stackOfThrow(detail::currentException()) : nullptr;
     if (place != nullptr) {
         crashed.count = place->count;
         crashed.frames = place->frames;

@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <typeinfo>
 #include <utility>
@@ -70,44 +69,20 @@ void note(const void* exception, const void* frame) {
     place.exception = exception;
 }
 
-/// The object that was thrown, by which a throw is known.
-const void* currentException() {
-    const std::exception_ptr current = std::current_exception();
-    const void* object = nullptr;
-    static_assert(sizeof current == sizeof object);
-    std::memcpy(&object, static_cast<const void*>(&current), sizeof object);
-    return object;
-}
-
 void findThrow() {
-    const void* const exception = currentException();
+    const void* const exception = detail::currentException();
     for (const Throw& place : throws) {
         if (exception != nullptr && place.exception == exception)
             uncaughtThrow = place.calls;
     }
 }
 
-constinit detail::FixedText<4096> words;
+constinit detail::FixedText<512> uncaughtType;
+constinit detail::FixedText<4096> uncaughtWords;
 
-/// The words are those of the program: anything may go wrong in there.
-void askException() {
-    try {
-        throw;
-    } catch (const std::exception& exception) {
-        words << ": " << exception.what();
-    } catch (...) { // the type is all there is to know
-    }
-}
-
-/// In place of the type's raw name, if memory can be had.
-void demangleType(const char* raw) {
-    int status = 0;
-    char* const name = abi::__cxa_demangle(raw, nullptr, nullptr, &status);
-    if (name == nullptr)
-        return;
+void writeException() {
     uncaughtException.clear();
-    uncaughtException << name << words.view();
-    std::free(name); // NOLINT(cppcoreguidelines-no-malloc): the runtime's
+    uncaughtException << uncaughtType.view() << uncaughtWords.view();
 }
 
 /// A function of the runtime, behind one of ours.
@@ -136,14 +111,15 @@ void detail::noteThrows(DWORD thread) {
 }
 
 void detail::describeException() {
-    const char* const type = abi::__cxa_current_exception_type()->name();
+    uncaughtType.clear();
+    uncaughtWords.clear();
+    uncaughtType << abi::__cxa_current_exception_type()->name();
     findThrow();
-    uncaughtException.clear();
-    words.clear();
-    uncaughtException << type;
-    askException();
-    uncaughtException << words.view();
-    demangleType(type);
+    writeException(); // before what may not come back
+    detail::addExceptionText(uncaughtWords);
+    writeException();
+    detail::demangleType(uncaughtType);
+    writeException();
 }
 
 ULONG_PTR detail::uncaughtText() { return reinterpret_cast<ULONG_PTR>(uncaughtException.c_str()); }
