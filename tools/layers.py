@@ -25,7 +25,7 @@ INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 def module_of(file):
     """core_file_win32.cpp, internal/core_file_system.h and core_file.h are all of core_file."""
-    return re.sub(r"_(win32|posix|calls|system|types|inline)$", "", Path(file).stem)
+    return re.sub(r"_(win32|posix|system|lines|types|inline)$", "", Path(file).stem)
 
 
 def sources(folder, suffix):

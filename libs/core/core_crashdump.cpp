@@ -1,10 +1,10 @@
 #include "core_crashdump.h"
 
-#include "core_crashdump_calls.h"
 #include "core_log.h"
 #include "core_paths.h"
 #include "core_rcsname.h"
 #include "core_wrapper.h"
+#include "internal/core_crashdump_lines.h"
 
 #include <cxxabi.h>
 

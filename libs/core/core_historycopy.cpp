@@ -1,4 +1,4 @@
-#include "core_historycopy_calls.h"
+#include "internal/core_historycopy.h"
 
 #include <cstring>
 

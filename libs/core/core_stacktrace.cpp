@@ -1,7 +1,7 @@
 #include "core_stacktrace.h"
 
 #include "core_log.h"
-#include "core_stacktrace_calls.h"
+#include "internal/core_stacktrace_lines.h"
 
 #include <string_view>
 #include <utility>

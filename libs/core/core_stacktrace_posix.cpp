@@ -1,7 +1,7 @@
 #include "core_log.h"
 #include "core_stacktrace.h"
-#include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
+#include "internal/core_stacktrace_lines.h"
 
 #include <absl/container/flat_hash_map.h>
 #include <absl/debugging/stacktrace.h>

@@ -1,8 +1,8 @@
 #include "core_log.h"
 #include "core_stacktrace.h"
-#include "core_stacktrace_calls.h"
 #include "core_wrapper.h"
 #include "internal/core_handle_win32.h"
+#include "internal/core_stacktrace_lines.h"
 
 #include <windows.h>
 

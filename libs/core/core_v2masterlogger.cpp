@@ -1,8 +1,8 @@
 #include "core_v2masterlogger.h"
 
 #include "core_check.h"
-#include "core_historycopy_calls.h"
 #include "core_timespec.h"
+#include "internal/core_historycopy.h"
 #include "internal/core_replaceable.h"
 
 #include <algorithm>

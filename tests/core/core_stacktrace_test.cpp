@@ -1,7 +1,7 @@
 #include "core_stacktrace.h"
 
-#include "core_stacktrace_calls.h"
 #include "core_varargs.h"
+#include "internal/core_stacktrace_lines.h"
 #include "log_recorder.h"
 
 #include <gmock/gmock.h>

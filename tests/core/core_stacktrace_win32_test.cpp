@@ -1,4 +1,4 @@
-#include "core_stacktrace_calls.h"
+#include "internal/core_stacktrace_lines.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 #include "crashing.h"
 
 #include "core_check.h"
-#include "core_crashtext_calls.h"
+#include "internal/core_fixedtext.h"
 
 #include <windows.h>
 

@@ -58,8 +58,8 @@ include(GNUInstallDirs)
 # library, named orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has
 # p_win32.cpp and p_posix.cpp, of which the platform's half is built. Unless it is internal,
 # component `devel` installs it with the headers that callers include: not those in the folders
-# internal/, win32/ and posix/, nor *_calls.h, which its own sources and tests include, nor the
-# other platform's. Of internal/, it installs i.h, which public headers include.
+# internal/, win32/ and posix/, which its own sources and tests include, nor the other
+# platform's. Of internal/, it installs i.h, which public headers include.
 function(orvistrand_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS;INCLUDED")
     list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
@@ -87,7 +87,7 @@ function(orvistrand_library name)
     endif()
     install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/" COMPONENT devel
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/orvistrand
-        FILES_MATCHING PATTERN "*.h" PATTERN "*.inc" PATTERN "*_calls.h" EXCLUDE
+        FILES_MATCHING PATTERN "*.h" PATTERN "*.inc"
         PATTERN internal EXCLUDE PATTERN win32 EXCLUDE PATTERN posix EXCLUDE ${otherPlatform})
     list(TRANSFORM arg_INCLUDED REPLACE "(.+)" "internal/\\1.h")
     install(FILES ${arg_INCLUDED} COMPONENT devel

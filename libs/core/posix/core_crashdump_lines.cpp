@@ -1,4 +1,4 @@
-#include "core_crashdump_calls.h"
+#include "internal/core_crashdump_lines.h"
 
 #include <fcntl.h>
 #include <poll.h>

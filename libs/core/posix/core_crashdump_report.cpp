@@ -1,6 +1,6 @@
 #include "core_crashdump_system.h"
-#include "core_historycopy_calls.h"
 #include "core_timespec.h"
+#include "internal/core_historycopy.h"
 
 #include <cxxabi.h>
 #include <fcntl.h>

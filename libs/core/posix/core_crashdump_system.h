@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core_crashdump_calls.h"
+#include "internal/core_crashdump_lines.h"
 
 #include <signal.h>
 #include <sys/types.h>

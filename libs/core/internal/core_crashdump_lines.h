@@ -1,13 +1,14 @@
 #pragma once
 
-#include "core_crashtext_calls.h"
 #include "core_timespec.h"
+#include "internal/core_fixedtext.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-/// How a crash is told of. Not for callers, and not installed.
+/// What tells of a crash: names, places and lines. Between core_crashdump.cpp, its platform
+/// halves and their pieces; not for other modules.
 namespace core::detail {
 
 /// What the evidence of this program is named after. It lies in static storage, away from

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string_view>
 
-/// Text for what runs after a crash. Not for callers, and not installed.
+/// Text for what runs after a crash.
 namespace core::detail {
 
 /// Text in memory of its own, since the heap may not be asked after a crash. What does

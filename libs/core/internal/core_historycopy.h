@@ -7,7 +7,7 @@
 #include <string_view>
 
 /// The newest lines of the log's history once more, in static storage, where a dump holds
-/// them and damage to the heap does not reach. Not for callers, and not installed.
+/// them and damage to the heap does not reach.
 namespace core::detail {
 
 struct HistoryLine {
