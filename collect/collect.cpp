@@ -76,7 +76,7 @@ int receive(const Options& options) {
     auto file = std::make_unique<core::FileLogImpl>(
         core::FileLogImpl::Options{.path = options.folder + "/collect.log"});
     core::FileLogImpl* const log = file.get();
-    const core::Globals globals(std::move(file)); // which has it to its own end
+    const core::Globals globals(std::move(file)); // which owns it until its own end
     if (!log->isOpen())
         return complain(kFailed, core::format("cannot write a log in '%s'", options.folder));
     return receiveUntilStopped(options, log);

@@ -9,7 +9,7 @@
 
 namespace collect {
 
-/// Those of `main` are in the system's narrow encoding, which has not every name.
+/// Those of `main` are in the system's narrow encoding, which cannot hold every name.
 std::vector<std::string> utf8Arguments(int argc, char** argv) {
     int count = 0;
     const core::LocalMemory<LPWSTR[]> wide(CommandLineToArgvW(GetCommandLineW(), &count));
@@ -18,7 +18,7 @@ std::vector<std::string> utf8Arguments(int argc, char** argv) {
     std::vector<std::string> arguments;
     for (size_t i = 0; i < static_cast<size_t>(count); ++i) {
         std::string text;
-        (void)core::toUtf8(wide[i], text); // what is no text is refused as an empty one
+        (void)core::toUtf8(wide[i], text); // invalid text becomes empty, which is refused
         arguments.push_back(text);
     }
     return arguments;

@@ -7,9 +7,9 @@
 
 namespace collect {
 
-/// The table for other programs, one row or object for each site, version and station,
-/// the latest first. CSV is that of RFC 4180 with a line of names; no cell is taken for
-/// a formula by a spreadsheet.
+/// The table for other programs: one row or object per site, version and station, the
+/// latest first. CSV follows RFC 4180 and has a header row; its cells are written so that
+/// no spreadsheet takes them for formulas.
 std::string exportTable(const Table& table, Options::Format format);
 
 } // namespace collect

@@ -20,11 +20,11 @@ using textmarkup::JsonWriter;
 
 constexpr int64_t kMilliseconds = 1'000'000; // in nanoseconds
 constexpr int64_t kSeconds = 1000 * kMilliseconds;
-// The last second that a time in nanoseconds has room for, in 2262.
+// The last whole second that fits into nanoseconds, in 2262.
 constexpr int64_t kMaxTime = std::numeric_limits<int64_t>::max() / kSeconds - 1;
 constexpr int64_t kMaxSum = int64_t{1} << 53U; // what every reader of JSON keeps exactly
 
-// Of a line that sums up.
+// The fields of a summary line alone.
 constexpr const char* kFirst = "first";
 constexpr const char* kAllArrived = "arrived_failures";
 constexpr const char* kAllTotal = "total_failures";
@@ -52,7 +52,7 @@ struct Members {
     }
 };
 
-/// False for what is no flat object.
+/// False unless the line is one flat object.
 bool readMembers(std::string_view line, Members& members) {
     textmarkup::JsonReader reader(line);
     if (reader.next() != Event::StartObject)

@@ -5,20 +5,20 @@
 #include <string>
 #include <string_view>
 
-/// The lines of failures.jsonl: one JSON object each, with the fields of a report by
-/// their names, when it arrived (UTC) and from where:
+/// The lines of failures.jsonl: one JSON object each, with a report's fields, its time of
+/// arrival (UTC) and its sender:
 ///
 ///     {"arrived":"2022-03-29T10:30:18.250Z","sender":"192.0.2.7:50123","type":"ASSERT",...}
 ///
-/// A line that sums up an entry of the table has the latest report, and more fields for
-/// what came before it.
+/// A summary line stands for an entry of the table: it has the latest report, and more
+/// fields for those before it.
 namespace collect {
 
-/// The line with its end. What is no UTF-8 arrives as U+FFFD.
+/// The line, its newline included. Invalid UTF-8 becomes U+FFFD.
 std::string lineOf(const Arrival& arrival);
 std::string lineOf(const Entry& entry);
 
-/// Gives the table what a line says; false for one that is none of these.
+/// Adds what a line says to the table. False if the line is of neither kind.
 bool replayLine(std::string_view line, Table& table);
 
 /// "2022-03-29T10:30:18.250Z", and back; `time` is in nanoseconds, see core::now().

@@ -5,12 +5,13 @@
 
 namespace collect {
 
-/// Keeps a folder for one collector: while an object holds the file collect.lock in it, no
-/// other object gets it, in this process or another. The system takes it back however a
+/// Reserves a folder for one collector: while an object holds the file collect.lock in it,
+/// no other object can, in this process or another. The system releases the lock however a
 /// process ends; the file, which is empty, stays.
 class FolderLock {
 public:
-    /// The folder exists. What fails but for the other collector is logged on WARN.
+    /// The folder must exist. Failures, other than that another holds it, are logged on
+    /// WARN.
     explicit FolderLock(const std::string& folder);
     ~FolderLock();
     FolderLock(const FolderLock&) = delete;

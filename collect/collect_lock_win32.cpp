@@ -8,7 +8,7 @@
 
 namespace collect {
 
-// Held by having it open, since it is shared with nobody.
+// Having it open is the lock, since it is shared with nobody.
 FolderLock::FolderLock(const std::string& folder) {
     core::SystemText path;
     const bool named = core::pathFromUtf8(folder + "/collect.lock", path);

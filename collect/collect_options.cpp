@@ -42,7 +42,7 @@ void takeFormat(Options& options, std::string_view text) {
         refuse(options, core::format("'%s' is neither csv nor json", text));
 }
 
-/// False for an option that is not one with a value.
+/// False unless `name` is an option that takes a value.
 bool takeValue(Options& options, std::string_view name, const std::string& value) {
     if (name == "--listen")
         options.address = value;
@@ -77,7 +77,7 @@ Options readOptions(const std::vector<std::string>& arguments) {
         const std::string& name = arguments[i];
         if (takeSwitch(options, name))
             continue;
-        Options probe; // whether it is an option with a value at all
+        Options probe; // to ask whether it is an option with a value at all
         if (!takeValue(probe, name, ""))
             refuse(options, core::format("unknown argument '%s'", name));
         else if (i + 1 == arguments.size())

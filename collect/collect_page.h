@@ -14,8 +14,8 @@ struct Counts {
     uint64_t malformed = 0;
 };
 
-/// The page: an HTML document that needs no other file and no network, on which every
-/// text stays a text. `time` says when it was made.
+/// The page: an HTML document that needs no other file and no network. Nothing in a report
+/// can become markup. `time` says when it was made.
 std::string makePage(const Table& table, const Counts& counts, int64_t time);
 
 } // namespace collect

@@ -43,8 +43,8 @@ pre{margin:0;padding:.6rem;overflow-x:auto;overflow-wrap:normal;border:1px solid
 inline constexpr const char* kScript =
     R"JS(document.getElementById("filter").addEventListener("input",e=>{const w=e.target.value.toLowerCase();let n=0;for(const f of document.querySelectorAll(".failure")){f.hidden=!f.textContent.toLowerCase().includes(w);n+=!f.hidden}document.getElementById("shown").textContent=n+(n===1?" site":" sites")}))JS";
 
-/// Lets a browser load nothing, and run and apply nothing but the two texts above, whose
-/// SHA-256 these are. To compute them anew: `openssl dgst -sha256 -binary | base64`.
+/// Lets a browser load nothing, and run and apply only the two texts above, whose SHA-256
+/// hashes these are. To compute them again: `openssl dgst -sha256 -binary | base64`.
 inline constexpr const char* kPolicy =
     "default-src 'none'; base-uri 'none'; form-action 'none'; "
     "style-src 'sha256-80rafUTPzEm/C3u9yJcOWPHpN7CiZpJW76XWKd9n6Q8='; "

@@ -14,7 +14,7 @@ namespace {
 
 constexpr uint32_t kPageInterval = 1000;     // milliseconds
 constexpr int32_t kReceiveBuffer = 32 << 20; // bytes; some ten thousand reports
-constexpr int kDatagramsInATurn = 256;       // then timers have theirs
+constexpr int kDatagramsInATurn = 256;       // then it is the timers' turn
 constexpr int32_t kReadableMode = 0644;
 constexpr const char* kAnyAddress = "0.0.0.0";
 
@@ -24,7 +24,7 @@ bool isOwnAddress(const std::string& ip) {
     return probe.open() && probe.bind(ip, 0);
 }
 
-/// What it would send to itself would be received, fail again, and so on for ever.
+/// Its own reports would come back to it, fail again, and so on for ever.
 void neverReportTo(const std::string& address, int32_t port) {
     const core::ReportSettings settings = core::TestInterface::instance().settings();
     if (settings.sendPort != port ||
@@ -89,7 +89,7 @@ void Receiver::take(std::string_view datagram, const std::string& sender) {
         restartTimer(d_pageTimer, kPageInterval);
 }
 
-/// One line in a thousand, so that nobody fills the log from outside.
+/// Logs one in a thousand, so that nobody can fill the log from outside.
 void Receiver::refuse(const std::string& sender, size_t length, const std::string& error) {
     constexpr uint64_t kLoggedOf = 1000;
     if (d_counts.malformed++ % kLoggedOf == 0)
@@ -105,8 +105,8 @@ void Receiver::writePage() {
         return;
     killTimer(d_pageTimer);
     const std::string page = makePage(d_table, d_counts, core::now());
-    // Not by the safe store, whose files only their owner may read: the process's mask
-    // says who may read this one, and after a power cut it is written anew.
+    // Not by the safe store, which makes files for their owner alone: the umask decides who
+    // may read this one, and after a power cut it is simply written again.
     const std::string fresh = pagePath() + ".new";
     if (utl::File::createFromMem(fresh, page.data(), page.size(), 0, kReadableMode))
         (void)utl::FileUtils::renameFile(fresh, pagePath());

@@ -17,18 +17,17 @@ namespace collect {
 /// second, on the event loop of its thread.
 class Receiver final : public kern::TimerInterface, public kern::DescriptorInterface {
 public:
-    /// All must outlive it. The table holds what the store has kept.
+    /// All of them must outlive it. The store has filled the table.
     Receiver(kern::PollLoop& loop, Table& table, Store& store, const Options& options);
 
-    /// Starts receiving and writes the first page. False when that cannot be, which was
-    /// logged.
+    /// Starts receiving and writes the first page. False, after a log line, when it cannot.
     [[nodiscard]] bool start();
     int32_t port() const { return d_socket.localPort(); }
 
-    /// Deals with one datagram; `sender` is its address and port.
+    /// Handles one datagram; `sender` is its address and port.
     void take(std::string_view datagram, const std::string& sender);
 
-    /// Writes the page, if anything is new.
+    /// Writes the page if anything is new.
     void writePage();
 
     const Counts& counts() const { return d_counts; }
@@ -45,7 +44,7 @@ private:
     Store& d_store;
     const Options& d_options;
     core::Udp4Socket d_socket;
-    kern::TimerHandle d_pageTimer; // has one while the page is out of date
+    kern::TimerHandle d_pageTimer; // runs while the page is out of date
     Counts d_counts;
 };
 

@@ -21,7 +21,7 @@ bool toNumber(std::string_view text, int64_t& number) {
     return error == std::errc{} && last == end;
 }
 
-/// False when the element is known, and its text means nothing.
+/// False when the text of a known element is invalid.
 bool takeField(Report& report, std::string_view name, std::string& text) {
     for (const TextField& field : kTextFields) {
         if (field.name == name)
@@ -39,7 +39,7 @@ Document malformed(std::string& error, std::string why) {
     return Document::Malformed;
 }
 
-/// Behind the root's start.
+/// Reads on after the start tag of the root.
 Document readFields(textmarkup::XmlReader& reader, Report& report, std::string& error) {
     std::string text;
     for (Event event = reader.next(); event != Event::End; event = reader.next()) {
@@ -54,7 +54,7 @@ Document readFields(textmarkup::XmlReader& reader, Report& report, std::string& 
     return isComplete(report, error) ? Document::Failure : Document::Malformed;
 }
 
-/// The rest of a document of which only its being one is of interest.
+/// Reads the rest only to see whether the document is well-formed.
 Document skipRest(textmarkup::XmlReader& reader, std::string& error) {
     for (Event event = reader.next(); event != Event::End; event = reader.next()) {
         if (event == Event::Error)

@@ -62,17 +62,17 @@ inline constexpr NumberField kNumberFields[] = {
     {"total", &Report::total},
 };
 
-/// Whether the fields that must be there have a meaning; why not is in `error`.
+/// Whether the required fields are there and valid; if not, `error` says why.
 bool isComplete(const Report& report, std::string& error);
 
 /// What a datagram turned out to be.
 enum class Document : uint8_t { Failure, SendLogs, Malformed };
 
-/// Reads a document as stations send it; elements that are not known are skipped. What
-/// is wrong with a malformed one is in `error`.
+/// Reads a document as stations send it; unknown elements are skipped. If it is malformed,
+/// `error` says why.
 Document readDocument(std::string_view datagram, Report& report, std::string& error);
 
-/// A report with when it arrived and from where.
+/// A report, when it arrived and from where.
 struct Arrival {
     int64_t time = 0;   ///< core::now()
     std::string sender; ///< address and port, "192.0.2.7:50123"

@@ -10,7 +10,7 @@
 namespace collect {
 namespace {
 
-// The handler runs on a thread of the system's.
+// The system calls the handler on a thread of its own.
 std::mutex mutex;
 std::condition_variable gone;
 kern::PollLoop* current = nullptr;
@@ -19,7 +19,7 @@ BOOL WINAPI stopCurrent(DWORD event) {
     std::unique_lock lock(mutex);
     if (current != nullptr)
         current->stop();
-    // Behind these the system ends the program as soon as the handler returns.
+    // After these the system ends the program as soon as the handler returns.
     if (event == CTRL_CLOSE_EVENT || event == CTRL_LOGOFF_EVENT || event == CTRL_SHUTDOWN_EVENT)
         gone.wait(lock, [] { return current == nullptr; });
     return TRUE;

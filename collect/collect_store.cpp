@@ -14,7 +14,7 @@ namespace {
 constexpr size_t kReadAtOnce = size_t{1} << 18U;
 constexpr size_t kMaxLine = size_t{1} << 20U; // more than any report makes
 
-/// Hands the whole lines of `text` to the table and leaves the rest.
+/// Hands the whole lines of `text` to the table and leaves the rest in it.
 uint64_t replayLines(std::string& text, Table& table) {
     uint64_t unreadable = 0;
     size_t start = 0;
@@ -38,7 +38,7 @@ std::string Store::path(int32_t number) const {
 }
 
 bool Store::replay(Table& table) {
-    // The first one is missing when the program ended amid a rotation.
+    // The first is missing when the program ended in the middle of a rotation.
     const std::string newest = utl::FileUtils::exists(path()) ? path() : path(1);
     if (!utl::FileUtils::exists(newest))
         return true;
@@ -71,7 +71,7 @@ bool Store::openFile() {
     return d_file.openFile(path(), utl::File::kWrite | utl::File::kAppend) && d_file.size(d_size);
 }
 
-/// The new file is there with all that the table holds, or not at all.
+/// The new file is complete, with all that the table holds, or not there at all.
 bool Store::begin(const Table& table) {
     std::string text;
     for (auto entry = table.entries().rbegin(); entry != table.entries().rend(); ++entry)
@@ -90,7 +90,7 @@ void Store::rotate(const Table& table) {
     }
     if (begin(table))
         return;
-    // It goes on with the old file, until there is as much again.
+    // Goes on with the old file until it has grown by as much again.
     d_rotateAt = d_size + d_limits.maxSize;
     if (utl::FileUtils::renameFile(path(1), path()))
         (void)openFile();

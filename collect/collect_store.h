@@ -8,32 +8,32 @@
 
 namespace collect {
 
-/// What is kept of the reports: failures.jsonl in a folder, with the lines that
-/// collect_lines.h describes. Each is in the system's hands before the next report is
-/// read.
+/// Keeps the reports in a folder's failures.jsonl, whose lines collect_lines.h describes.
+/// Each report is in the system's hands before the next one is read.
 ///
-/// A file that has grown above its limit is renamed to failures.jsonl.1, that one to
-/// failures.jsonl.2 and so on. The new one begins with what the table holds, so that it
-/// alone makes a table whole; the old ones are there for people.
+/// A file above its limit is renamed to failures.jsonl.1, that one to failures.jsonl.2 and
+/// so on. The new file begins with all that the table holds, so it is enough to restore the
+/// table; the old ones are for people to read.
 class Store {
 public:
     struct Limits {
         uint64_t maxSize = uint64_t{16} << 20U; ///< of a file, in bytes
-        int32_t maxFiles = 5;                   ///< the one that is written included
+        int32_t maxFiles = 5;                   ///< including the one being written
     };
 
     explicit Store(std::string folder) : Store(std::move(folder), Limits{}) {}
     Store(std::string folder, Limits limits);
 
-    /// Fills the table from what is kept. Lines that cannot be read are skipped and
-    /// counted on WARN. Nothing kept yet is no failure.
+    /// Fills the table from what is kept. Unreadable lines are skipped and counted on WARN.
+    /// Having nothing yet is no failure.
     [[nodiscard]] bool replay(Table& table);
 
-    /// Opens the file, after `replay`, to append to it; makes it, and the folder, when they are missing.
+    /// After `replay`: opens the file to append to it. Makes it, and the folder, if
+    /// missing.
     [[nodiscard]] bool open(const Table& table);
 
-    /// Appends a report that the table has already been given. False when it could not
-    /// be written, which was logged.
+    /// Appends a report that the table already has. False, after a log line, when it could
+    /// not be written.
     bool append(const Arrival& arrival, const Table& table);
 
 private:

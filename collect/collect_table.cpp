@@ -24,7 +24,7 @@ Report cutTexts(Report report) {
     return report;
 }
 
-/// Takes over what a run has counted; its first report begins it anew, since another
+/// Adds what a run has counted. A run's first report begins its count anew, since another
 /// program may have been given the same port.
 void count(Entry& entry, const Arrival& arrival) {
     const Report& report = arrival.report;

@@ -12,7 +12,7 @@
 
 namespace collect {
 
-/// One run of a program on a station: what it counted last.
+/// One run of a program on a station, and its latest count.
 struct Run {
     std::string sender;
     int64_t total = 0;
@@ -23,7 +23,7 @@ struct Entry {
     Report report;     ///< the latest one
     int64_t first = 0; ///< arrival of the first one; core::now()
     int64_t last = 0;
-    int64_t arrived = 0;   ///< failures that the reports tell of
+    int64_t arrived = 0;   ///< failures that the reports speak of
     int64_t total = 0;     ///< failures that the station counted
     std::vector<Run> runs; ///< those whose counts are in `total`, the latest first
 
@@ -32,22 +32,22 @@ struct Entry {
 };
 
 /// What fails where, the latest first. Its memory grows with the number of sites and
-/// stations, not with that of reports, and has a limit: beyond kMaxEntries what happened
-/// longest ago is given up, and longer texts than kMaxText are cut.
+/// stations, not of reports, and is limited: beyond kMaxEntries the oldest entry is
+/// dropped, and texts longer than kMaxText are cut.
 class Table {
 public:
     static constexpr size_t kMaxEntries = 4096;
     static constexpr size_t kMaxText = 8192;
-    static constexpr size_t kMaxRuns = 16; // of an entry; older ones are only in its total
+    static constexpr size_t kMaxRuns = 16; // of an entry; older ones only count in its total
 
     void add(const Arrival& arrival);
 
-    /// Puts back an entry as it was, as the latest.
+    /// Restores an entry as it was, as the latest.
     void restore(Entry entry);
 
     const std::list<Entry>& entries() const { return d_entries; }
 
-    /// Entries given up so far.
+    /// Entries dropped so far.
     uint64_t givenUp() const { return d_givenUp; }
 
 private:

@@ -30,7 +30,7 @@ constexpr const char* kSection = "NVR";
 constexpr const char* kAddressKey = "Address";
 constexpr const char* kPortKey = "Port";
 
-/// Where the recorder is reached, as text: any text is an address and a port.
+/// How to reach the recorder. Any text is an address and any text a port.
 struct Connection {
     std::string address;
     std::string port;
@@ -38,11 +38,11 @@ struct Connection {
     bool operator==(const Connection&) const = default;
 };
 
-/// All of it: Qt takes a byte order mark at the beginning for none of the text.
+/// All of the text: Qt would drop a byte order mark at its beginning.
 QString fieldText(const std::string& value) { return QString::fromStdString(' ' + value).mid(1); }
 
-/// The two fields of the dialog, which owns them. They hold what the file does, however
-/// long: what they cut would count as a change.
+/// The two fields of the dialog, which owns them. They take values of any length: a value
+/// that they cut would count as a change.
 struct Fields {
     explicit Fields(QDialog* dialog) : address(new QLineEdit(dialog)), port(new QLineEdit(dialog)) {
         address->setMaxLength(std::numeric_limits<int>::max());
@@ -77,7 +77,7 @@ Connection readConnection(const std::string& settingsPath) {
     return connection;
 }
 
-/// Completes a row: its label, placed already, names the field to screen readers.
+/// Completes a row: its label, already placed, names the field for screen readers.
 void addRow(NS_QT::WidgetBuilder& builder, QLabel* label, QLineEdit* field) {
     label->setBuddy(field);
     builder.add(field);
@@ -102,7 +102,7 @@ void layOut(NS_QT::WidgetBuilder& builder, QDialog* dialog, const Fields& fields
     builder.addOkCancel(dialog, SLOT(accept()), dialog, SLOT(reject()));
 }
 
-/// The file then holds this section alone: whatever else was in it is given up.
+/// The file then holds this section alone; whatever else it held is dropped, on purpose.
 bool storeConnection(const std::string& settingsPath, const Connection& connection) {
     utl::IniWriter settings;
     settings.addSection(kSection);
@@ -128,7 +128,7 @@ int runApplication(int argc, char** argv) {
 }
 
 int main(int argc, char** argv) {
-    // Before the application object, which looks for its plugins there.
+    // Before the application object, which looks for its plugins there as it starts.
     QCoreApplication::addLibraryPath("./3rdparty/qt5/plugins");
     NS_QT::abortOnFatalMessages();
     const QApplication application(argc, argv);

@@ -15,10 +15,10 @@ int runApplication(int argc, char** argv);
 /// The tool itself: reads the settings file, runs the dialog and, on OK with a
 /// change, replaces the file and logs the change on NORM.
 ///
-/// A missing or unreadable file means empty fields; a settings folder that cannot be
-/// made is a failed check, after which the dialog comes up all the same. The result
-/// is 0 in every case. Qt keeps references to both arguments, so they must stay
-/// valid until the process ends; `argv` ends with a null pointer.
+/// A missing or unreadable file means empty fields; a settings folder that cannot be made
+/// is a failed check, and the dialog still opens. The result is always 0. Qt keeps
+/// references to both arguments: they must stay valid until the process ends. `argv` ends
+/// with a null pointer.
 int main(int argc, char** argv);
 
 } // namespace configure

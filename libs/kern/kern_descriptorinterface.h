@@ -12,17 +12,16 @@ namespace kern {
 ///         void readReady(intptr_t) override { ... }
 ///     };
 ///
-/// An object lives on one thread, within the time in which that thread has a manager.
-/// Ending watches and destroying the object are allowed in its callbacks. Nothing here
-/// throws or locks.
+/// An object lives on one thread, while that thread has a manager. Callbacks may end
+/// watches and destroy the object. Nothing here throws or locks.
 class DescriptorInterface {
 public:
     DescriptorInterface(const DescriptorInterface&) = delete;
     DescriptorInterface& operator=(const DescriptorInterface&) = delete;
 
-    /// Called, again and again as long as it is so, when the descriptor can be read or
-    /// has failed, which the next read tells. A descriptor that was watched again under
-    /// the same number may be called for nothing, so it should not block.
+    /// Called again and again while the descriptor can be read or has failed, which the
+    /// next read tells. May be called in vain when a descriptor was closed and its number
+    /// watched again, so it should not block.
     virtual void readReady(intptr_t descriptor) = 0;
     /// The same for writing; does nothing by default.
     virtual void writeReady(intptr_t descriptor);
@@ -30,14 +29,14 @@ public:
 protected:
     DescriptorInterface() = default;
 
-    /// Ends the watches that are left. Objects are not destroyed through this class.
+    /// Ends the remaining watches. Objects are not destroyed through this class.
     ~DescriptorInterface();
 
-    /// False, after a failed check, when the thread has no manager or it refuses.
+    /// False, after a failed check, when the thread has no manager or the manager refuses.
     bool watchRead(intptr_t descriptor);
     bool watchWrite(intptr_t descriptor);
 
-    /// Nothing when the thread has no manager, and with it no watches.
+    /// Does nothing when the thread has no manager, and so no watches.
     void unwatchRead(intptr_t descriptor);
     void unwatchWrite(intptr_t descriptor);
 };

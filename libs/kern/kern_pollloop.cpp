@@ -66,7 +66,7 @@ int64_t PollLoop::timeout() const {
     return d_order.empty() ? -1 : std::max<int64_t>(0, d_order.begin()->first - d_system.now());
 }
 
-/// What the callbacks of this turn have ended is looked up in vain.
+/// Finds nothing for what a callback of this turn has ended.
 void PollLoop::tellOwners(const std::vector<detail::PollEntry>& entries) {
     for (const detail::PollEntry& entry : entries) {
         if (!CHECKF(!entry.invalid, core::format("%d was closed while it was watched",
@@ -175,7 +175,7 @@ void PollLoop::unwatchWrite(intptr_t descriptor) { unwatch(descriptor, &Watch::w
 int32_t PollLoop::removeDescriptors(DescriptorInterface* owner) {
     int32_t removed = 0;
     for (auto found = d_watches.begin(); found != d_watches.end();) {
-        const auto [descriptor, watch] = *found++; // before it goes
+        const auto [descriptor, watch] = *found++; // copied: it may be erased
         if (watch.reader == owner) {
             unwatchRead(descriptor);
             ++removed;

@@ -15,40 +15,40 @@ namespace detail {
 struct PollEntry;
 } // namespace detail
 
-/// An event loop of its own, without a toolkit: the timers and descriptors of its
-/// thread, on the system's poll.
+/// An event loop without a toolkit, on the system's poll: it serves the timers and
+/// descriptors of its thread.
 ///
 ///     kern::PollLoop loop;
 ///     Receiver receiver; // a kern::DescriptorInterface, a kern::TimerInterface, or both
 ///     loop.run();
 ///
-/// On Windows only sockets can be watched. One object watches a descriptor for reading,
-/// the same or another one for writing.
+/// On Windows only sockets can be watched. A descriptor has one object that watches it for
+/// reading, and one, perhaps another, for writing.
 ///
-/// Intervals are milliseconds of a clock that nobody sets. Timers repeat; one that is
-/// late expires once for all it has missed, and 0 means in each turn of the loop. Ids
-/// are never used twice by a loop. Killing an id that the object does not own does
-/// nothing. Callbacks may end any timers, watches and objects, but not the loop itself.
+/// Intervals are milliseconds of a clock that nobody can set. Timers repeat; one that is
+/// late expires once for all that it missed, and 0 means every turn of the loop. A loop
+/// never uses an id twice. Killing an id that the object does not own does nothing.
+/// Callbacks may end any timers, watches and objects, but not the loop itself.
 ///
-/// Everything is for the thread that made it, but `stop`.
+/// Everything but `stop` is for the thread that made the loop.
 class PollLoop final : public TimerManager, public DescriptorManager {
 public:
-    class System; ///< what it needs of the system, for tests to replace
+    class System; ///< what it needs of the system; tests replace it
 
     PollLoop();
     /// The system must outlive the loop.
     explicit PollLoop(const System& system);
     ~PollLoop() override;
 
-    /// Whether the system gave it what `stop` needs. If not, that was logged, and `run`
+    /// Whether the system provided what `stop` needs. If not, that was logged, and `run`
     /// returns at once.
     bool isReady() const;
 
     /// Waits for timers and descriptors and calls their objects, until `stop`.
     void run();
 
-    /// Has `run` return when the callbacks of this turn are done; outside of it the next
-    /// `run` returns at once. Any thread, and signal handlers.
+    /// Makes `run` return after the callbacks of this turn; if it is not running, the next
+    /// `run` returns at once. For any thread, and for signal handlers.
     void stop();
 
     // TimerManager
@@ -58,7 +58,7 @@ public:
     void killTimer(int64_t id, TimerInterface* owner) override;
     int32_t runningTimers(const TimerInterface* owner) const override;
 
-    // DescriptorManager; a descriptor that is watched for the same already is refused
+    // DescriptorManager; refuses a descriptor that is already watched for the same
     bool watchRead(intptr_t descriptor, DescriptorInterface* owner) override;
     bool watchWrite(intptr_t descriptor, DescriptorInterface* owner) override;
     void unwatchRead(intptr_t descriptor) override;

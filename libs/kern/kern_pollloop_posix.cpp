@@ -34,7 +34,7 @@ void PollLoop::System::poll(std::vector<detail::PollEntry>& entries, int64_t tim
 intptr_t PollLoop::System::makeWaker() const { return eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); }
 
 void PollLoop::System::wake(intptr_t waker) const {
-    const int error = errno; // of what a signal may have interrupted
+    const int error = errno; // of the code that a signal may have interrupted
     (void)eventfd_write(static_cast<int>(waker), 1);
     errno = error;
 }

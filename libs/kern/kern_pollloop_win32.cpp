@@ -11,7 +11,7 @@ namespace {
 
 SOCKET socketOf(intptr_t descriptor) { return static_cast<SOCKET>(descriptor); }
 
-/// Binds the socket on the loopback interface and has it send to itself.
+/// Binds the socket on the loopback interface and lets it send to itself.
 bool joinToItself(SOCKET socket) {
     sockaddr_in address{};
     address.sin_family = AF_INET;

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-/// The event kernel: objects receive timer callbacks from whatever event loop runs on
-/// their thread, without knowing that loop. An event loop takes part by installing
-/// managers for its thread; at most one of each kind serves a thread at a time.
+/// The event kernel: objects get timer callbacks from whatever event loop runs on their
+/// thread, without knowing that loop. An event loop takes part by installing managers for
+/// its thread; a thread has at most one of each kind at a time.
 ///
 /// Everything here is per thread and takes no locks.
 namespace kern {
@@ -14,8 +14,8 @@ class DescriptorManager;
 class TimerInterface;
 class TimerManager;
 
-/// What the kernel knows of one thread. Plain data without a destructor, so it may be
-/// touched at any time of a thread's or the process's life.
+/// What the kernel knows about one thread. Plain data without a destructor: it may be used
+/// at any time in the life of a thread or the process.
 struct ThreadState {
     TimerManager* timerManager;             ///< installed; null for none
     DescriptorManager* descriptorManager;   ///< installed; null for none
@@ -29,10 +29,9 @@ ThreadState& threadState();
 
 /// Schedules the timers of a thread; implemented by its event loop. Applications do
 /// not call it: they derive from TimerInterface.
-///
-/// Constructing a manager installs it for the calling thread, in the place of any
-/// other; it is destroyed on the same thread. Destroying one that is not installed is
-/// a failed check and leaves the installed one in place.
+/// Constructing a manager installs it for the calling thread and replaces any other; it is
+/// destroyed on the same thread. Destroying one that is not installed is a failed check,
+/// and the installed one stays.
 class TimerManager {
 public:
     virtual ~TimerManager();
@@ -52,8 +51,8 @@ public:
     /// the id, above 0; 0 or less when there is no timer to be had.
     virtual int64_t startTimer(uint32_t interval, TimerInterface* owner) = 0;
 
-    /// Kills all timers of an owner, which may be half destroyed: it must not be
-    /// called any more. Returns how many there were, or -1 if that is not known.
+    /// Kills all timers of an owner and returns how many there were, or -1 if that is not
+    /// known. The owner may be half destroyed: it must not be called any more.
     virtual int32_t removeTimers(TimerInterface* owner) = 0;
 
     /// Kills a timer. It does not expire any more, even if it was about to.
@@ -69,19 +68,19 @@ protected:
 /// Watches descriptors (sockets, handles) for a thread; implemented by its event loop.
 /// Installed and removed like a TimerManager.
 ///
-/// A descriptor is the system's number of it. What a DescriptorInterface is told, the
-/// event loop that defines it decides.
+/// A descriptor is the system's number for it. The event loop that defines a
+/// DescriptorInterface decides what that is told.
 class DescriptorManager {
 public:
     virtual ~DescriptorManager();
     DescriptorManager(const DescriptorManager&) = delete;
     DescriptorManager& operator=(const DescriptorManager&) = delete;
 
-    /// Names the manager for its own reports; does nothing by default.
+    /// Names the manager in its own reports; does nothing by default.
     virtual void setLabel(const char* label);
 
-    /// Tells the interface when the descriptor can be read or written; false if it
-    /// cannot be watched.
+    /// Tells the interface when the descriptor can be read or written. False if it cannot
+    /// be watched.
     virtual bool watchRead(intptr_t descriptor, DescriptorInterface* owner) = 0;
     virtual bool watchWrite(intptr_t descriptor, DescriptorInterface* owner) = 0;
 
@@ -89,7 +88,7 @@ public:
     virtual void unwatchRead(intptr_t descriptor) = 0;
     virtual void unwatchWrite(intptr_t descriptor) = 0;
 
-    /// Ends all watches of an interface. Returns how many there were, or -1 if that is
+    /// Ends all watches of an interface and returns how many there were, or -1 if that is
     /// not known.
     virtual int32_t removeDescriptors(DescriptorInterface* owner) = 0;
 

@@ -72,16 +72,15 @@ void TimerInterface::killTimer(TimerHandle& handle) {
 }
 
 void TimerInterface::killActive(int64_t id) {
-    // Before the manager is looked for: the timer counts as killed even when there is
-    // nobody left to be told.
+    // Before looking for the manager: the timer counts as killed even when there is nobody
+    // left to tell.
     --d_num_active_timers;
     TimerManager* const manager = threadState().timerManager;
     if (!CHECKF_AT(kKillWithoutManager, manager != nullptr,
                    core::format("killTimer called too late in %s", name())))
         return;
     manager->killTimer(id, this);
-    // An id that was not this object's must not hide a timer that still runs from the
-    // destructor.
+    // Killing a wrong id must not hide a timer that still runs from the destructor.
     if (const int32_t running = manager->runningTimers(this); running >= 0)
         d_num_active_timers = std::max(d_num_active_timers, running);
 }

@@ -10,8 +10,8 @@
 
 namespace kern {
 
-/// One timer as its user keeps it: empty until restartTimer starts one, and again after
-/// killTimer.
+/// One timer as its user keeps it: empty at first and after killTimer, in use once
+/// restartTimer has started one.
 struct TimerHandle {
     int64_t id = 0;        ///< 0 or less: no timer
     uint32_t interval = 0; ///< the one last asked for
@@ -26,13 +26,12 @@ struct TimerHandle {
 ///     };
 ///
 /// A timer expires again and again until it is killed, at the latest by the object's
-/// destructor. Intervals are in the manager's unit, milliseconds for Qt's event loop,
-/// and less than 2^31. Killing timers and destroying the object are allowed in
-/// timerExpired.
+/// destructor. Intervals are in the manager's unit (milliseconds for Qt's event loop) and
+/// below 2^31. timerExpired may kill timers and destroy the object.
 ///
-/// An object lives on one thread, within the time in which that thread has a manager.
-/// Calls outside it are failed checks and do nothing else. Nothing here throws or locks.
-/// Users are compiled with RTTI, by which name() knows their classes.
+/// An object lives on one thread, while that thread has a manager; calls outside that time
+/// are failed checks and do nothing else. Nothing here throws or locks. Users are compiled
+/// with RTTI, from which name() gets their classes.
 class TimerInterface {
 public:
     TimerInterface(const TimerInterface&) = delete;
@@ -50,16 +49,16 @@ public:
     /// Kills a timer of this object. An id of 0 or less is a failed check.
     ///
     /// Do not kill a timer twice: any other id counts as one that has ended, before the
-    /// manager is asked for it. A manager that knows how many are running puts the count
-    /// right, as Qt's does after a failed check; with others the destructor may forget
-    /// timers that run. A TimerHandle cannot be killed twice.
+    /// manager is asked. A manager that knows how many timers run, such as Qt's, corrects
+    /// the count after a failed check; with others the destructor may forget running
+    /// timers. A TimerHandle cannot be killed twice.
     void killTimer(int64_t id);
 
-    /// Kills the handle's timer, if it has one, and clears the handle.
+    /// Kills the handle's timer, if any, and clears the handle.
     void killTimer(TimerHandle& handle);
 
-    /// Kills the handle's timer, if it has one, and starts another. Returns its id,
-    /// which the handle keeps; 0 after a failed check.
+    /// Kills the handle's timer, if any, and starts another. Returns the new id, which the
+    /// handle keeps; 0 after a failed check.
     int64_t restartTimer(TimerHandle& handle, uint32_t interval);
 
     /// Timers started and not yet killed.
@@ -68,8 +67,8 @@ public:
 protected:
     TimerInterface() = default;
 
-    /// Has the manager remove the timers that are left. Objects are not destroyed
-    /// through this class, which is only ever a second base.
+    /// Makes the manager remove the remaining timers. Objects are not destroyed through
+    /// this class, which is only ever a second base.
     ~TimerInterface();
 
 private:

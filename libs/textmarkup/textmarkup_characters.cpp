@@ -11,7 +11,7 @@ struct Range {
     uint32_t last;
 };
 
-// The ranges of XML 1.0, fifth edition, from U+0080 on.
+// The ranges of XML 1.0, fifth edition, from U+0080.
 constexpr Range kNameStarts[] = {{0xC0, 0xD6},     {0xD8, 0xF6},     {0xF8, 0x2FF},
                                  {0x370, 0x37D},   {0x37F, 0x1FFF},  {0x200C, 0x200D},
                                  {0x2070, 0x218F}, {0x2C00, 0x2FEF}, {0x3001, 0xD7FF},

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::string_view kCut = "...";
 
-/// Whether a byte stands for itself in contents and values.
+/// Whether a byte stands for itself in content and values.
 constexpr auto kPlain = [] {
     std::array<bool, 256> plain{};
     for (size_t code = ' '; code < 0x80; ++code)
@@ -27,7 +27,7 @@ size_t plainLength(std::string_view text) {
     return static_cast<size_t>(end - text.begin());
 }
 
-/// What stands for the character that `source` holds.
+/// The replacement of the character that `source` holds.
 std::string_view markupOf(const Character& character, std::string_view source,
                           Whitespace whitespace) {
     if (!character.wellFormed || !isXmlCharacter(character.code))
@@ -54,10 +54,10 @@ std::string_view markupOf(const Character& character, std::string_view source,
     }
 }
 
-/// As much of an escaped text as leaves room for the mark, which follows.
+/// Cuts an escaped text so that the mark, which follows, has room.
 std::string escapedAndCut(std::string_view text, size_t limit) {
     std::string out;
-    size_t cutAt = 0; // the last place that leaves room for the mark
+    size_t cutAt = 0; // the last place where the mark has room
     while (!text.empty() && out.size() <= limit) {
         if (limit - out.size() >= kCut.size())
             cutAt = out.size();
@@ -85,7 +85,7 @@ void appendEscaped(std::string& out, std::string_view text, Whitespace whitespac
 }
 
 std::string escaped(std::string_view text, size_t limit) {
-    if (text.size() > limit) // nothing becomes shorter
+    if (text.size() > limit) // escaping makes nothing shorter
         return escapedAndCut(text, limit);
     std::string whole;
     appendEscaped(whole, text, Whitespace::Plain);

@@ -6,7 +6,7 @@
 namespace textmarkup {
 namespace {
 
-/// Whether a list of names, with blanks around each, holds this one.
+/// Whether a list of names, each between blanks, has this one.
 constexpr bool has(std::string_view names, std::string_view name) {
     for (size_t at = names.find(name); at != std::string_view::npos;
          at = names.find(name, at + 1)) {
@@ -28,7 +28,7 @@ constexpr std::string_view kAroundTables = " html table template ";
 constexpr std::string_view kAroundOthers =
     " applet caption html marquee object table td template th ";
 
-/// What the start tags of some elements end, and what keeps them from it.
+/// Which elements end at which start tags, and what prevents it.
 struct Rule {
     std::string_view starting;
     std::string_view ended;

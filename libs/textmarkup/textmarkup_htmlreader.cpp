@@ -109,7 +109,7 @@ bool HtmlReader::isMarkupAt(size_t at) const {
            (text[1] == '/' && text.size() > 2);
 }
 
-/// Where markup begins, looking no farther than one piece of text reaches.
+/// Where markup begins; looks no further than one piece of text may reach.
 size_t HtmlReader::nextMarkup() const {
     const std::string_view text = d_cursor.text();
     const std::string_view piece =
@@ -190,7 +190,7 @@ void HtmlReader::readStartTag() {
     closeBefore(name);
 }
 
-/// Makes the elements end that cannot stand around this one.
+/// Ends the elements that cannot contain this one.
 void HtmlReader::closeBefore(std::string_view element) {
     d_closeTo = d_limits.depth - 1;
     for (size_t i = d_open.size(); i > 0 && !shieldsBefore(d_open[i - 1], element); --i) {
@@ -212,7 +212,7 @@ void HtmlReader::readEndTag() {
         if (shieldsFromEndTag(d_open[i - 1], name))
             break;
     }
-    if (name == "p" || name == "br") { // browsers put an empty element here
+    if (name == "p" || name == "br") { // browsers insert an empty element here
         d_count = 0;
         d_startWaits = true;
         d_endsAtOnce = true;
@@ -220,7 +220,7 @@ void HtmlReader::readEndTag() {
     }
 }
 
-/// From the name on.
+/// Reads on from the name.
 bool HtmlReader::readTag() {
     d_count = 0;
     const size_t end = std::min(d_cursor.text().find_first_of(" \t\n\f\r/>", d_cursor.at()),
@@ -283,7 +283,8 @@ bool HtmlReader::readValue(Gathered& value) {
     return true;
 }
 
-/// Where the text of the element that starts here ends, by its end tag or the document.
+/// Where the text of the element that starts here ends: at its end tag or with the
+/// document.
 size_t HtmlReader::contentEnd() const {
     const std::string_view text = d_cursor.text();
     if (d_content == HtmlContent::Rest)
@@ -296,7 +297,7 @@ size_t HtmlReader::contentEnd() const {
     return std::min(at, text.size());
 }
 
-/// In a comment of a script, which old pages have, `<script` hides one `</script`.
+/// Within a comment in a script, as in old pages, `<script` hides one `</script`.
 size_t HtmlReader::scriptEnd() const {
     const std::string_view text = d_cursor.text();
     bool inComment = false;
@@ -307,7 +308,7 @@ size_t HtmlReader::scriptEnd() const {
             inComment = isHidden = false;
         } else if (rest.starts_with("<!--") && !inComment) {
             inComment = true;
-            ++at; // its hyphens may end it, too
+            ++at; // its hyphens may also end it
         } else if (isTagAt(at, "</", "script")) {
             if (!std::exchange(isHidden, false))
                 return at;
@@ -335,7 +336,7 @@ void HtmlReader::skipLineEnd() {
         d_cursor.skip("\n");
 }
 
-/// Gathers up to `end`, or as much as the limit on texts allows.
+/// Gathers up to `end`, or as much as the limit for texts allows.
 void HtmlReader::gather(size_t end, const PlainBytes& plain, const ReferenceIn* place,
                         Gathered& out) {
     out.clear();
@@ -363,7 +364,7 @@ void HtmlReader::gather(size_t end, const PlainBytes& plain, const ReferenceIn* 
     d_cursor.moveTo(at);
 }
 
-/// Gathers a character that does not stand for itself, and yields its length.
+/// Gathers a character that does not stand for itself, and returns its length.
 size_t HtmlReader::gatherOther(std::string_view rest, const ReferenceIn* place, Gathered& out) {
     const Character character = characterAt(rest);
     if (!character.wellFormed || character.code == 0) {

@@ -16,22 +16,22 @@ namespace textmarkup {
 enum class HtmlContent : uint8_t;
 enum class ReferenceIn;
 
-/// Reads HTML in UTF-8 as browsers cut it into tags, texts and comments. There are no
-/// errors: whatever a text holds, it is read, and each StartElement has its EndElement.
+/// Reads HTML in UTF-8 and cuts it into tags, texts and comments as browsers do. There are
+/// no errors: any text can be read, and each StartElement has its EndElement.
 ///
-/// Names of elements and attributes come in lower case. Elements end where browsers end
-/// them: void ones at once, `p`, `li`, `td` and their like before what cannot stand in
-/// them, the others in an element with the element; an end tag that closes nothing does
-/// not come, nor a tag that the document ends in. Unlike browsers, this adds no `html`,
-/// `head`, `body` and `tbody`, and opens nothing again: of `<b><i></b></i>` the last
-/// tag closes nothing.
+/// Names of elements and attributes are in lower case. Elements end where browsers end
+/// them: void ones at once, `p`, `li`, `td` and the like before elements that they cannot
+/// contain, all others with the element around them. An end tag that closes nothing is left
+/// out, as is a tag cut off by the end of the document. Unlike browsers, the reader does
+/// not add `html`, `head`, `body` and `tbody`, and reopens nothing: in `<b><i></b></i>` the
+/// last tag closes nothing.
 ///
-/// Text comes without references; in `script`, `style` and their like as it is. One text
-/// may come in pieces. Bytes that are no UTF-8, and NUL, become U+FFFD. Beyond the limits
-/// texts come in more pieces, values and comments are cut, attributes are left out, and
-/// an element ends before one that would stand too deep.
+/// Text comes with its references decoded, but raw in `script`, `style` and the like. One
+/// text may come in several pieces. Invalid UTF-8 and NUL become U+FFFD. Beyond the limits,
+/// texts come in more pieces, values and comments are cut, attributes are left out, and an
+/// element ends before a child that would be too deep.
 ///
-/// What the accessors return is valid until the next call of `next`, and as long as the
+/// The results of the accessors are valid until the next call of `next` and as long as the
 /// document; most are slices of it.
 class HtmlReader {
 public:
@@ -48,35 +48,35 @@ public:
     /// Of the element.
     std::string_view name() const;
 
-    /// Of Text and Comment; of DocumentType what follows the word.
+    /// Of Text and Comment; of DocumentType, what follows the word.
     std::string_view text() const { return d_text.view(); }
 
-    /// Of StartElement; of attributes with the same name the first.
+    /// Of StartElement; of attributes with the same name, the first.
     Attributes attributes() const { return Attributes(d_attributes); }
 
-    /// How many elements are open, one that starts or ends now among them.
+    /// The number of open elements, including one that starts or ends now.
     size_t depth() const { return d_open.size(); }
 
-    /// Where the event begins in the document, in bytes; of an EndElement without tag,
+    /// Where the event begins in the document, in bytes; for an EndElement without a tag,
     /// where it became necessary.
     size_t offset() const { return d_start; }
 
 private:
-    // They yield whether there is an event.
+    // These return whether there is an event.
     bool read();
     bool readText(size_t end, const ReferenceIn* place);
     bool readMarkup();
     bool readComment();
     bool readUntilBracket(Event event);
 
-    // They only prepare events.
+    // These only prepare events.
     void readStartTag();
     void readEndTag();
     void closeBefore(std::string_view element);
     Event start();
     Event end();
 
-    // False when the document ends before the tag does.
+    // False when the document ends within the tag.
     bool readTag();
     bool readAttribute();
     bool readValue(Gathered& value);
@@ -100,8 +100,8 @@ private:
     Event d_event = Event::End;
 
     std::vector<std::string> d_open;
-    size_t d_closeTo = kAll;   ///< so many elements are to stay open
-    bool d_startWaits = false; ///< for others to end
+    size_t d_closeTo = kAll;   ///< this many elements stay open
+    bool d_startWaits = false; ///< until other elements have ended
     bool d_endsAtOnce = false; ///< the element of the latest start tag
     HtmlContent d_content{};   ///< of the innermost element; markup at first
     size_t d_contentEnd = 0;   ///< unless that is markup
@@ -109,8 +109,8 @@ private:
     Gathered d_text;
     Gathered d_name;                ///< of the latest tag
     bool d_hasSlash = false;        ///< it has one at its end
-    size_t d_count = 0;             ///< of its attributes, of which these are
-    std::vector<Gathered> d_names;  ///< the names
+    size_t d_count = 0;             ///< of its attributes; both lists may be longer
+    std::vector<Gathered> d_names;  ///< their names
     std::vector<Gathered> d_values; ///< and values
     std::vector<Attribute> d_attributes;
 };

@@ -18,7 +18,7 @@ struct NamedReference {
 
 bool isLetterOrDigit(char ch) { return isLetter(ch) || isDigit(ch); }
 
-/// What numbers from 0x80 to 0x9F mean: what they were in windows-1252.
+/// The meaning of the numbers 0x80 to 0x9F: that of windows-1252.
 uint32_t meantBy(uint32_t code) {
     constexpr uint32_t kFrom0x80[] = {
         0x20AC, 0x81,   0x201A, 0x192,  0x201E, 0x2026, 0x2020, 0x2021, 0x2C6,  0x2030, 0x160,
@@ -47,14 +47,14 @@ size_t decodeNumber(std::string_view text, std::string& out) {
     return end + (text.substr(end).starts_with(';') ? 1 : 0);
 }
 
-/// Empty for a name that is none.
+/// Empty for an unknown name.
 std::string_view textOf(std::string_view name) {
     const auto* const found =
         std::ranges::lower_bound(kReferences, name, {}, &NamedReference::name);
     return found != std::end(kReferences) && found->name == name ? found->text : std::string_view();
 }
 
-/// The length of the longest name at the front that needs no semicolon.
+/// The length of the longest name at the front that is valid without a semicolon.
 size_t lengthWithoutSemicolon(std::string_view letters) {
     constexpr size_t kLongest = 6;
     for (size_t length = std::min(letters.size(), kLongest); length > 0; --length) {

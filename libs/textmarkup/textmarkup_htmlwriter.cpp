@@ -27,7 +27,7 @@ bool startsWith(std::string_view text, std::string_view lowerCase) {
     return equalIgnoringCase(text.substr(0, lowerCase.size()), lowerCase);
 }
 
-/// Whether `code`, in the raw text of an element, would end it or begin a comment here.
+/// Whether `code` at this place would end the raw text of an element, or begin a comment.
 bool breaksOut(std::string_view code, const std::string& element) {
     return startsWith(code, "</" + element) || startsWith(code, "<!--") ||
            startsWith(code, "<script");

@@ -8,7 +8,7 @@
 
 namespace textmarkup {
 
-/// Writes an HTML document, or a piece of one, in which no text becomes markup.
+/// Writes an HTML document, or a part of one, in which no text can become markup.
 ///
 ///     HtmlWriter page;
 ///     page.doctype();
@@ -16,17 +16,17 @@ namespace textmarkup {
 ///     page.element("p", message, {{"class", "message"}});
 ///     file.write(page.finish());
 ///
-/// Texts are escaped, with U+FFFD for bytes that are no UTF-8 and for control characters
-/// but tab, line feed and carriage return. A name that is none gets '_' for each
-/// character but ASCII letters, digits and "-_.:", and an 'x' in front where no letter
-/// comes first. Void elements such as `br` are open for no time: no `close` belongs to
-/// them. Which elements may stand in which is left to the caller.
+/// Texts are escaped; invalid UTF-8 and control characters, except tab, line feed and
+/// carriage return, become U+FFFD. In an invalid name each character other than ASCII
+/// letters, digits and "-_.:" becomes '_', and an 'x' is put in front if it does not begin
+/// with a letter. Void elements such as `br` are closed at once: do not call `close` for
+/// them. Which elements may contain which is up to the caller.
 class HtmlWriter {
 public:
-    /// `<!DOCTYPE html>`, which only stands before all else.
+    /// `<!DOCTYPE html>`; only at the very beginning.
     void doctype();
 
-    /// Of attributes with the same name the first is written.
+    /// Of attributes with the same name, the first is written.
     void open(std::string_view name, const Attributes& attributes = {});
     void close();
 
@@ -34,15 +34,15 @@ public:
     void element(std::string_view name, std::string_view text, const Attributes& attributes = {});
 
     /// In `script`, `style` and other raw text, where nothing can be escaped, the text is
-    /// code of the page's author: bytes and characters are replaced as above, and what
+    /// code by the page's author: bytes and characters are replaced as above, and what
     /// would end the element or begin a comment (`</script`, `<script`, `<!--`) gets a
-    /// backslash behind the '<', which means the same within strings.
+    /// backslash after the '<', which does not change its meaning inside strings.
     void text(std::string_view text);
 
-    /// Hyphens in a row are parted by blanks.
+    /// Hyphens in a row are separated by blanks.
     void comment(std::string_view text);
 
-    /// Closes what is open and hands over the text; the writer is as new.
+    /// Closes what is open and returns the text; the writer is then as new.
     std::string finish();
 
 private:

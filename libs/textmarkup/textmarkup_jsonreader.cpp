@@ -76,7 +76,7 @@ bool JsonReader::begin() {
     return readValue();
 }
 
-/// What stands next in the innermost object or array.
+/// What comes next in the innermost object or array.
 bool JsonReader::readMember() {
     const bool isObject = d_open.back() == '}';
     if (d_cursor.skip(std::string_view(d_open).substr(d_open.size() - 1))) {
@@ -146,7 +146,7 @@ bool JsonReader::readString(Gathered& out) {
     return false;
 }
 
-/// What follows a backslash.
+/// Reads on after a backslash.
 bool JsonReader::readEscape(Gathered& out) {
     constexpr std::string_view kEscapes = "bfnrt\"\\/";
     constexpr std::string_view kCharacters = "\b\f\n\r\t\"\\/";

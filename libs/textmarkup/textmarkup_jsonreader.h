@@ -10,16 +10,16 @@
 
 namespace textmarkup {
 
-/// Reads one JSON value (RFC 8259) in UTF-8, with or without a byte-order mark. Whatever
-/// the grammar does not have is an error.
+/// Reads one JSON value (RFC 8259) in UTF-8, with or without a byte order mark. Anything
+/// outside the grammar is an error.
 ///
 ///     {"a": [1, "x"]}    StartObject, StartArray (name "a"), Number, String, EndArray,
 ///                        EndObject, End
 ///
-/// Members come in the order of the text, those with one name as often as they stand
-/// there. The half of a surrogate pair in an escape becomes U+FFFD.
+/// Members come in the order of the text, repeated ones each time. Half of a surrogate pair
+/// in an escape becomes U+FFFD.
 ///
-/// What the accessors return is valid until the next call of `next`, and as long as the
+/// The results of the accessors are valid until the next call of `next` and as long as the
 /// document; most are slices of it.
 class JsonReader : public StrictReader {
 public:
@@ -28,33 +28,33 @@ public:
     template <std::same_as<std::string> Temporary>
     explicit JsonReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
 
-    /// The next event; End and Error for ever once they came.
+    /// The next event. After End or Error, the same again.
     Event next();
 
     /// At StartObject or StartArray: moves to its end. False after an error.
     [[nodiscard]] bool skip();
 
-    /// Of the member whose value begins now; otherwise empty.
+    /// Of the member whose value begins now; empty otherwise.
     std::string_view name() const { return d_name.view(); }
 
-    /// Of String; of Number, Boolean and Null as it is written.
+    /// Of String; of Number, Boolean and Null as written.
     std::string_view text() const { return d_content.view(); }
 
     /// At Boolean.
     bool boolean() const { return text() == "true"; }
 
-    /// Of Number, the nearest; none beyond what a double holds, be it too large or too
-    /// close to zero.
+    /// Of Number: the nearest double; none if the number is too large, or too close to
+    /// zero.
     std::optional<double> toDouble() const;
 
-    /// Of Number, exactly; none with a fraction or an exponent, or out of range.
+    /// Of Number: the exact value; none with a fraction or an exponent, or out of range.
     std::optional<int64_t> toInt64() const;
 
-    /// How many objects and arrays are open, one that starts or ends now among them.
+    /// The number of open objects and arrays, including one that starts or ends now.
     size_t depth() const { return d_open.size(); }
 
 private:
-    // They have failed when they yield false.
+    // These return false on failure.
     bool begin();
     bool readMember();
     bool readName();
@@ -69,8 +69,8 @@ private:
     std::optional<uint32_t> readCodeUnit();
     void skipBlanks() { d_cursor.takeWhile(&isBlank); }
 
-    std::string d_open;    ///< what closes each, innermost last
-    bool d_isFirst = true; ///< nothing was read yet of the innermost
+    std::string d_open;    ///< the closing characters, innermost last
+    bool d_isFirst = true; ///< nothing of the innermost has been read yet
     Gathered d_name;
     Gathered d_content;
 };

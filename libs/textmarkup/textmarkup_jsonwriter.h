@@ -10,13 +10,13 @@
 
 namespace textmarkup {
 
-/// A JSON value without parts, made of what it is given; a view of a text.
+/// A JSON value that is no object or array. Texts are kept as views.
 class JsonScalar {
 public:
     /// What it may be.
     using Variant = std::variant<std::nullptr_t, bool, int64_t, uint64_t, double, std::string_view>;
 
-    /// Of each type that JSON has, or that fits into one.
+    /// For every type that JSON has, or that fits into one.
     JsonScalar(std::nullptr_t value) : d_value(value) {}
     template <std::same_as<bool> T>
     JsonScalar(T value) : d_value(value) {}
@@ -29,15 +29,15 @@ public:
     JsonScalar(const std::string& value) : d_value(std::string_view(value)) {}
     JsonScalar(const char* value) : d_value(std::string_view(value)) {}
 
-    /// A text in it is a view.
+    /// A text must outlive it.
     const Variant& variant() const { return d_value; }
 
 private:
     Variant d_value;
 };
 
-/// Writes one JSON value that every parser takes, whatever texts it is given and in
-/// whatever order it is called; without blanks and on one line.
+/// Writes one JSON value, on one line and without blanks. Every parser accepts it, whatever
+/// texts the writer is given and in whatever order it is called.
 ///
 ///     JsonWriter writer;
 ///     writer.openObject();
@@ -46,14 +46,15 @@ private:
 ///     writer.value(7);
 ///     file.write(writer.finish());
 ///
-/// Strings are escaped, with U+FFFD for each byte that is not part of well-formed UTF-8;
-/// '<' is escaped, too, so that the text may stand in a script of a page. Numbers are
-/// the shortest that read back the same; NaN and infinities become null.
-/// In an object a value without a name gets the empty one; elsewhere a name is left out.
-/// Whatever follows the one value is left out.
+/// Strings are escaped; each byte that is not part of well-formed UTF-8 becomes U+FFFD. '<'
+/// is escaped too, so that the text may stand in a script of a page. Numbers are the
+/// shortest that read back the same; NaN and infinities become null. In an object, a value
+/// without a name gets the empty name; elsewhere a name is left out. Anything after the one
+/// value is left out.
 class JsonWriter {
 public:
-    /// Opens an object or array: in an array, or as the one value; with a name, in an object.
+    /// Opens an object or array: in an array, or as the one value; with a name, in an
+    /// object.
     void openObject();
     void openObject(std::string_view name);
     void openArray();
@@ -68,8 +69,8 @@ public:
     /// In an object. Names may repeat.
     void member(std::string_view name, const JsonScalar& value);
 
-    /// Closes what is open and hands over the text, "null" if nothing was written; the
-    /// writer is as new.
+    /// Closes what is open and returns the text, "null" if nothing was written; the writer
+    /// is then as new.
     std::string finish();
 
 private:
@@ -77,8 +78,8 @@ private:
     void open(std::string_view name, char opening, char closing);
 
     std::string d_text;
-    std::string d_closing; ///< what is to close, innermost last
-    bool d_isFirst = true; ///< nothing stands in the innermost object or array
+    std::string d_closing; ///< the closing characters, innermost last
+    bool d_isFirst = true; ///< the innermost object or array is empty so far
 };
 
 } // namespace textmarkup

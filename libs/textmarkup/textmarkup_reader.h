@@ -5,12 +5,12 @@
 #include <string>
 #include <string_view>
 
-/// Readers and writers of XML, JSON and HTML. They know no other library, throw nothing
-/// but std::bad_alloc, and use no recursion. Texts are UTF-8. Any thread, a reader or
-/// writer to one thread at a time.
+/// Readers and writers of XML, JSON and HTML. They use no other library and no recursion,
+/// and throw nothing but std::bad_alloc. Texts are UTF-8. For any thread; each reader or
+/// writer is used by one thread at a time.
 ///
-/// What the readers share: each is asked for the next event of a text, which the caller
-/// keeps alive.
+/// Common to the readers: each returns the events of a text one by one. The caller keeps
+/// the text alive.
 ///
 ///     textmarkup::XmlReader reader(text);
 ///     for (Event event = reader.next(); event != Event::End; event = reader.next()) {
@@ -20,13 +20,13 @@
 ///     }
 namespace textmarkup {
 
-/// What stands next in a text.
+/// What comes next in a text.
 enum class Event : uint8_t {
-    End,   ///< The document is over. Asking on yields End again.
-    Error, ///< The document is malformed or beyond a limit. Asking on yields Error again.
+    End,   ///< The document has ended. The next call returns End again.
+    Error, ///< The document is malformed or exceeds a limit. The next call returns Error again.
     // XML and HTML
     StartElement,
-    EndElement, ///< also of an element that is one tag
+    EndElement, ///< also for an element that is a single tag
     Text,
     Comment,
     Instruction,  ///< XML only
@@ -42,9 +42,9 @@ enum class Event : uint8_t {
     Null,
 };
 
-/// What a reader takes; more is an error, or in HTML dealt with as HtmlReader says.
+/// What a reader accepts; more is an error, or for HTML treated as HtmlReader says.
 struct Limits {
-    size_t depth = 512;             ///< of elements, or of arrays and objects, in one another
+    size_t depth = 512;             ///< of nested elements, or arrays and objects
     size_t text = size_t{16} << 20; ///< bytes of one name, text, value or comment
     size_t attributes = 256;        ///< of one element
 };
@@ -57,14 +57,14 @@ struct Position {
     bool operator==(const Position&) const = default;
 };
 
-/// The place of a byte. Lines end in LF, CR or CR LF; a byte-order mark takes no column.
-/// Takes time in proportion to `offset`.
+/// The position of a byte. Lines end in LF, CR or CR LF; a byte order mark takes no column.
+/// Takes time proportional to `offset`.
 Position positionAt(std::string_view text, size_t offset);
 
-/// Why a text could not be read.
+/// Why a text could not be read, and where.
 struct Error {
     Position position;   ///< where it was noticed
-    std::string message; ///< a plain sentence, without capital and full stop
+    std::string message; ///< a plain clause, without capital and full stop
 
     /// "line 3, column 7: the element 'a' is closed as 'b'"
     std::string text() const;

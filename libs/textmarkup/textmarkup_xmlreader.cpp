@@ -7,7 +7,7 @@
 namespace textmarkup {
 namespace {
 
-/// The allowed ASCII characters but `stops`.
+/// The allowed ASCII characters except `stops`.
 constexpr PlainBytes plainBut(std::string_view stops) {
     PlainBytes plain{};
     for (size_t code = 0; code < plain.size(); ++code) {
@@ -27,7 +27,7 @@ bool isVersion(std::string_view text) {
            std::ranges::all_of(text.substr(2), isDigit);
 }
 
-/// What one of the five entities stands for; empty for another name.
+/// The character of one of the five entities; empty for any other name.
 std::string_view entity(std::string_view name) {
     struct Entity {
         std::string_view name;
@@ -39,7 +39,7 @@ std::string_view entity(std::string_view name) {
     return found == std::end(kEntities) ? std::string_view() : found->text;
 }
 
-/// The number of a character reference, without "&#" and ";"; 0 for what is none.
+/// The number of a character reference, without "&#" and ";"; 0 if it is invalid.
 uint32_t referenced(std::string_view digits) {
     const bool isHex = digits.starts_with('x');
     const uint32_t base = isHex ? 16 : 10;
@@ -114,7 +114,7 @@ bool XmlReader::readDeclaration() {
     return d_cursor.skip("?>") || failHere("the XML declaration is malformed");
 }
 
-/// Its value; empty, with nothing read, when it does not stand here.
+/// Its value. Empty, with nothing read, if it does not come next.
 std::string_view XmlReader::readPseudoAttribute(std::string_view name) {
     const size_t start = d_cursor.at();
     if (skipBlanks() && d_cursor.skip(name)) {
@@ -282,7 +282,8 @@ bool XmlReader::readInstruction() {
     return readUntil("?>", "a processing instruction");
 }
 
-/// Adds the content of a comment, an instruction or a CDATA section, up to behind its end.
+/// Adds the content of a comment, an instruction or a CDATA section, and moves past its
+/// end.
 bool XmlReader::readUntil(std::string_view end, const char* what) {
     while (readCharacters(kPlainMarkup, d_content) && fits(d_content)) {
         if (d_cursor.skip(end))
@@ -340,7 +341,7 @@ bool XmlReader::readReference(Gathered& out) {
     return true;
 }
 
-/// Gathers what stands for itself; a character that XML does not allow is an error.
+/// Gathers characters that stand for themselves; one that XML does not allow is an error.
 bool XmlReader::readCharacters(const PlainBytes& plain, Gathered& out) {
     if (!readPlain(plain, &isXmlCharacter, out))
         return false;
@@ -348,7 +349,7 @@ bool XmlReader::readCharacters(const PlainBytes& plain, Gathered& out) {
            fail(d_cursor.at(), "a character stands here that XML does not allow");
 }
 
-/// Empty when no name stands here.
+/// Empty if no name comes next.
 std::string_view XmlReader::readName() {
     const std::string_view text = d_cursor.rest();
     size_t length = 0;

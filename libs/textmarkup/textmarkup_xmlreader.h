@@ -10,16 +10,16 @@
 
 namespace textmarkup {
 
-/// Reads XML 1.0 documents (fifth edition) in UTF-8, with or without a byte-order mark.
-/// Whatever is not well-formed is an error. So are other encodings, and a document type:
-/// without it there are no entities but the five of XML, and no text can grow. Prefixes
-/// of namespaces are taken as part of names.
+/// Reads XML 1.0 documents (fifth edition) in UTF-8, with or without a byte order mark.
+/// Anything that is not well-formed is an error. So are other encodings, and a document
+/// type: without one there are only XML's five entities, and no text can grow. Namespace
+/// prefixes are part of the names.
 ///
-/// Lines end in LF, whatever they end in within the document. Texts and CDATA sections
-/// that adjoin come as one Text, also those of blanks only; an empty one does not come.
-/// The XML declaration and white space outside the root do not come either.
+/// Lines end in LF, however they end in the document. Adjacent texts and CDATA sections
+/// come as one Text, even if it is all blanks; an empty one is left out. So are the XML
+/// declaration and white space outside the root.
 ///
-/// What the accessors return is valid until the next call of `next`, and as long as the
+/// The results of the accessors are valid until the next call of `next` and as long as the
 /// document; most are slices of it.
 class XmlReader : public StrictReader {
 public:
@@ -28,27 +28,27 @@ public:
     template <std::same_as<std::string> Temporary>
     explicit XmlReader(const Temporary&&, const Limits& = {}) = delete; // it would be gone
 
-    /// The next event; End and Error for ever once they came.
+    /// The next event. After End or Error, the same again.
     Event next();
 
-    /// At StartElement: moves to its EndElement, gathering its texts without those of
+    /// At StartElement: moves to its EndElement and gathers its own texts, not those of
     /// elements in it. False after an error.
     [[nodiscard]] bool readText(std::string& out);
 
-    /// Of the element; of an instruction its target.
+    /// Of the element; of an instruction, its target.
     std::string_view name() const { return d_name; }
 
-    /// Of Text and Comment; of an instruction what follows its target.
+    /// Of Text and Comment; of an instruction, what follows its target.
     std::string_view text() const { return d_content.view(); }
 
-    /// Of StartElement, their values as the document means them.
+    /// Of StartElement, decoded.
     Attributes attributes() const { return Attributes(d_attributes); }
 
-    /// How many elements are open, one that starts or ends now among them.
+    /// The number of open elements, including one that starts or ends now.
     size_t depth() const { return d_open.size(); }
 
 private:
-    // They have failed when they yield false.
+    // These return false on failure.
     bool begin();
     bool readDeclaration();
     bool readOutside();
@@ -72,12 +72,12 @@ private:
     bool skipBlanks();
 
     bool d_rootSeen = false;
-    bool d_endsAtOnce = false; ///< the start tag was the end tag as well
+    bool d_endsAtOnce = false; ///< the start tag was also the end tag
     std::vector<std::string_view> d_open;
     std::string_view d_name;
     Gathered d_content;
     std::vector<Attribute> d_attributes;
-    std::vector<Gathered> d_values; ///< of the attributes; never fewer, for the memory in them
+    std::vector<Gathered> d_values; ///< of the attributes; never shrinks, to keep its memory
 };
 
 } // namespace textmarkup

@@ -22,13 +22,13 @@ std::string nameOf(std::string_view text) {
 
 } // namespace
 
-/// Before a tag that does not follow text.
+/// Before a tag that does not follow a text.
 void XmlWriter::beginLine() {
     if (std::exchange(d_lineIsOpen, false))
         d_text += '\n';
 }
 
-/// Behind a tag that may be followed by text in the element that is open now.
+/// After a tag that a text in the open element may follow.
 void XmlWriter::endLine() {
     if (d_open.empty())
         d_text += '\n';

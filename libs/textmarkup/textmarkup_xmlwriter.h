@@ -9,8 +9,8 @@
 
 namespace textmarkup {
 
-/// Writes an XML 1.0 document that every parser takes, whatever texts and names it is
-/// given and in whatever order it is called.
+/// Writes an XML 1.0 document that every parser accepts, whatever texts and names the
+/// writer is given and in whatever order it is called.
 ///
 ///     XmlWriter writer;
 ///     writer.declaration();
@@ -18,29 +18,29 @@ namespace textmarkup {
 ///     writer.element("message", message);
 ///     send(writer.finish());
 ///
-/// Each tag stands on a line of its own, without indentation, except beside and below
-/// text. Texts are escaped as `escaped` says. A name that is none gets '_' for each
-/// character that may not stand there; colons are left to the caller. A document has one
-/// root: a second one, and text outside, is left out.
+/// Each tag is on its own line, without indentation, except beside and below text. Texts
+/// are escaped as by `escaped`. In an invalid name each character that is not allowed
+/// becomes '_'; colons are up to the caller. A document has one root: a second one, and
+/// text outside it, is left out.
 class XmlWriter {
 public:
-    /// `<?xml version="1.0" encoding="utf-8"?>`, which only stands before all else.
+    /// `<?xml version="1.0" encoding="utf-8"?>`; only at the very beginning.
     void declaration();
 
-    /// Of attributes with the same name the first is written.
+    /// Of attributes with the same name, the first is written.
     void open(std::string_view name, const Attributes& attributes = {});
     void close();
 
-    /// An element of at most `limit` bytes of text between its tags.
+    /// An element with at most `limit` bytes of text between its tags.
     void element(std::string_view name, std::string_view text, size_t limit = kNoLimit);
 
     /// Text in the open element, at most `limit` bytes of it.
     void text(std::string_view text, size_t limit = kNoLimit);
 
-    /// Hyphens in a row are parted by blanks.
+    /// Hyphens in a row are separated by blanks.
     void comment(std::string_view text);
 
-    /// Closes what is open and hands over the document; the writer is as new.
+    /// Closes what is open and returns the document; the writer is then as new.
     std::string finish();
 
 private:

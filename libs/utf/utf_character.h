@@ -5,9 +5,9 @@
 #include <string>
 #include <string_view>
 
-/// Single characters of UTF-8; the one place that decodes it, for all libraries.
+/// Single characters of UTF-8: the only decoder of all libraries.
 ///
-/// Well-formed are no overlong forms, no surrogates and nothing above U+10FFFF.
+/// Overlong forms, surrogates and anything above U+10FFFF are not well-formed.
 namespace utf {
 
 inline constexpr uint32_t kLastCharacter = 0x10FFFF;
@@ -15,14 +15,14 @@ inline constexpr std::string_view kReplacement = "\xEF\xBF\xBD"; // U+FFFD
 
 constexpr bool isSurrogate(uint32_t code) { return code >= 0xD800 && code <= 0xDFFF; }
 
-/// One character of a text, or one byte of it that belongs to none.
+/// One character of a text, or one byte that is not part of any.
 struct Character {
     uint32_t code;
     size_t length; ///< bytes
     bool wellFormed;
 };
 
-/// The length of the sequence that a byte begins; 0 for one that begins none.
+/// The length of the sequence that a byte begins; 0 if it begins none.
 constexpr size_t sequenceLength(uint8_t first) {
     if (first < 0x80)
         return 1;
@@ -31,7 +31,7 @@ constexpr size_t sequenceLength(uint8_t first) {
     return first < 0xE0 ? 2 : first < 0xF0 ? 3 : first < 0xF8 ? 4 : 0;
 }
 
-/// The first of a text that is not empty.
+/// The first of a non-empty text.
 constexpr Character characterAt(std::string_view text) {
     constexpr uint32_t kLeast[] = {0, 0, 0x80, 0x800, 0x10000}; // less would be overlong
     constexpr Character kMalformed{0, 1, false};
@@ -61,7 +61,7 @@ constexpr bool isWellFormed(std::string_view text) {
     return true;
 }
 
-/// How many bytes of whole characters a text begins with, `limit` at most.
+/// The length in bytes of the whole characters at the front of a text, at most `limit`.
 constexpr size_t lengthWithin(size_t limit, std::string_view text) {
     if (limit >= text.size())
         return text.size();
@@ -70,7 +70,7 @@ constexpr size_t lengthWithin(size_t limit, std::string_view text) {
     return limit;
 }
 
-/// Appends U+FFFD for what is no character: surrogates, and what lies behind the last.
+/// Appends the character; U+FFFD for surrogates and numbers above the last character.
 inline void appendCharacter(std::string& out, uint32_t code) {
     const auto byte = [&out](uint32_t value) { out += static_cast<char>(value); };
     if (code > kLastCharacter || isSurrogate(code)) {

@@ -40,7 +40,7 @@ int runtimeFlags(int32_t flags) {
     return result;
 }
 
-/// False when there is no memory for it.
+/// False if there is no memory for it.
 bool resize(std::string& buffer, size_t size) {
     try {
         buffer.resize(size);
@@ -55,8 +55,8 @@ struct Transfer {
     int error = 0; // errno, 0 when nothing failed
 };
 
-/// Repeats `call(done, rest)`, which returns the bytes it moved or -1, until all are
-/// moved, no more come, or it fails.
+/// Repeats `call(done, rest)`, which returns the bytes it moved or -1, until all are moved,
+/// none are left, or it fails.
 template <typename Call>
 Transfer transfer(size_t count, Call call) {
     Transfer result;
@@ -76,7 +76,7 @@ Transfer transfer(size_t count, Call call) {
 
 struct Target {
     std::string folder;
-    std::string name; // empty when the path ends in a separator
+    std::string name; // empty if the path ends in a separator
 };
 
 /// A folder that is a root keeps its separator.
@@ -90,7 +90,7 @@ Target splitPath(const std::string& path) {
 
 void logSafeStoreFailure(const char* failure, const std::string& path, size_t size,
                          const std::string& temporary) {
-    constexpr int32_t kNoFlags = 0; // the caller's; those of the temporary file are no news
+    constexpr int32_t kNoFlags = 0; // the caller's; those of the temporary file do not matter
     core::logFrom(core::kChannelWarn, "utl::File::createFromMemSafe",
                   "(%s,%uB,flags=%d,mode=%d) - %s '%s'", path, size, kNoFlags, File::kOwnerOnly,
                   failure, temporary);
@@ -107,7 +107,7 @@ bool File::openFile(const std::string& name, int32_t flags, int32_t mode) {
     if (!CHECKF_AT(kNoAccess, (flags & (kRead | kWrite)) != 0,
                    core::format("READ/WRITE not set (%s)", name)))
         return false;
-    // The systems differ in what becomes of a file that is truncated, but not written.
+    // The systems differ on what truncating does without the right to write.
     const bool contradictory = (flags & (kTruncate | kWrite)) == kTruncate;
     const int handle = contradictory ? -1 : d_system->open(name, runtimeFlags(flags), mode);
     if (handle < 0) {

@@ -10,7 +10,7 @@
 namespace utl {
 namespace {
 
-/// Neither is a pipe, a terminal or another device, from which reading may wait for ever.
+/// Not a pipe, terminal or other device: reading from those may wait for ever.
 bool isFileOrFolder(int handle) {
     struct stat status {};
     return ::fstat(handle, &status) == 0 && (S_ISREG(status.st_mode) || S_ISDIR(status.st_mode));
@@ -58,7 +58,7 @@ int64_t File::System::write(int handle, const void* data, size_t count) const {
 
 int File::System::flush(int handle) const { return ::fsync(handle); }
 
-/// A handle is closed even when a signal interrupts the call.
+/// The handle is closed even if a signal interrupts the call.
 int File::System::close(int handle) const {
     return ::close(handle) == 0 || errno == EINTR ? 0 : -1;
 }

@@ -14,19 +14,19 @@
 namespace utl {
 namespace {
 
-/// Neither is a pipe, the console or another device, from which reading may wait for ever.
+/// Not a pipe, console or other device: reading from those may wait for ever.
 bool isFile(int handle) {
     return GetFileType(reinterpret_cast<HANDLE>(_get_osfhandle(handle))) == FILE_TYPE_DISK;
 }
 
-/// Asked before the runtime is, which may end the process over a bad handle.
+/// Asked before the runtime, which may end the process over a bad handle.
 bool isNumber(int handle) {
     if (handle < 0)
         errno = EBADF;
     return handle >= 0;
 }
 
-/// The runtime counts in int; the caller repeats a call that moved less than asked.
+/// The runtime counts in int; the caller repeats a call that moved less than it asked for.
 unsigned piece(size_t count) { return static_cast<unsigned>(std::min<size_t>(count, INT_MAX)); }
 
 } // namespace

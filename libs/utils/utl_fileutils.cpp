@@ -22,7 +22,7 @@ bool isDrive(std::string_view level) {
     return level.size() == 2 && letter >= 'a' && letter <= 'z' && level.back() == ':';
 }
 
-/// Drives, servers and shares are no folders: the system neither finds nor makes them.
+/// Drives, servers and shares are not folders: the system neither finds nor makes them.
 bool isRoot(std::string_view path, std::string_view level, size_t depth) {
     return detail::namesServer(path) ? depth < 2 : depth == 0 && isDrive(level);
 }
@@ -36,7 +36,7 @@ void logFolderNotMade(const std::string& path, int error) {
     core::logf(core::kChannelWarn, "failed to create '%s' : %s", path, textOf(error));
 }
 
-/// Makes a folder unless it is there, perhaps since somebody else has made it just now.
+/// Makes a folder, unless it is there: somebody else may have made it just now.
 bool ensureFolder(const std::string& path) {
     if (isFolder(path))
         return true;
@@ -104,9 +104,9 @@ std::string FileUtils::createTempFile(const std::string& folder, const std::stri
 
 bool detail::openTempFile(const std::string& folder, const std::string& prefix, TempFile& file) {
     std::string error;
-    if (folder.empty()) // which the systems would take for the root
+    if (folder.empty()) // the systems would take it for the root
         error = textOf(ENOENT);
-    else if (prefix.find_first_of("\\/") != std::string::npos) // which lead elsewhere
+    else if (prefix.find_first_of("\\/") != std::string::npos) // it would lead elsewhere
         error = textOf(EINVAL);
     else if (makeTempFile(folder, prefix, file, error))
         return true;

@@ -22,12 +22,12 @@ bool failed(int code, std::string& error) {
     return false;
 }
 
-/// The first three bytes, or fewer where a character of several bytes would be cut.
+/// The first three bytes, or fewer if that would cut a character.
 std::string shortened(const std::string& prefix) {
     return prefix.substr(0, utf::lengthWithin(3, prefix));
 }
 
-/// A folder's path, ready for a name, separated as its own parts are.
+/// A folder's path, ready for a name: it ends with the separator that it uses itself.
 std::string withSeparator(const std::string& folder) {
     const size_t last = folder.find_last_of("\\/");
     if (last == folder.size() - 1)
@@ -35,8 +35,8 @@ std::string withSeparator(const std::string& folder) {
     return folder + (last == std::string::npos ? '/' : folder[last]);
 }
 
-/// Brings a folder's entries to disk, where its file system and permissions allow
-/// that. The entries have changed whatever comes of it, so it has no result.
+/// Brings a folder's entries to disk, if its file system and permissions allow it. The
+/// entries have changed in any case, so there is no result.
 void flushFolder(const std::string& folder) {
     const int handle = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (handle < 0)
@@ -94,7 +94,7 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, TempFile
     const int handle = ::mkostemps(name.data(), sizeof kTempSuffix - 1, O_CLOEXEC);
     if (handle < 0)
         return failed(errno, error);
-    file = {stem + name.substr(stem.size()), handle}; // in the folder's own spelling
+    file = {stem + name.substr(stem.size()), handle}; // spelled as the folder was
     return true;
 }
 

@@ -29,14 +29,14 @@ bool failedByLastError(DWORD code, std::string& error) {
 constexpr ULONGLONG kPatience = 500; // milliseconds in all
 constexpr DWORD kPause = 20;
 
-/// Whether the error may be gone in a moment: somebody has the file open, perhaps only to
-/// scan it.
+/// Whether the error may pass in a moment: somebody, perhaps a scanner, has the file open.
 bool mayPass(DWORD code) { return code == ERROR_SHARING_VIOLATION || code == ERROR_ACCESS_DENIED; }
 
 bool isSeparator(char ch) { return ch == '\\' || ch == '/'; }
 
-/// Makes a new file, which must not be there by any name or link, and keeps it open. Others
-/// may read it meanwhile. The runtime's number of it; or -1, with `code` for the reason.
+/// Makes a new file, whose name must not exist, not even as a link, and keeps it open.
+/// Others may read it meanwhile. The runtime's number of it; or -1, with the reason in
+/// `code`.
 int createNew(const wchar_t* name, DWORD& code) {
     core::FileHandle file(CreateFileW(name, GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ, nullptr,
                                       CREATE_NEW, FILE_FLAG_OPEN_REPARSE_POINT, nullptr));
@@ -52,11 +52,11 @@ int createNew(const wchar_t* name, DWORD& code) {
         code = ERROR_TOO_MANY_OPEN_FILES;
         return -1;
     }
-    (void)file.release(); // the runtime's now
+    (void)file.release(); // the runtime owns it now
     return handle;
 }
 
-/// The three units of it that the call uses, or two where a character would be cut.
+/// The three units that the call uses, or two if that would cut a character.
 void shorten(std::wstring& prefix) {
     if (prefix.size() > 3)
         prefix.resize(IS_HIGH_SURROGATE(prefix[2]) ? 2 : 3);
@@ -109,9 +109,9 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, TempFile
         !core::Wrapper::pathFromUtf8(prefix, widePrefix))
         return failedByErrno(EILSEQ, error);
     shorten(widePrefix);
-    if (widePrefix.find(L':') != std::wstring::npos) // which names a stream of another file
+    if (widePrefix.find(L':') != std::wstring::npos) // would name a stream of another file
         return failedByLastError(ERROR_INVALID_NAME, error);
-    // Asked for number 0 the system would make the file itself, but close it again.
+    // Asked for number 0, the system would make the file itself, but close it again.
     constexpr UINT kNumbers = 0xFFFF;
     const UINT first = static_cast<UINT>(GetTickCount64());
     for (UINT i = 0; i < kNumbers; ++i) {

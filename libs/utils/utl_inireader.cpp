@@ -47,7 +47,7 @@ Kind kindOf(char ch) { return kKinds[static_cast<uint8_t>(ch)]; }
 
 constexpr size_t kBlock = 64;
 
-// Lines are read by the few bytes that are not just text, which are found many at a time.
+// Lines are read by the few bytes that are more than text, found many at a time.
 #ifdef __SSE2__
 template <char... characters>
 uint32_t findAny(const char* sixteen) {
@@ -57,7 +57,7 @@ uint32_t findAny(const char* sixteen) {
     return static_cast<uint32_t>(_mm_movemask_epi8(found));
 }
 
-/// A bit for each byte of a block that is not just text.
+/// A bit for each byte of a block that is more than text.
 uint64_t findSpecial(const char* block) {
     uint64_t found = 0;
     for (unsigned i = 0; i < kBlock; i += 16)
@@ -81,14 +81,14 @@ uint32_t hashOf(std::string_view name) {
     return static_cast<uint32_t>(absl::HashOf(absl::string_view(name.data(), name.size())));
 }
 
-/// A line's first words: all of it that counts.
+/// The first words of a line; the rest does not count.
 struct Words {
     size_t count = 0;
     std::array<std::string_view, 2> word;
 };
 
-/// The part of a line before its comment. Any quote character opens or closes,
-/// whatever opened: the words' own quoting is stricter.
+/// The part of a line before its comment. Any quote character opens or closes a quoted run,
+/// whichever opened it; the quoting of words is stricter.
 std::string_view withoutComment(std::string_view line) {
     bool quoted = false;
     for (size_t i = 0; i < line.size(); ++i) {
@@ -108,15 +108,16 @@ void scanQuotedLine(std::string_view line, Words& words) {
         ++words.count;
 }
 
-/// Reads lines one after the other, by the bytes that are not just text.
+/// Reads lines one by one, by the bytes that are more than text.
 class LineScanner {
 public:
     LineScanner(const char* pos, const char* end) : d_pos(pos), d_block(pos), d_end(end) {
         findInBlock();
     }
 
-    /// Stores the words of the next line. Where it begins, or null when there is none left.
-    /// Inline, which keeps where it stands in registers: a fifth of the time of a file.
+    /// Stores the words of the next line and returns where it begins; null when none is
+    /// left. Inline, which keeps its state in registers: that saves a fifth of a file's
+    /// time.
     __attribute__((always_inline)) const char* next(Words& words);
 
 private:
@@ -143,7 +144,7 @@ private:
     }
 
     const char* d_pos;
-    const char* d_block; // of which d_special has the bytes that are still ahead
+    const char* d_block; // of which d_special has the bytes still ahead
     const char* const d_end;
     uint64_t d_special;
 };
@@ -168,13 +169,13 @@ inline const char* LineScanner::next(Words& words) {
             return begin != d_end ? begin : nullptr;
         }
         if (kind == Kind::Comment)
-            wanted = words.count; // no more, also of quotes
+            wanted = words.count; // no more are needed, nor quotes
         word = special + 1;
     }
 }
 
-/// Says what editors and scripts put into files without being asked, and what hides lines
-/// from the reader: both are text to it.
+/// Logs what editors and scripts put into files unasked, and what hides lines from the
+/// reader: it takes both for text.
 void warnOfEncoding(std::string_view text, const std::string& path) {
     for (const std::string_view mark : {"\xEF\xBB\xBF", "\xFF\xFE", "\xFE\xFF"}) {
         if (text.starts_with(mark))
@@ -184,7 +185,7 @@ void warnOfEncoding(std::string_view text, const std::string& path) {
         core::logFrom(core::kChannelWarn, kLoad, "(%s) - holds NUL bytes", path);
 }
 
-/// Whether there was memory enough for what `parse` does.
+/// Runs `parse`; false if there was not enough memory.
 template <typename Parse>
 bool fitsIntoMemory(const std::string& path, Parse parse) {
     try {
@@ -196,16 +197,16 @@ bool fitsIntoMemory(const std::string& path, Parse parse) {
     }
 }
 
-/// `[NVR]` names a section.
+/// Whether it names a section, as `[NVR]` does.
 bool isHeader(std::string_view word) {
     return word.size() > 2 && word.front() == '[' && word.back() == ']';
 }
 
 } // namespace
 
-/// The text and where its properties and sections begin in it. Filled in two steps: all
-/// properties first, then the indices, which are made for their number. What a property
-/// says is read from its line again, so that the table is small.
+/// The text, and where its properties and sections begin. Filled in two steps: first all
+/// properties, then the indices, which are made for their number. A property's words are
+/// read from its line again, so that the table stays small.
 class IniReader::Table {
 public:
     explicit Table(std::string text);
@@ -214,18 +215,18 @@ public:
 
     const std::string& text() const { return d_text; }
 
-    /// Goes on in the section, which comes into being with its first property.
+    /// Goes on in this section, which exists once it has a property.
     void enterSection(std::string_view name);
 
-    /// Adds the property of the line that begins there in `text()` to the section.
+    /// Adds to the section the property whose line begins at this place of `text()`.
     void add(const char* line, std::string_view key) {
         d_lines.push_back(offsetOf(line));
         const bool isShort = key.data() == line && key.size() <= UINT8_MAX;
         d_keySizes.push_back(isShort ? static_cast<uint8_t>(key.size()) : 0);
     }
 
-    /// After the last `add`: makes all known to `find`, except properties whose section
-    /// has the key already, for which it calls `repeated(key, section)`.
+    /// After the last `add`: makes everything known to `find`, except properties whose key
+    /// the section already has; for those it calls `repeated(key, section)`.
     template <typename Repeated>
     void buildIndices(Repeated repeated);
 
@@ -234,12 +235,12 @@ public:
     std::optional<std::string_view> find(std::string_view section, std::string_view key) const;
 
 private:
-    /// What stands below one header. The first one of a name stands for the section.
+    /// The part below one header. The first one with a name stands for the section.
     struct Passage {
         uint32_t name;
         uint32_t nameSize;
         uint32_t begin;       // its first property
-        uint32_t section = 0; // the number of the first one of the name
+        uint32_t section = 0; // the number of the first one with the name
         uint32_t count = 0;   // the section's properties
         detail::HashIndex::Area slots{};
     };
@@ -274,23 +275,23 @@ private:
     }
 
     std::string d_text;
-    std::vector<Passage> d_passages; // the last one may be without properties
+    std::vector<Passage> d_passages; // the last one may be empty
     std::vector<uint32_t> d_lines;   // where the properties' lines begin
-    std::vector<uint8_t> d_keySizes; // of keys that begin there, or 0
+    std::vector<uint8_t> d_keySizes; // of keys at the beginning of a line, or 0
     detail::HashIndex d_passageIndex;
     detail::HashIndex::Area d_passageSlots{};
     detail::HashIndex d_propertyIndex; // an area for each section
 };
 
 IniReader::Table::Table(std::string text) : d_text(std::move(text)), d_passages{{0, 0, 0}} {
-    constexpr size_t kUsualLine = 16; // a little shorter, since growing is dear
+    constexpr size_t kUsualLine = 16; // slightly low, since growing is expensive
     d_lines.reserve(d_text.size() / kUsualLine + 1);
     d_keySizes.reserve(d_lines.capacity());
 }
 
 void IniReader::Table::enterSection(std::string_view name) {
     const auto first = static_cast<uint32_t>(d_lines.size());
-    if (d_passages.back().begin == first) // without properties
+    if (d_passages.back().begin == first) // empty
         d_passages.pop_back();
     d_passages.push_back({offsetOf(name.data()), static_cast<uint32_t>(name.size()), first});
 }

@@ -8,8 +8,8 @@
 
 namespace utl {
 
-/// Reads settings files: named sections of key and value, all of it UTF-8 text
-/// that is compared byte by byte.
+/// Reads settings files: named sections of keys and values, all of it UTF-8 text that is
+/// compared byte by byte.
 ///
 ///     answer = 42              # before any header: section "root"
 ///     [NVR]                    ; from '#' or ';' outside quotes on: a comment
@@ -17,13 +17,13 @@ namespace utl {
 ///     Port 81                  # mean
 ///     Name = "My Camera"       # the same
 ///
-/// A line's first two words count, split at '=' and blanks (a tab is none), where
-/// double quotes group. Reading is lenient: what does not fit is skipped, and of a
-/// repeated key the first value stays, with a line on WARN for each later one. A
-/// section exists only if it has a property; a later header continues it.
+/// The first two words of a line count. Words are separated by '=' and blanks (not tabs);
+/// double quotes group. Reading is lenient: lines that do not fit are skipped, and of a
+/// repeated key the first value counts; each later one logs a line on WARN. A section
+/// exists only if it has a property; a later header continues it.
 ///
-/// Takes about one and a half times the file's size in memory, up to four times for keys
-/// of a byte or two. Neither copied nor moved; one thread at a time.
+/// Takes about one and a half times the file's size in memory, up to four times if keys
+/// have only a byte or two. Not copied or moved; one thread at a time.
 class IniReader {
 public:
     IniReader();
@@ -31,31 +31,30 @@ public:
     IniReader(const IniReader&) = delete;
     IniReader& operator=(const IniReader&) = delete;
 
-    /// Replaces the content by a file's. False, with the reader empty, when the file
-    /// is missing or empty, which is silent, or cannot be read, which the file layer
-    /// logs. Files above utl::File::kMaxLoadSize count as unreadable. A byte order mark
-    /// and NUL bytes, with which no word is what it looks like, are a line on WARN each.
+    /// Replaces the content by a file's. False, with the reader empty, if the file is
+    /// missing or empty, which is silent, or cannot be read, which the file layer logs.
+    /// Files above utl::File::kMaxLoadSize cannot be read. A byte order mark and NUL bytes,
+    /// which make words differ from what they look like, log a line on WARN each.
     [[nodiscard]] bool load(const std::string& path);
 
-    /// Replaces the content by that of `size` bytes, which are copied. True, unless they
-    /// need more memory than there is, or are 4 GiB: then a line on WARN, and the reader
-    /// is empty.
+    /// Replaces the content by a copy of `size` bytes. True, unless they need more memory
+    /// than there is, or are 4 GiB or more: then it logs a line on WARN and is empty.
     bool parse(const char* bytes, size_t size);
 
     /// Makes it empty and not loaded.
     void clear();
 
-    /// Whether the last load or parse ran to its end.
+    /// Whether the last load or parse was completed.
     bool loaded() const;
 
-    /// Whether there is one of that name.
+    /// Whether there is one with that name.
     bool hasSection(std::string_view name) const;
     bool hasProperty(std::string_view section, std::string_view key) const;
 
-    /// Copies the value to `out`. False, with `out` unchanged, when there is none.
+    /// Copies the value to `out`. False, with `out` unchanged, if there is none.
     bool get(std::string_view section, std::string_view key, std::string& out) const;
 
-    /// All sections' properties, repeated keys not counted.
+    /// The properties of all sections, without repeated keys.
     size_t propertyCount() const;
 
 private:

@@ -17,7 +17,7 @@ using utf::isSurrogate;
 using utf::kLastCharacter;
 using utf::kReplacement;
 
-/// Whether XML allows it in documents, and whether it allows it in names.
+/// Whether XML allows it in documents; in names.
 bool isXmlCharacter(uint32_t code);
 bool isXmlNameStart(uint32_t code);
 bool isXmlNameCharacter(uint32_t code);
@@ -27,7 +27,7 @@ constexpr bool isUpper(char ch) { return ch >= 'A' && ch <= 'Z'; }
 constexpr bool isLetter(char ch) { return isUpper(ch) || (ch >= 'a' && ch <= 'z'); }
 constexpr char toLower(char ch) { return isUpper(ch) ? static_cast<char>(ch + 'a' - 'A') : ch; }
 
-/// The value of a hexadecimal digit; -1 for another character.
+/// The value of a hexadecimal digit; -1 for any other character.
 constexpr int hexValue(char ch) {
     if (isDigit(ch))
         return ch - '0';
@@ -35,7 +35,7 @@ constexpr int hexValue(char ch) {
     return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
 }
 
-/// Whether they are the same but for the case of ASCII letters.
+/// Whether they are equal, ignoring the case of ASCII letters.
 bool equalIgnoringCase(std::string_view one, std::string_view other);
 
 } // namespace textmarkup

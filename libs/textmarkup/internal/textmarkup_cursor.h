@@ -5,7 +5,7 @@
 
 namespace textmarkup {
 
-/// A place in a text that moves forward; what the readers are made of.
+/// A position in a text that only moves forward; the readers are built on it.
 class Cursor {
 public:
     explicit Cursor(std::string_view text) : d_text(text) {}
@@ -16,19 +16,19 @@ public:
     std::string_view rest() const { return d_text.substr(d_at); }
     bool stands(std::string_view what) const { return rest().starts_with(what); }
 
-    /// The next byte, not at the end.
+    /// The next byte. Not at the end.
     char peek() const { return d_text[d_at]; }
 
     void moveTo(size_t at) { d_at = at; }
 
-    /// Moves over so many bytes, at most to the end, and returns them.
+    /// Moves over that many bytes, at most to the end, and returns them.
     std::string_view take(size_t count) {
         const std::string_view taken = d_text.substr(d_at, count);
         d_at += taken.size();
         return taken;
     }
 
-    /// Moves over `what` if it stands here.
+    /// Moves over `what` if it comes next.
     bool skip(std::string_view what) {
         const bool there = stands(what);
         if (there)
@@ -36,7 +36,7 @@ public:
         return there;
     }
 
-    /// Moves over all bytes that fulfil the predicate, and returns them.
+    /// Moves over all bytes that satisfy the predicate, and returns them.
     template <typename Predicate>
     std::string_view takeWhile(Predicate&& predicate) {
         const size_t start = d_at;

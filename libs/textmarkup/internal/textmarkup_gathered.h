@@ -9,8 +9,8 @@ namespace textmarkup {
 /// For each ASCII byte, whether it stands for itself.
 using PlainBytes = std::array<bool, 128>;
 
-/// A text that a reader puts together piece by piece: a slice of the input as long as
-/// the pieces adjoin there, a copy from the first that was decoded on.
+/// A text that a reader puts together piece by piece: a slice of the input while the pieces
+/// are adjacent there, a copy from the first decoded piece on.
 class Gathered {
 public:
     void clear();
@@ -18,7 +18,7 @@ public:
     /// A piece of the input.
     void add(std::string_view piece);
 
-    /// What stands for a piece of the input.
+    /// What a piece of the input stands for.
     void addDecoded(std::string_view piece);
     void addCharacter(uint32_t code);
 

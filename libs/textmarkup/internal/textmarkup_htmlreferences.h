@@ -6,12 +6,12 @@
 
 namespace textmarkup {
 
-/// Where a reference stands: in a value, names without semicolon do not count before
-/// letters, digits and '=', for the sake of addresses such as "?a=1&copy=2".
+/// Where a reference stands. In a value, a name without a semicolon does not count before
+/// letters, digits and '=', for addresses such as "?a=1&copy=2".
 enum class ReferenceIn { Text, Value };
 
-/// Decodes the HTML reference at the front of `text`, which begins with '&', appends
-/// what it stands for, and yields its length; 0, with nothing appended, for none.
+/// Decodes the HTML reference at the front of `text`, which begins with '&', appends its
+/// meaning to the output and returns its length; 0, with nothing appended, if it is none.
 size_t decodeReference(std::string_view text, ReferenceIn place, std::string& out);
 
 } // namespace textmarkup

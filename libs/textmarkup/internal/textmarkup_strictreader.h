@@ -10,7 +10,7 @@
 
 namespace textmarkup {
 
-/// What XmlReader and JsonReader have in common: they stop at the first error.
+/// The common part of XmlReader and JsonReader, which stop at the first error.
 class StrictReader {
 public:
     StrictReader(const StrictReader&) = delete;
@@ -28,18 +28,18 @@ protected:
         : d_cursor(document), d_limits(limits) {}
     ~StrictReader() = default;
 
-    /// Whether `next` has nothing more to read.
+    /// Whether `next` has nothing left to read.
     bool isOver() const { return d_event == Event::Error || (d_event == Event::End && d_begun); }
 
-    /// They have failed when they yield false, which `fail` always does.
+    /// These return false on failure; `fail` always does.
     bool fail(size_t at, std::string message);
     bool failHere(std::string message) { return fail(d_cursor.at(), std::move(message)); }
     bool skipByteOrderMark();
     bool fits(const Gathered& content);
     bool fitsOneMore(size_t depth);
 
-    /// Gathers what stands for itself, up to a byte that `plain` does not hold or a
-    /// character behind ASCII that is not `allowed`.
+    /// Gathers bytes that stand for themselves, up to one that is not in `plain` or a
+    /// non-ASCII character that is not `allowed`.
     bool readPlain(const PlainBytes& plain, bool (*allowed)(uint32_t), Gathered& out);
 
     Cursor d_cursor;
@@ -52,7 +52,7 @@ private:
     Error d_error;
 };
 
-/// A text in quotes, for messages, which stay short.
+/// A text in quotes for messages, shortened.
 std::string quoted(std::string_view text);
 
 } // namespace textmarkup

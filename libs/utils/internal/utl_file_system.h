@@ -6,11 +6,11 @@
 #include <cstdint>
 #include <string>
 
-/// Between utl_file.cpp, its platform halves and its tests; not for other modules.
+/// Between utl_file.cpp, its platform halves and its tests; not for other code.
 namespace utl {
 
-/// The runtime's calls on numbered files. They return -1 with errno on failure; a
-/// read or write may move fewer bytes than asked, which is no failure.
+/// The runtime's calls on numbered files. They return -1 with errno on failure. A read or
+/// write may move fewer bytes than asked for, which is no failure.
 class File::System {
 public:
     virtual int open(const std::string& path, int flags, int mode) const; ///< flags of <fcntl.h>
@@ -22,7 +22,7 @@ public:
     virtual int close(int handle) const;
 
 protected:
-    ~System() = default; // trivial, so that the one of the process is never destroyed
+    ~System() = default; // trivial, so the process's one is never destroyed
 };
 
 } // namespace utl

@@ -9,12 +9,11 @@
 
 namespace utl::detail {
 
-/// Finds items that are kept elsewhere, numbered from 0, by the hash of their names.
-/// Made for all items at once, it takes six bytes for each; a slot's bits that the
-/// number leaves free hold a part of the hash, so that hardly any other name is
-/// looked at. The slots are split into areas, since items that belong together are found
-/// sooner where they lie together; each item is looked for in its own area alone. Not for
-/// other modules than utl_inireader.
+/// Finds items that are stored elsewhere, numbered from 0, by the hash of their names.
+/// Built for all items at once, it takes six bytes for each. A slot's bits that the number
+/// leaves free hold a part of the hash, so hardly any other name is compared. The slots are
+/// split into areas, since items that belong together are found sooner when they are close
+/// together; each item is looked for only in its own area. For utl_inireader only.
 class HashIndex {
 public:
     struct Area {
@@ -22,10 +21,10 @@ public:
         uint32_t size;
     };
 
-    /// One that can only be assigned to.
+    /// Can only be assigned to.
     HashIndex() = default;
 
-    /// For `count` items in all, fewer than 2^31, in so many areas.
+    /// For `count` items in all, fewer than 2^31, in this many areas.
     HashIndex(size_t count, size_t areas)
         : d_numberBits(static_cast<unsigned>(std::bit_width(count))) {
         d_slots.reserve(count + count / 2 + areas);
@@ -41,9 +40,9 @@ public:
 
     size_t size() const { return d_size; }
 
-    /// Adds the item unless there is one with the same name, and returns the number of
-    /// the one that is in. `same(number)` says whether a number's name is the one that
-    /// `hash` was made of.
+    /// Adds the item unless one has the same name, and returns the number of the one that
+    /// is in. `same(number)` says whether that number's name is the one that `hash` was
+    /// made of.
     template <typename Same>
     uint32_t insert(Area area, uint32_t hash, uint32_t number, const Same& same) {
         uint32_t& entry = d_slots[search(area, hash, same)];
