@@ -8,6 +8,7 @@
 namespace {
 
 using collect::Options;
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
 
@@ -34,6 +35,7 @@ TEST(Page, KeepsTextsTexts) {
     EXPECT_THAT(page, HasSubstr("&lt;script&gt;alert(1)"));
     EXPECT_THAT(page, HasSubstr("2 (3 more not received)"));
     EXPECT_THAT(page, HasSubstr("2022-03-29 10:30:18 UTC"));
+    EXPECT_THAT(page, EndsWith("</script></main></body></html>")) << "each close has its open";
 }
 
 TEST(Export, MeansTheSameToEveryReader) {
