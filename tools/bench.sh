@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds the benchmarks and runs each beside its peers; the work of ./bench.
+# Builds the benchmarks and runs each together with its peers; ./bench calls it.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
@@ -9,10 +9,10 @@ usage() {
     cat <<'END'
 ./bench [--compare COMMIT] [--windows] [ARGUMENT...]
 
-Prints what was measured beside its peers and its aims, and leaves a picture of that.
-  --compare COMMIT  runs the benchmarks of this working tree also with the libraries and the
-                    tool of that commit, in turns, and prints both figures and their ratio
-  --windows         measures also the start of the Windows program under Wine
+Prints our figures beside the peers' and the aims, and draws a picture of them.
+  --compare COMMIT  also runs this working tree's benchmarks with the libraries and the tool
+                    of that commit, alternately, and prints both figures and their ratio
+  --windows         also measures the start of the Windows program under Wine
 Arguments go to every benchmark, such as --benchmark_filter=Parse.
 END
 }
@@ -44,7 +44,7 @@ fi
 install_packages "${purposes[@]}" || exit 1
 build_preset linux-bench
 
-# The other commit, with the benchmarks of this one, in a working tree of its own.
+# Builds the other commit, with this one's benchmarks, in a separate working tree.
 tree=$PWD/build/compare
 build_before() {
     git worktree prune
@@ -68,7 +68,7 @@ run() {
         --benchmark_out="$reports/$program.$round.json" "$@"
 }
 
-# The Windows program beside the same bare dialog, in one prefix that is up already.
+# The Windows program beside the same bare dialog, in one prefix that is already running.
 measure_windows() {
     tools/windows/prepare.sh
     cmake --preset win32 --log-level=NOTICE -DORVISTRAND_BUILD_BENCH=ON
@@ -95,7 +95,7 @@ for file in build/linux-bench/bench/bench_*; do
     say "$program"
     if [[ -z $before ]]; then
         run . "$now" 9 "$program" 1 "$@"
-    else # in turns, so that both meet the same machine
+    else # alternately, so that both see the same conditions
         for round in 1 2 3; do
             run . "$now" 3 "$program" "$round" "$@"
             run "$tree" "$old" 3 "$program" "$round" "$@"

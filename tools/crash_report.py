@@ -3,9 +3,9 @@
 
     tools/crash_report.py FILE [DEBUG-FOLDER]
 
-Debug information is taken only from files whose build-id is the one in the report: the
-debug files below DEBUG-FOLDER, and the modules themselves where they still lie in their
-places. Exits with 1 if there is none for the program itself. Needs addr2line.
+Debug information comes only from files whose build-id is the one in the report: the debug
+files below DEBUG-FOLDER, and the modules themselves if they are still in place. Exits
+with 1 if there is none for the program itself. Needs addr2line.
 """
 
 import mmap
@@ -15,7 +15,7 @@ import sys
 from pathlib import Path
 
 PROGRAM = "the program"
-# The head of the note that holds a build-id: the sizes of name and id, the type, the name.
+# The header of the note that holds a build-id: the sizes of name and id, the type, the name.
 NOTE = b"\x04\0\0\0\x14\0\0\0\x03\0\0\0GNU\0"
 MODULE = re.compile(r"^    0x[0-9a-f]+-0x[0-9a-f]+ (\S+) (.+)$", re.M)
 FRAME = re.compile(r"^    #(\d+) (0x[0-9a-f]+)(?: in (.+?))?(?: \((.+)\+(0x[0-9a-f]+)\))?$", re.M)
@@ -23,7 +23,7 @@ SECTION = re.compile(r"^(Addresses|Stack) of thread (\d+)\n((?:    .*\n)*)", re.
 
 
 def build_id(path):
-    """The file's build-id, empty if it is no such file."""
+    """The file's build-id; empty if it has none."""
     try:
         with open(path, "rb") as file, mmap.mmap(file.fileno(), 0, access=mmap.ACCESS_READ) as data:
             place = data.find(NOTE) if data[:4] == b"\x7fELF" else -1
@@ -58,7 +58,7 @@ def debug_files(report, folder):
 
 
 def lines_of(file, offsets):
-    """What addr2line says about each offset; a function that was inlined has more lines."""
+    """What addr2line says about each offset; inlined functions add lines."""
     said = subprocess.run(["addr2line", "-aCfipe", str(file), *offsets], check=True, text=True,
                           stdout=subprocess.PIPE).stdout
     answers = re.split(r"^0x0*([0-9a-f]+): ", said, flags=re.M)[1:]

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """A virtual screen with real windows, used the way an operator uses one.
 
-The screen is an X server of its own on a free display number, with a window manager
-and a keyboard layout that has the umlauts, so that typing them needs no remapping.
-Everything started here ends with the process that started it.
+The screen is a separate X server on a free display number, with a window manager and a
+keyboard layout that has umlauts, so typing them needs no remapping. Everything started
+here ends with the process that started it.
 
     tools/desktop.py COMMAND...   runs a command that needs a screen
 """
@@ -18,7 +18,7 @@ import tempfile
 import time
 from pathlib import Path
 
-PATIENCE = 60  # seconds until something that should have happened counts as missing
+PATIENCE = 60  # seconds to wait for anything before giving up
 
 
 class DesktopError(RuntimeError):
@@ -26,7 +26,7 @@ class DesktopError(RuntimeError):
 
 
 def wait_until(condition, what):
-    """Returns the first true result of `condition`, asked again and again."""
+    """Calls `condition` until its result is true, and returns that result."""
     deadline = time.monotonic() + PATIENCE
     while not (result := condition()):
         if time.monotonic() > deadline:
@@ -36,7 +36,7 @@ def wait_until(condition, what):
 
 
 class Desktop:
-    """A context: the screen is there inside it."""
+    """A context manager: the screen exists inside the `with` block."""
 
     def __init__(self):
         self._stack = contextlib.ExitStack()
@@ -57,12 +57,12 @@ class Desktop:
         self._stack.close()
 
     def environment(self):
-        """What a program needs to open its windows here, and nothing of the caller's desktop."""
+        """The environment for programs on this screen, without the caller's desktop."""
         return dict(self._environment)
 
     def wait_for_window(self, process, window_class):
-        """The visible window of that class, once it has the keyboard. Fails when the
-        process that was to open it ends."""
+        """The visible window of that class, once it has the keyboard focus. Fails if the
+        process that should open it ends."""
         def active_window():
             if process.poll() is not None:
                 raise DesktopError(f"ended with {process.returncode} instead of opening a window: "
@@ -81,7 +81,7 @@ class Desktop:
         self.run("xdotool", "key", "--delay", "5", *keys)
 
     def click(self, window, x, y):
-        """Presses the left button at a point of the window; negative counts from its far edges."""
+        """Clicks a point of the window; negative coordinates count from its right and bottom."""
         geometry = dict(line.split("=") for line in
                         self._ask("getwindowgeometry", "--shell", window).splitlines())
         x += int(geometry["WIDTH"]) if x < 0 else 0
@@ -90,7 +90,7 @@ class Desktop:
                   "click", "1")
 
     def take_picture(self, window, path):
-        """Saves the window with its frame as a PNG, once two looks at it show the same."""
+        """Saves the window with its frame as a PNG, once two pictures in a row are the same."""
         path = Path(path)
         path.unlink(missing_ok=True)
 
@@ -126,19 +126,19 @@ class Desktop:
         stack.callback(end, process)
 
     def run(self, *command):
-        """Runs a command on the screen, which has to succeed."""
+        """Runs a command on the screen; it must succeed."""
         subprocess.run(command, env=self._environment, check=True, timeout=PATIENCE,
                        stdout=subprocess.DEVNULL)
 
     def _ask(self, *question):
-        """What xdotool answers; empty when it has no answer."""
+        """What xdotool prints; empty if it fails."""
         answer = subprocess.run(["xdotool", *question], env=self._environment, timeout=PATIENCE,
                                 capture_output=True, text=True, check=False)
         return answer.stdout.strip() if answer.returncode == 0 else ""
 
 
 def clean_environment(home):
-    """The caller's environment without its desktop and its settings of Qt."""
+    """The caller's environment without its desktop and Qt settings."""
     foreign = ("QT_", "XDG_", "WAYLAND_", "DBUS_", "LC_", "LANG", "XMODIFIERS")
     kept = {name: value for name, value in os.environ.items() if not name.startswith(foreign)}
     runtime = Path(home) / "runtime"

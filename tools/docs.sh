@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Makes the pages of the libraries from their headers, in build/docs. Fails where a public
-# name has no comment.
+# Makes the libraries' API pages from their headers, in build/docs. Fails if a public name has no
+# comment.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh

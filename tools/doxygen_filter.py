@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""doxygen_filter.py HEADER: prints the header as Doxygen gets it. In our headers a comment
-speaks for all declarations below it up to a blank line; to Doxygen, for the first alone. An
-override without a comment does what its base class says; copies, moves, comparisons, members
-named d_x and what is defaulted or deleted need none.
+"""doxygen_filter.py HEADER: prints the header in the form that Doxygen needs. In our headers a
+comment applies to all declarations below it up to a blank line; for Doxygen only to the first. An
+override without a comment does what its base class says. Copies, moves, comparisons, members
+named d_x and anything defaulted or deleted need none.
 """
 import re
 import sys
@@ -19,7 +19,7 @@ def indent(line):
 
 
 def filtered(lines):
-    """Each line, behind the comment that speaks for it if that stands further up."""
+    """The lines; where a line's comment is further up, it is repeated before the line."""
     comment, commented, previous = [], False, ""
     for line in lines:
         given = line

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Finishes what is about to be packed: lists it in an SPDX document, and gives everything
-the time that SOURCE_DATE_EPOCH names.
+"""Finishes a folder about to be packed: lists its files in an SPDX document and sets the
+time of every file to SOURCE_DATE_EPOCH.
 
     finish_package.py ROOT [--contents CONTENTS.json DOCUMENT]
 
-CONTENTS.json says what the package is and what of others it contains; DOCUMENT is where
-below ROOT the list goes, which is not in itself.
+CONTENTS.json describes the package and the third-party components in it. DOCUMENT is the
+path of the list below ROOT; the list does not contain itself.
 """
 import argparse
 import datetime
@@ -25,7 +25,7 @@ def identifier(kind, text):
 
 
 def file_entry(root, path, contents):
-    """The licence of the first component that has a pattern for the file."""
+    """The file's owner, the first component with a pattern for it, and its SPDX entry."""
     name, data = path.relative_to(root).as_posix(), path.read_bytes()
     owner = next((part for part in contents["components"]
                   if any(fnmatchcase(name, pattern) for pattern in part["files"])), contents)
@@ -40,7 +40,7 @@ def file_entry(root, path, contents):
 
 
 def package_entry(part, entries):
-    """With the files that it has in this package, or with none."""
+    """The SPDX entry of a component, with its files in this package, if any."""
     package = {
         "SPDXID": identifier("Package", part["name"]), "name": part["name"],
         "versionInfo": part["version"], "supplier": part["supplier"],
@@ -66,7 +66,7 @@ def document(root, files, contents, created):
     for part in (contents, *contents["components"]):
         entries = [entry for owner, entry in owned if owner is part]
         if part.get("files") and not entries:
-            continue  # of another package of this platform
+            continue  # it belongs to another package of this platform
         package = package_entry(part, entries)
         packages.append(package)
         whole = packages[0]["SPDXID"]

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# tools/fuzz.sh SECONDS [TARGET]...: runs the targets, or all, for so many seconds each; part of
-# ./test --fuzz. Alone, it first installs what it needs. What is found lies in
-# build/linux-fuzz/findings, one file for each input.
+# tools/fuzz.sh SECONDS [TARGET]...: runs these fuzz targets, or all, for that many seconds each;
+# part of ./test --fuzz. Run alone, it first installs what it needs. Inputs that fail are kept in
+# build/linux-fuzz/findings, one file each.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
-"""Prints libs/textmarkup/internal/textmarkup_htmlreferences.inc: the named references of
-HTML, as Python's standard library has them.
+"""Prints libs/textmarkup/internal/textmarkup_htmlreferences.inc: HTML's named references,
+taken from Python's standard library.
 """
 import unicodedata
 from html.entities import html5
 
 
 def literal(text):
-    """A C++ string; what is not plainly visible is escaped."""
+    """A C++ string literal; characters that are not plainly visible are escaped."""
     def piece(ch):
         if ch in "\"\\":
             return "\\" + ch

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 """Checks that nothing in libs/ and collect/ includes upward: libraries by the list below,
-modules of libs/core by the table of groups in docs/architecture.md; and that none of these
-include each other in a circle. Prints what does not hold; exits with 1 if anything.
+modules of libs/core by the table of groups in docs/architecture.md; and that no modules
+include each other in a circle. Prints each violation; exits with 1 if there is one.
 """
 import re
 import sys
 from pathlib import Path
 
-# What the modules of a library may include besides each other.
+# The libraries that each library may include.
 LIBRARIES = {
     "libs/utf": [],
     "libs/textmarkup": ["libs/utf"],
@@ -24,12 +24,12 @@ INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
 
 def module_of(file):
-    """core_file_win32.cpp, internal/core_file_system.h and core_file.h are all of core_file."""
+    """core_file_win32.cpp, internal/core_file_system.h and core_file.h all belong to core_file."""
     return re.sub(r"_(win32|posix|system|lines|types|inline)$", "", Path(file).stem)
 
 
 def sources(folder, suffix):
-    """Those of the folder and of the ones in it for one library or platform alone."""
+    """The folder's sources, including those in internal/, posix/ and win32/."""
     return [file for inner in ("", "internal", "posix", "win32")
             for file in (folder / inner).glob("*." + suffix)]
 
@@ -45,7 +45,7 @@ def read_groups(document):
 
 
 def read_includes(folder):
-    """Of each module of the folder, the modules that its files include, by file."""
+    """Yields (file, its module, included module) for each include in the folder."""
     for file in sorted(sources(folder, "[hic]*")):
         for header in INCLUDE.findall(file.read_text(encoding="utf-8")):
             yield file, module_of(file), module_of(header)

@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# Shared by ./run, ./test and ./bench, which source it at the repository root.
+# Shared by ./run, ./test, ./bench, ./package and the tools, which source it at the repository root.
 
 say() { printf '==> %s\n' "$*"; }
 
@@ -10,7 +10,7 @@ die() {
     exit 1
 }
 
-# The entries of tools/packages.txt under the purposes named.
+# packages_for PURPOSE...: the entries of tools/packages.txt under these purposes.
 packages_for() {
     awk -v wanted=" $* " '
         /^\[/ { on = index(wanted, " " substr($0, 2, length($0) - 2) " "); next }
@@ -21,7 +21,7 @@ is_installed() {
     dpkg-query -W -f='${db:Status-Status}\n' "$1" 2>/dev/null | grep -qx installed
 }
 
-# Of "a|b|c", the first name that this release has; the first name if it has none.
+# choose_package "a|b|c": the first name that this release has; if it has none, the first.
 choose_package() {
     local name names
     IFS='|' read -ra names <<<"$1"
@@ -34,7 +34,7 @@ choose_package() {
     echo "${names[0]}"
 }
 
-# Prints the entries of which no alternative is installed.
+# missing_packages PURPOSE...: prints the entries with no alternative installed.
 missing_packages() {
     local entry name names
     while read -r entry; do
@@ -59,7 +59,7 @@ apt_get() {
         -o DPkg::Lock::Timeout=300 -o Dpkg::Use-Pty=0 "$@"
 }
 
-# install_packages PURPOSE...: what tools/packages.txt lists for them and is missing.
+# install_packages PURPOSE...: installs what tools/packages.txt lists for them and is missing.
 # Complains and fails if it cannot; ORVISTRAND_INSTALL=no skips it.
 install_packages() {
     [[ ${ORVISTRAND_INSTALL:-yes} == no ]] && return 0
@@ -86,7 +86,7 @@ install_packages() {
 
     mkdir -p build
     local log=build/install.log entry chosen=()
-    # Old lists may do when they cannot be refreshed.
+    # If the package lists cannot be updated, the old ones may do.
     apt_get update >"$log" 2>&1 || true
     for entry in "${missing[@]}"; do
         chosen+=("$(choose_package "$entry")")
@@ -98,8 +98,8 @@ install_packages() {
     fi
 }
 
-# build_preset NAME [TARGET...] [-- OPTION...]: configures, with the options, and builds
-# build/NAME.
+# build_preset NAME [TARGET...] [-- OPTION...]: configures build/NAME with the options and builds
+# it.
 build_preset() {
     local preset=$1 targets=()
     shift
@@ -113,7 +113,7 @@ build_preset() {
 }
 
 # Makes a locale with a decimal comma in the build folder, for a test; few machines have one.
-# Programs started from here find it.
+# Programs started from this script find it.
 provide_comma_locale() {
     export LOCPATH=$PWD/build/locale
     [[ -d $LOCPATH/de_DE.UTF-8 ]] && return 0
@@ -123,8 +123,8 @@ provide_comma_locale() {
 
 has_display() { [[ -n ${DISPLAY:-} || -n ${WAYLAND_DISPLAY:-} ]]; }
 
-# Results that no test runner reports go to $RESULTS/steps.tsv: "passed<TAB>name". A script
-# that was started alone, without RESULTS, tells them by `finish`.
+# Results that no test runner reports go to $RESULTS/steps.tsv: "passed<TAB>name". A script that
+# runs alone, without RESULTS, reports failures in `finish`.
 failures=()
 record() {
     [[ $1 == passed ]] || failures+=("$2")
@@ -133,7 +133,7 @@ record() {
 
 is_alone() { [[ -z ${RESULTS:-} ]]; }
 
-# finish: the last word of a script that recorded; fails when it is alone and something failed.
+# finish: the last call of a script that uses `record`; fails if it runs alone and anything failed.
 finish() {
     if is_alone && [[ ${#failures[@]} != 0 ]]; then
         complain "failed: ${failures[*]}"
@@ -141,7 +141,7 @@ finish() {
     fi
 }
 
-# judge NAME COMMAND...: runs it and records whether it succeeded.
+# judge NAME COMMAND...: runs the command and records whether it succeeded.
 judge() {
     local name=$1
     shift

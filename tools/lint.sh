@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# tools/lint.sh [layout | layers | code | scripts]...: judges these, or all of them; part of
-# ./test --lint. Alone, it first installs what it needs, and builds preset linux for `code`.
+# tools/lint.sh [layout | layers | code | scripts]...: runs these checks, or all. Part of ./test
+# --lint; run alone, it first installs what it needs, and builds preset linux for `code`.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
@@ -33,7 +33,7 @@ check_code() {
     compiled_sources | xargs -P "$(nproc)" -n 1 clang-tidy-14 -p build/linux --quiet
 }
 
-# Each script together with what it sources, which has no first line of its own.
+# Each script together with the files it sources, which have no #! line.
 check_scripts() {
     grep -rlE '^#!/usr/bin/env bash' run test bench package .ci/run tools | xargs shellcheck -x
 }

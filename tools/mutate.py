@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 """mutate.py LIBRARY [--count N] [--seed N] [--limit SECONDS] [--only FILE] [--list]
 
-Asks how much the tests of a library notice: makes random one-line mistakes in its sources, one
-at a time, builds and runs its tests, and prints the mistakes that these let pass. It works in
-build/linux, and puts each source back.
+Finds out how many mistakes a library's tests notice: makes random one-line mistakes in its
+sources, one at a time, builds and runs its tests, and prints the mistakes that no test noticed.
+It works in build/linux and restores each source.
 """
 
 import argparse
@@ -23,9 +23,9 @@ BUILD = ROOT / "build" / "linux"
 
 class Library(NamedTuple):
     folder: str
-    tests: str  # the program
-    others: str = ""  # programs besides it that are built
-    asks: str = ""  # tests besides it that CTest runs
+    tests: str  # the test program
+    others: str = ""  # other programs to build
+    asks: str = ""  # other tests, run by CTest
 
 
 LIBRARIES = {
@@ -74,10 +74,10 @@ def is_balanced(text):
 
 
 def wrong_lines(line):
-    """What could stand in place of a line. Its texts and comments stay as they are."""
+    """The wrong versions of a line. Texts and comments are left alone."""
     code = TEXT.sub(lambda found: "_" * len(found[0]), line)
     if not code.startswith(" ") or code.lstrip().startswith("#"):
-        return  # at the margin stand declarations
+        return  # lines at the margin are declarations
 
     def replaced(found, text):
         return line[:found.start()] + text + line[found.end():]
@@ -118,7 +118,7 @@ def made(mistake):
 
 
 def succeeds(command, limit=None):
-    """Whether it does, in time. What it started ends with it."""
+    """Whether the command succeeds in time. All its children are killed."""
     with subprocess.Popen(command, cwd=BUILD, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
                           stderr=subprocess.DEVNULL, start_new_session=True) as process:
         try:
@@ -181,5 +181,5 @@ def main():
 
 
 if __name__ == "__main__":
-    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # the source is put back then, too
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(1))  # restores the source then, too
     sys.exit(main())

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Plays one edit of the settings file on a virtual screen, with a picture before and
-after the typing; what ./run does on a machine without a display.
+after the typing. ./run calls it on a machine without a display.
 
     tools/play_edit.py build/linux
 """

@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Tells what a run of the benchmarks measured, as ratios: below 1 ours is the smaller figure.
+"""Prints the results of a benchmark run as ratios: below 1, our figure is the smaller one.
 
-    tools/ratios.py NOW                 each aim of benchmarks/aims.json beside what came out
-    tools/ratios.py NOW --before OLD    what a change did to every figure of ours
+    tools/ratios.py NOW                 each aim of benchmarks/aims.json and its result
+    tools/ratios.py NOW --before OLD    the effect of a change on each of our figures
 
 NOW and OLD are folders of Google Benchmark reports (*.json), where "Parse_core/100000" is
-ours and "Parse_inih/100000" a peer's of the same thing. A figure is the median of all its
-repetitions. NOW/ratios.svg is the picture of it.
+ours and "Parse_inih/100000" a peer's figure for the same task. A figure is the median of all
+its repetitions. The picture is written to NOW/ratios.svg.
 """
 import argparse
 import json
@@ -23,21 +23,21 @@ MEASURES = ("bytes_per_second", "processor", "memory", "memory_in_files")
 
 
 class Row(NamedTuple):
-    """One bar. A row without an aim is a change, which is only told."""
+    """One bar. A row without an aim shows a change and is not judged."""
     what: str
     ours: float
     peer: float
     peer_name: str
     ratio: float
     aim: float
-    form: str  # how its figures are written
+    form: str  # the measure, by which its figures are formatted
 
 
 def figures(folder):
-    """{(benchmark, measure): median}; times are seconds, wall time where it was asked for."""
+    """{(benchmark, measure): median}; times in seconds, wall time if the benchmark asks for it."""
     values = defaultdict(list)
     for report in sorted(folder.glob("*.json")):
-        text = report.read_text("utf-8")  # nothing where a filter leaves out the whole program
+        text = report.read_text("utf-8")  # empty if a filter excludes the whole program
         for row in json.loads(text)["benchmarks"] if text else ():
             if row.get("run_type") != "iteration" or "error_occurred" in row:
                 continue
@@ -65,7 +65,7 @@ def written(value, measure):
 
 
 def aims(now):
-    """The rows of which everything was measured; a peer is the best of those named."""
+    """The rows whose figures were all measured, each with its best peer."""
     for aim in json.loads(AIMS.read_text("utf-8")):
         measure = aim.get("of", "time")
         ours = now.get((aim["ours"], measure))
@@ -73,7 +73,7 @@ def aims(now):
                  for peer in aim["peers"]}
         if ours is None or None in peers.values():
             continue
-        # Of rates the higher one is the better, and the ratio that of the times.
+        # Of rates the higher one is better, and the ratio is that of the times.
         rate = measure == "bytes_per_second"
         name, peer = (max if rate else min)(peers.items(), key=lambda entry: entry[1])
         yield Row(aim["what"], ours, peer, str(name).partition("_")[2].partition("/")[0],
@@ -108,7 +108,7 @@ LINE, LEFT, UNIT, LONGEST = 22, 520, 150, 2.2  # pixels, the last one in units
 
 
 def bar(number, row):
-    """One line of the picture; a bar too long for it is cut."""
+    """One line of the picture; a bar that is too long is cut."""
     top = number * LINE
     colour = "#4c8c4a" if row.ratio <= (row.aim or 1) else "#c0504d"
     shapes = [f'<text x="{LEFT - 8}" y="{top + 15}" text-anchor="end">{escape(row.what)}</text>',

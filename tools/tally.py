@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""Adds up the results in a folder and prints them, closing with "N passed, N failed".
+"""Adds up the results in a folder and prints them, ending with "N passed, N failed".
 
-The folder holds the JUnit reports that CTest wrote (*.xml); those of GoogleTest
-programs that are one test to CTest, as REPORT/TEST.xml; and, for what has no test
-runner of its own, steps.tsv with one "passed" or "failed", a tab and a name a line.
-Exits with 1 when anything failed or nothing was run.
+The folder contains CTest's JUnit reports (*.xml); for GoogleTest programs that are a single
+test for CTest, their reports as REPORT/TEST.xml; and, for steps without a test runner,
+steps.tsv, with "passed" or "failed", a tab and a name on each line.
+Exits with 1 if anything failed or nothing was run.
 """
 import sys
 import xml.etree.ElementTree as ElementTree
@@ -12,7 +12,7 @@ from pathlib import Path
 
 
 def program_cases(report, label):
-    """The same of one GoogleTest program."""
+    """Yields (verdict, name, reason) for every test of one GoogleTest program."""
     for case in ElementTree.parse(report).getroot().iter("testcase"):
         name = f"{label} {case.get('classname')}.{case.get('name')}"
         failure = case.find("failure")
@@ -25,7 +25,7 @@ def program_cases(report, label):
 
 
 def cases(folder):
-    """Yields (verdict, name, reason) of everything that was run."""
+    """Yields (verdict, name, reason) for everything that was run."""
     for report in sorted(folder.glob("*.xml")):
         for case in ElementTree.parse(report).getroot().iter("testcase"):
             name = f"{report.stem}: {case.get('name')}"
@@ -33,7 +33,7 @@ def cases(folder):
             if program.exists():
                 told = list(program_cases(program, name))
                 yield from told
-                # A program that ended well, or badly over tests of its own, is told.
+                # If the program passed, or its own tests failed, its report says everything.
                 failed = any(verdict == "failed" for verdict, _, _ in told)
                 if told and (failed or case.get("status") == "run"):
                     continue
@@ -43,7 +43,7 @@ def cases(folder):
             elif skipped is not None and "SKIP_" in skipped.get("message", ""):
                 yield "skipped", name, ""
             else:
-                # A test that could not even be started is a failed one.
+                # A test that could not even be started has failed.
                 said = skipped if skipped is not None else case.find("failure")
                 yield "failed", name, said.get("message", "") if said is not None else ""
     steps = folder / "steps.tsv"

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
-"""Takes the frame data out of a PDB, so that everybody walks by frame pointers.
+"""Removes the frame data from a PDB, so that stack walks follow the frame pointers.
 
     drop_frame_data.py PROGRAM.pdb
 
-The data says for each address how to find the caller. Wine's DbgHelp takes the first of
-the records that hold an address, where the last one is meant, and subtracts in the wrong
-order; its walks stay where they begin. All our code keeps frame pointers and needs none.
+The data says for each address how to find the caller. Wine's DbgHelp uses the first record
+that contains an address instead of the last, and subtracts in the wrong order, so its walks
+never leave the first frame. All our code keeps frame pointers and does not need the data.
 """
 import struct
 import sys
@@ -19,7 +19,7 @@ NONE = 0xFFFF
 
 
 class StreamFile:
-    """A file that holds streams, each in blocks of its own anywhere in the file."""
+    """A file of streams; each stream's blocks may be anywhere in the file."""
 
     def __init__(self, data):
         self.data = data
@@ -42,7 +42,7 @@ class StreamFile:
         return struct.unpack_from(f"<{count}I", self.data, at)
 
     def place(self, stream, offset):
-        """Where in the file a stream's byte is."""
+        """The file offset of a byte of a stream."""
         return self.places[stream][offset // self.block] * self.block + offset % self.block
 
 

@@ -1,4 +1,4 @@
-# CMake toolchain: 32-bit Windows programs, with what tools/windows/prepare.sh made.
+# CMake toolchain: 32-bit Windows programs, with the libraries made by tools/windows/prepare.sh.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR i686)
@@ -27,5 +27,5 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-# Tests of ours and of CMake run through Wine.
+# Our tests and CMake's run under Wine.
 set(CMAKE_CROSSCOMPILING_EMULATOR "${CMAKE_CURRENT_LIST_DIR}/wine")

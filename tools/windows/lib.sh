@@ -1,19 +1,18 @@
 # shellcheck shell=bash
-# Shared by the scripts of this folder, which source it after tools/lib.sh: where the
-# cache is, and how a step fills a folder of it.
+# Shared by the scripts of this folder, which source it after tools/lib.sh: where the cache is, and
+# how a step fills one of its folders.
 #
-# A step leaves its folder complete or not at all: it works in CACHE/work/STEP, and the
-# finished folder gets its name last, with the recipe's version in its file .recipe. A
-# step that was interrupted goes on in its work folder; a folder of another recipe is
-# made again.
+# A step makes its folder completely or not at all: it works in CACHE/work/STEP and renames the
+# finished folder at the end, with the recipe's version in its file .recipe. An interrupted step
+# goes on in its work folder; if the recipe has changed, the folder is made again.
 
 repository=$PWD
 cache=$(realpath -m "${ORVISTRAND_WINDOWS_CACHE:-$repository/build/windows-cache}")
 
-# The folders that may offer archives of finished folders.
+# Folders that may have archives of finished folders.
 archive_folders=("$cache" "$(realpath -m "$repository/../shared/windows")")
 
-# megabytes_free: what the file system of the cache has left.
+# megabytes_free: the free space on the cache's file system.
 megabytes_free() {
     df -Pm "$cache" | awk 'NR == 2 { print $4 }'
 }
@@ -42,8 +41,8 @@ is_ready() {
     [[ $(cat "$cache/$1/.recipe" 2>/dev/null) == "$2" ]]
 }
 
-# run_step STEP RECIPE MEGABYTES WHAT: fills CACHE/STEP by the function make_STEP, which
-# finds the folder to fill in $result, its own to work in in $work, and its log in $log.
+# run_step STEP RECIPE MEGABYTES WHAT: fills CACHE/STEP with the function make_STEP, which fills the
+# folder $result, works in the folder $work and writes the log $log.
 run_step() {
     local step=$1 recipe=$2 megabytes=$3 what=$4
     is_ready "$step" "$recipe" && return 0
@@ -69,7 +68,7 @@ run_step() {
     say "$what: done in $((SECONDS - begin)) s"
 }
 
-# fails WORDS...: ends a step that knows why it failed.
+# fails WORDS...: sets the reason why a step failed, and fails.
 fails() {
     failure="$*"
     return 1
@@ -81,7 +80,7 @@ release_fact() {
     (source /etc/os-release && echo "${!1:-}")
 }
 
-# The option by which apt finds the keys of the release's own repositories.
+# The apt option that names the keys of the release's own repositories.
 release_keys() {
     local keyring
     for keyring in /usr/share/keyrings/"$(release_fact ID)"-archive-keyring.{pgp,gpg}; do
@@ -92,8 +91,8 @@ release_keys() {
     done
 }
 
-# machine_repositories TYPE: lines for apt that name the release's main suite at the places
-# that the machine's apt uses; TYPE is deb or deb-src.
+# machine_repositories TYPE: apt source lines for the release's main suite, with the servers that
+# the machine's apt uses; TYPE is deb or deb-src.
 machine_repositories() {
     # shellcheck disable=SC2016
     apt-get indextargets --format '$(CREATED_BY)|$(REPO_URI)|$(RELEASE)|$(CODENAME)|$(COMPONENT)' |
@@ -103,8 +102,8 @@ machine_repositories() {
             }'
 }
 
-# fetch_source PACKAGE: unpacks the release's source package below $work and prints where.
-# The machine's own lists stay as they are.
+# fetch_source PACKAGE: unpacks the release's source package below $work and prints its folder. The
+# machine's own package lists do not change.
 fetch_source() {
     local package=$1 lists="$work/lists" sources="$work/sources.list"
     if [[ ! -e $work/$package.unpacked ]]; then
@@ -123,8 +122,7 @@ fetch_source() {
     find "$work/$package" -mindepth 1 -maxdepth 1 -type d
 }
 
-# cross_build SOURCE [OPTION...]: builds a CMake project for Windows and installs it as
-# $result.
+# cross_build SOURCE [OPTION...]: builds a CMake project for Windows and installs it in $result.
 cross_build() {
     local source=$1
     shift

@@ -1,7 +1,7 @@
 # shellcheck shell=bash
 # Steps for tools/windows/prepare.sh: the compiler's DLLs, Abseil and GoogleTest.
 
-# The DLLs that the compiler's output needs beside it; as packaged they are mostly symbols.
+# The DLLs that compiled programs need, stripped: as packaged they are mostly symbols.
 make_runtime() {
     local dll from
     for dll in libgcc_s_dw2-1.dll libstdc++-6.dll libwinpthread-1.dll; do

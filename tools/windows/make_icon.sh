@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Draws configure.svg again as configure.ico, which is kept beside it; only needed after
-# a change of the drawing. Installs what it needs.
+# Makes configure.ico from configure.svg, beside it; only needed after the drawing has changed.
+# Installs what it needs.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/lib.sh

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Takes the pictures of the Windows program that the documentation shows.
+"""Takes the documentation's pictures of the Windows program.
 
     tools/windows/pictures.py       after a build of preset win32
 """

@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Prepares what building and testing for Windows needs, in build/windows-cache or in the
-# folder that ORVISTRAND_WINDOWS_CACHE names; see docs/windows.md.
+# Prepares everything for building and testing for Windows, in build/windows-cache or in the folder
+# $ORVISTRAND_WINDOWS_CACHE; see docs/windows.md.
 #
 #     tools/windows/prepare.sh [build | wine]...    without a word: both
 #
-# A second call does only what is missing, and goes on where a first was interrupted.
+# Another call does only what is missing, and goes on where the last was interrupted.
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 # shellcheck source=tools/lib.sh
@@ -46,7 +46,7 @@ flock -n "$lock" || {
     say "Waiting for another call that prepares $cache"
     flock "$lock"
 }
-# Prefixes of programs that were killed.
+# Prefixes left by programs that were killed.
 find "$cache/scratch" -mindepth 1 -maxdepth 1 -mmin +1440 -exec rm -rf {} + 2>/dev/null || true
 for part in "${parts[@]}"; do
     "prepare_$part"

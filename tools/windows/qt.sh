@@ -1,12 +1,12 @@
 # shellcheck shell=bash
-# Step for tools/windows/prepare.sh: Qt, from an archive or from the release's source.
+# Step for tools/windows/prepare.sh: Qt, from an archive or from the Debian release's source.
 
 qt_recipe=1
 qt_archive=qt-5.15.8-i686-w64-mingw32.tar.xz
 qt_sha256=fdad0df8a997a3a26012ec24519492bdc6910bcd62478cb93b5f6556d4d0608e
 
-# Only Core, Gui, Widgets, Test and the platforms windows, offscreen and minimal are used
-# here. No tablets, since the release's source lacks the wintab header.
+# Only Core, Gui, Widgets, Test and the platforms windows, offscreen and minimal are used here. No
+# tablet support, since the release's source lacks the wintab header.
 qt_options=(
     -xplatform win32-g++ -device-option CROSS_COMPILE=i686-w64-mingw32-
     -opensource -confirm-license -release -shared -no-pch
@@ -56,8 +56,8 @@ unpack_qt() {
     mv "${settings%/lib/cmake/Qt5/Qt5Config.cmake}" "$result"
 }
 
-# The mkspec calls the compiler by its plain name, which may be the wrong one where both
-# thread variants are installed.
+# The mkspec calls the compiler by its plain name, which may be the wrong thread variant if both are
+# installed.
 plain_compiler_names() {
     local tool
     mkdir -p "$work/bin"

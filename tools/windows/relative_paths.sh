@@ -1,10 +1,10 @@
 #!/usr/bin/env bash
-# Runs a compiler or linker with relative paths in place of absolute ones, so that nothing of
-# what it writes depends on where the repository lies:
+# Runs a compiler or linker with relative paths instead of absolute ones, so its output does not
+# depend on where the repository is:
 #
 #     relative_paths.sh BUILD_FOLDER SOURCE_FOLDER WAY_TO_SOURCES COMMAND...
 #
-# It is called in the build folder; the way from there to the sources is ../../ or the like.
+# It runs in the build folder; WAY_TO_SOURCES is the path from there to the sources, such as ../../.
 build=$1 sources=$2 way=$3
 shift 3
 command=("${@//"$build/"/}")

@@ -1,6 +1,6 @@
 # shellcheck shell=bash
-# Steps for tools/windows/prepare.sh: a Wine that runs 32-bit programs, and the prefix
-# that tests start from.
+# Steps for tools/windows/prepare.sh: a Wine that runs 32-bit programs, and the prefix that each
+# test starts with a copy of.
 
 wine_recipe=1
 
@@ -39,9 +39,9 @@ host_wine_works() {
     [[ $status == 7 ]]
 }
 
-# Unpacked as the user's own files, so that anyone can make it and remove it. Of the
-# release's main suite alone: its security suite may offer other versions to i386 than to
-# the machine, which would make the whole uninstallable.
+# Unpacked as the user's own files, so that anyone can make it and remove it. Only from the
+# release's main suite: its security suite may have other versions for i386 than for the machine's
+# architecture, and then nothing could be installed.
 unpack_wine_root() {
     local repositories
     repositories=$(machine_repositories deb)
@@ -58,7 +58,7 @@ enters_root() {
     ORVISTRAND_WINE_FOLDER=$result logged tools/windows/wine --version
 }
 
-# Without a debugger that starts on a crash: tests crash on purpose, and it takes seconds.
+# Without the debugger that starts on a crash: tests crash on purpose, and it takes seconds.
 make_prefix() {
     export WINEPREFIX=$result/prefix
     mkdir -p "$WINEPREFIX"
