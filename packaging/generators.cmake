@@ -1,5 +1,5 @@
-# Read by CPack for each generator. Archives come one for each component; an installer and a
-# Debian package hold the tool alone.
+# Read by CPack for each generator. There is one archive for each component; the installer and the
+# Debian package contain only the tool.
 if(CPACK_GENERATOR MATCHES "NSIS|DEB")
     set(CPACK_MONOLITHIC_INSTALL ON)
     list(GET CPACK_INSTALL_CMAKE_PROJECTS 0 buildFolder)

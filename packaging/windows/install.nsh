@@ -1,9 +1,9 @@
-; The installer's own part. It writes the new version beside the old one, and two renamed
-; folders make the change; until then nothing that was there is touched.
+; The installer. It writes the new version beside the old one, then exchanges them by renaming two
+; folders; until then nothing old is touched.
 
-Var stage ; the new version while it is written
-Var aside ; what was in its place
-Var former ; where the version is that this one replaces
+Var stage ; the folder for the new version until it is complete
+Var aside ; the folder for the old version until it is removed
+Var former ; the folder of the version that this one replaces
 Var parentIsNew
 Var obstacle
 Var size ; in kB
@@ -16,7 +16,7 @@ Function CleanUp
     ${EndIf}
 FunctionEnd
 
-; What follows a file that cannot be written. NSIS itself then answers 2.
+; Called if a file cannot be written. NSIS itself then returns 2.
 Function .onInstFailed
     Call CleanUp
 FunctionEnd
@@ -28,8 +28,8 @@ FunctionEnd
     Quit
 !macroend
 
-; Finds a file where a folder belongs, or the other way round. $0: the folder below the new
-; version, "" or "\sub".
+; Finds a file where a folder belongs, or the other way round. $0: the folder in the new version, ""
+; or "\sub".
 Function FindObstacle
     Push $1
     Push $2
@@ -57,7 +57,7 @@ Function FindObstacle
     Pop $1
 FunctionEnd
 
-; Gives the folder back what was in it besides the old version. $0: as above.
+; Moves the files that did not belong to the old version back into the folder. $0: as above.
 Function GiveBack
     Push $1
     Push $2
@@ -84,7 +84,7 @@ Function GiveBack
     Pop $1
 FunctionEnd
 
-; Has the uninstaller of a version remove it; only that one knows its files. $R0: where.
+; Removes a version by its own uninstaller, since only that knows its files. $R0: the folder.
 Function RemoveVersion
     ${If} ${FileExists} "$R0\uninstall.exe"
         ExecWait '"$R0\uninstall.exe" /S _?=$R0'
@@ -122,7 +122,7 @@ Function PrepareFolders
     ${EndIf}
 FunctionEnd
 
-; Puts the new version in the old one's place.
+; Replaces the old version with the new one.
 Function Exchange
     SetOutPath "$TEMP"
     ClearErrors
@@ -146,9 +146,8 @@ FunctionEnd
     System::Call 'kernel32::LocalFree(p r0)'
 !macroend
 
-; What crashes and reports leave: users may add files, but neither list the folder nor read
-; or replace what others left. All of them add lines to the one log, which nobody but
-; administrators reads.
+; For what crashes and reports leave: users may add files, but not list the folder, nor read or
+; replace others' files. All may add lines to the one log, which only administrators may read.
 !define ADD_FILES "D:P(A;OICI;FA;;;SY)(A;OICI;FA;;;BA)(A;OICIIO;FA;;;CO)(A;;0x1200a2;;;BU)"
 !define ADD_LINES "D:P(A;;FA;;;SY)(A;;FA;;;BA)(A;;0x120196;;;BU)"
 

@@ -1,7 +1,7 @@
-; The uninstaller's own part.
+; The uninstaller.
 
-; A running program cannot delete its own file, so a copy does it as soon as it can. The
-; copy's remains go when Windows starts next.
+; A running program cannot delete its own file, so a copy does that as soon as possible. The copy
+; itself is deleted at the next start of Windows.
 Function RemoveItself
     GetTempFileName $0
     Delete $0
@@ -40,7 +40,7 @@ Function .onInit
     ${EndIf}
 FunctionEnd
 
-; A log without a line was made by the installer.
+; An empty log is the one that the installer made.
 Function RemoveEmptyLog
     ClearErrors
     FileOpen $0 "$INSTDIR\files\dumps.log" r
@@ -72,7 +72,7 @@ Section
     Delete "$SMPROGRAMS\${COMPANY}\${PRODUCT}.lnk"
     RMDir "$SMPROGRAMS\${COMPANY}"
     DeleteRegKey HKLM "${UNINSTALL_KEY}"
-    ; With _?= it stays, for an installer that removes it when it has ended.
+    ; With _?= the uninstaller does not delete itself; the installer does so after it has ended.
     ${GetParameters} $0
     ClearErrors
     ${GetOptions} $0 "_?=" $1

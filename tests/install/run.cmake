@@ -1,5 +1,5 @@
-# cmake -DBUILD=... -DSOURCE=... -DCOMPILER=... -P run.cmake: installs the libraries of a
-# build into a scratch folder and uses them in the ways in which other projects do.
+# cmake -DBUILD=... -DSOURCE=... -DCOMPILER=... -P run.cmake: installs the libraries of a build into
+# a scratch folder and uses them in all the ways that other projects do.
 set(scratch "${BUILD}/install-test")
 file(REMOVE_RECURSE "${scratch}")
 function(run)
@@ -27,7 +27,7 @@ run("${scratch}/by-pkg-config")
 message(STATUS "As a part of the other project")
 run(${CMAKE_COMMAND} -S "${SOURCE}/parent" -B "${scratch}/parent" -G Ninja
     "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DORVISTRAND=${SOURCE}/../..")
-# Its rules of installation, for which the libraries need not be more than files.
+# Its install rules; for them it is enough that the libraries are files.
 file(TOUCH "${scratch}/parent/configure")
 foreach(library textmarkup core kern utils)
     file(TOUCH "${scratch}/parent/orvistrand/libs/${library}/liborvistrand_${library}.a")

@@ -1,4 +1,4 @@
-# What build this is: the program's texts (core_rcsname.cpp) and, on Windows, its version
+# Which build this is: for the program's texts (core_rcsname.cpp) and, on Windows, its version
 # resource. Release builds set these on the command line.
 
 set(ORVISTRAND_BUILD_TAG "tag_orvistrand_2_1_rc_1" CACHE STRING "Source-control tag of the build")
@@ -6,7 +6,7 @@ set(ORVISTRAND_BUILD_STAMP "220329-103018" CACHE STRING "Time of the build, yymm
 set(ORVISTRAND_BUILD_MODULE "orvistrand" CACHE STRING "Product module that the build belongs to")
 mark_as_advanced(ORVISTRAND_BUILD_TAG ORVISTRAND_BUILD_STAMP ORVISTRAND_BUILD_MODULE)
 
-# The platform that the build's reports name: win_i686, linux_x86_64.
+# The platform named in the build's reports: win_i686, linux_x86_64.
 if(WIN32)
     set(ORVISTRAND_BUILD_PLATFORM "win_${CMAKE_SYSTEM_PROCESSOR}")
 else()
@@ -16,8 +16,8 @@ endif()
 set(ORVISTRAND_PRODUCT "Orvistrand Configure")
 set(ORVISTRAND_COMPANY "Quorvane")
 
-# The version of the packages: "2.1-rc1" by the tag of a release candidate, "2.1" by
-# that of a release, the project's by any other.
+# The version of the packages, by the tag: "2.1-rc1" for a release candidate, "2.1" for a release,
+# otherwise the project's.
 if(ORVISTRAND_BUILD_TAG MATCHES "_([0-9]+)((_[0-9]+)*)(_rc_([0-9]+))?$")
     string(REPLACE "_" "." ORVISTRAND_VERSION "${CMAKE_MATCH_1}${CMAKE_MATCH_2}")
     if(CMAKE_MATCH_5)
@@ -27,8 +27,8 @@ else()
     set(ORVISTRAND_VERSION "${PROJECT_VERSION}")
 endif()
 
-# orvistrand_resources(NAME DESCRIPTION [FILE...]): the resources of the Windows program NAME:
-# what build it is, and what the files hold.
+# orvistrand_resources(NAME DESCRIPTION [FILE...]): the resources of the Windows program NAME: which
+# build it is, and the contents of the files.
 if(WIN32)
     enable_language(RC)
 endif()

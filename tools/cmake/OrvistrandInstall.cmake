@@ -1,12 +1,12 @@
-# The libraries as other projects find them, by find_package(Orvistrand COMPONENTS ...) or
-# pkg-config, after `cmake --install build/PRESET --component devel --prefix FOLDER`.
+# Installs the libraries for other projects, which find them by find_package(Orvistrand COMPONENTS
+# ...) or pkg-config: `cmake --install build/PRESET --component devel --prefix FOLDER`.
 
 set(configFolder ${CMAKE_INSTALL_LIBDIR}/cmake/Orvistrand)
 set(pkgconfigFolder ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
-# From there up to the folder of the installation, which may be moved.
+# From there up to the prefix, relative, so that the installation can be moved.
 file(RELATIVE_PATH up "/${pkgconfigFolder}" /)
 
-# describeLinks(LIBRARY): of what the library links, sets
+# describeLinks(LIBRARY): sorts what the library links into
 #   needs     our libraries
 #   packages  those of find_package
 #   requires  those of pkg-config
@@ -49,7 +49,7 @@ function(describeLinks library)
     endforeach()
 endfunction()
 
-# Bottom up, which is the order in which they were made.
+# Bottom up, in the order in which they were added.
 get_property(libraries GLOBAL PROPERTY ORVISTRAND_LIBRARIES)
 set(links)
 foreach(library IN LISTS libraries)

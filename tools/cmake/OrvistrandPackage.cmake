@@ -1,9 +1,8 @@
-# How CPack packs the installed tool, for ./package. For Windows: an archive that runs in
-# place and an installer. For Linux: a Debian package. For both: an archive with the
-# debug information.
+# How CPack packs the installed tool, for ./package. For Windows: a zip archive that runs in place
+# and an installer. For Linux: a Debian package. For both: an archive with the debug information.
 
-set(ORVISTRAND_CONTACT "support@quorvane.invalid" CACHE STRING "Who answers for the packages")
-set(ORVISTRAND_URL "https://quorvane.invalid" CACHE STRING "Where the maker is found")
+set(ORVISTRAND_CONTACT "support@quorvane.invalid" CACHE STRING "The maintainer's mail address")
+set(ORVISTRAND_URL "https://quorvane.invalid" CACHE STRING "The maker's page")
 
 set(CPACK_PACKAGE_NAME orvistrand-configure)
 set(CPACK_PACKAGE_VENDOR "${ORVISTRAND_COMPANY}")
@@ -30,7 +29,7 @@ function(installAs folder name file)
     install(FILES "${file}" DESTINATION "${folder}" RENAME "${name}" COMPONENT tool)
 endfunction()
 
-# debianVersion(RESULT PACKAGE): of what the programs were built from.
+# debianVersion(RESULT PACKAGE): the installed version, from which the programs were built.
 function(debianVersion result package)
     execute_process(COMMAND dpkg-query -W -f "\${Version}" ${package}
         OUTPUT_VARIABLE version ERROR_QUIET)
@@ -53,7 +52,7 @@ if(WIN32)
     set(CPACK_ORVISTRAND_URL "${ORVISTRAND_URL}")
     set(CPACK_ORVISTRAND_CONTACT "${ORVISTRAND_CONTACT}")
 
-    # What crashes and reports leave, in the folder in which the program works.
+    # For what crashes and reports leave, in the program's working directory.
     install(DIRECTORY DESTINATION dumps COMPONENT tool)
     install(DIRECTORY DESTINATION files COMPONENT tool)
     install(FILES ${documents} DESTINATION documents COMPONENT tool)
@@ -85,8 +84,8 @@ else()
     set(CPACK_DEBIAN_PACKAGE_DESCRIPTION "\
 Shows the network address and port of the video recorder that the
 Orvistrand integration service connects to, and lets an operator change
-them. With it comes a collector of reports of failed checks, a service that
-is off until it is enabled.")
+them. It includes a collector of reports of failed checks, a service that is
+disabled by default.")
 
     string(REGEX REPLACE "^(..)(..)(..)-(..)(..)(..)$" "20\\1-\\2-\\3 \\4:\\5:\\6 UTC"
         stampTime "${ORVISTRAND_BUILD_STAMP}")
@@ -99,7 +98,7 @@ is off until it is enabled.")
     dateOf(packageDate -R)
     dateOf(packageDay +%F)
 
-    # The working folder of the menu's entry.
+    # The working directory of the menu entry.
     set(ORVISTRAND_WORK_DIR "${ORVISTRAND_COMMON_DATA_DIR}/orvistrand-configure")
     set(linux "${PROJECT_SOURCE_DIR}/packaging/linux")
     set(made "${PROJECT_BINARY_DIR}/packaging")
@@ -122,7 +121,7 @@ is off until it is enabled.")
     installAs(${papers} copyright "${linux}/copyright")
     installAs(${papers} third-party-notices.txt "${notices}/third-party-notices-linux.txt")
 
-    # Debian wants these two compressed, without a time in them.
+    # Debian wants the changelog and manual pages compressed, without a timestamp.
     function(installCompressed folder name file)
         set(result "${PROJECT_BINARY_DIR}/packaging/${name}")
         configure_file("${file}" "${PROJECT_BINARY_DIR}/packaging/${name}.txt" @ONLY)
@@ -143,7 +142,7 @@ is off until it is enabled.")
     set(contentsList ${papers}/${CPACK_PACKAGE_NAME}.spdx.json)
 endif()
 
-# Last of all: the list of what was installed, and the same time for all files.
+# At the end: the list of what was installed, and the same time for all files.
 find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
 configure_file("${notices}/${contents}.in" "${PROJECT_BINARY_DIR}/packaging/${contents}" @ONLY)
 set(finish "${Python3_EXECUTABLE}" "${PROJECT_SOURCE_DIR}/tools/finish_package.py")

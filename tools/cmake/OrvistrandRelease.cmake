@@ -1,4 +1,4 @@
-# Programs for packages: hardened, and the same wherever and whenever they are built. Target
+# Programs for packages: hardened, and identical wherever and whenever they are built. Target
 # `orvistrand_shipped` builds them all.
 
 option(ORVISTRAND_RELEASE
@@ -7,9 +7,9 @@ option(ORVISTRAND_RELEASE
 file(RELATIVE_PATH toSources "${CMAKE_BINARY_DIR}" "${CMAKE_SOURCE_DIR}")
 string(REGEX REPLACE "([^/])$" "\\1/" toSources "${toSources}")
 
-# orvistrand_release(NAME): what Debian calls hardening=+all, and what of it MinGW has;
-# docs/packaging.md says what is missing there. Sources are named relative to the
-# repository, whether the compiler is given absolute or relative paths.
+# orvistrand_release(NAME): Debian's hardening=+all, as far as MinGW supports it; docs/packaging.md
+# says what is missing there. Source names are relative to the repository, whether the compiler gets
+# absolute or relative paths.
 function(orvistrand_release name)
     target_compile_options(${name} PRIVATE -fstack-protector-strong -U_FORTIFY_SOURCE
         -D_FORTIFY_SOURCE=2 -Wformat -Werror=format-security -Wdate-time
@@ -17,7 +17,7 @@ function(orvistrand_release name)
     if(WIN32)
         # ccache turns colours on, and that option would end up in the PDB.
         target_compile_options(${name} PRIVATE -ffile-compilation-dir=. -fno-color-diagnostics)
-        # The archive itself, since the import library beside it needs one more DLL.
+        # The static library, since the import library beside it needs one more DLL.
         target_link_options(${name} PRIVATE -l:libssp.a -Wl,-Xlink=-Brepro
             -Wl,-Xlink=-pdbsourcepath:.)
     else()
@@ -27,7 +27,7 @@ function(orvistrand_release name)
     endif()
 endfunction()
 
-# A PDB holds the command lines of compiler and linker, which therefore get relative paths.
+# A PDB contains the command lines of compiler and linker, so they get relative paths.
 if(ORVISTRAND_RELEASE AND WIN32)
     set(launcher "\"${PROJECT_SOURCE_DIR}/tools/windows/relative_paths.sh\" \
 \"${CMAKE_BINARY_DIR}\" \"${CMAKE_SOURCE_DIR}\" ${toSources}")
@@ -35,9 +35,9 @@ if(ORVISTRAND_RELEASE AND WIN32)
     set_property(GLOBAL PROPERTY RULE_LAUNCH_LINK "${launcher}")
 endif()
 
-# orvistrand_ship(NAME): puts program NAME into the packages, without its debug information,
-# which debuggers find by the name of its file. For Windows the file keeps its name; on
-# Linux, among the programs of a whole machine, it has the target's.
+# orvistrand_ship(NAME): puts program NAME into the packages, without its debug information, which
+# debuggers find by the file's name. On Windows the file keeps its name; on Linux, where all
+# programs share a folder, it has the target's.
 add_custom_target(orvistrand_shipped)
 function(orvistrand_ship name)
     get_target_property(file ${name} OUTPUT_NAME)
@@ -68,7 +68,7 @@ function(orvistrand_ship name)
     add_dependencies(orvistrand_shipped ${name}_shipped)
     install(PROGRAMS "${folder}/${program}" DESTINATION ${programFolder} COMPONENT tool)
     install(FILES "${folder}/${program}.debug" DESTINATION ${debugFolder} COMPONENT debug)
-    # The program looks there for the names and lines of its own stacks.
+    # There the program finds the names and lines for its own stacks.
     if(ORVISTRAND_PDB)
         install(FILES $<TARGET_FILE_DIR:${name}>/${file}.pdb DESTINATION symbols COMPONENT tool)
     endif()

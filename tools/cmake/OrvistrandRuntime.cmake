@@ -1,8 +1,8 @@
-# What Windows programs need beside them. All of them are built into one folder, run/,
-# in which they run in place; the tool is installed with the same files. Other projects take
-# care of their programs themselves.
+# The files that Windows programs need beside them. All programs are built into one folder, run/,
+# where they run in place; the tool is installed with the same files. Other projects do this for
+# their programs themselves.
 
-# Debian's Abseil asks for linker options that GNU's linker has and lld has not.
+# Debian's Abseil uses linker options that lld does not have.
 get_property(imported DIRECTORY PROPERTY IMPORTED_TARGETS)
 list(FILTER imported INCLUDE REGEX "^absl::")
 foreach(library IN LISTS imported)
@@ -25,13 +25,13 @@ endforeach()
 foreach(dll libgcc_s_dw2-1 libstdc++-6 libwinpthread-1)
     list(APPEND runtimeFiles "${ORVISTRAND_WINDOWS_CACHE}/runtime/${dll}.dll")
 endforeach()
-# With it the plugins are found from other working directories too.
+# By it the plugins are found from other working directories, too.
 list(APPEND runtimeFiles "${PROJECT_SOURCE_DIR}/configure/resources/qt.conf")
 
 get_target_property(qtCore Qt5::Core LOCATION)
 cmake_path(GET qtCore PARENT_PATH qtPlugins)
 cmake_path(REPLACE_FILENAME qtPlugins plugins)
-# The folders and files of Qt's plugins, those of tests as well.
+# Qt's plugins: those of the tool, and those only for tests.
 set(toolPlugins platforms/qwindows.dll styles/qwindowsvistastyle.dll)
 set(testPlugins platforms/qoffscreen.dll platforms/qminimal.dll)
 
@@ -42,7 +42,7 @@ foreach(plugin IN LISTS toolPlugins)
         DESTINATION ${ORVISTRAND_PLUGIN_FOLDER}/${folder} COMPONENT tool)
 endforeach()
 
-# copyBeside(NAME FILE): has the build put FILE at run/NAME.
+# copyBeside(NAME FILE): the build copies FILE to run/NAME.
 set(copies)
 macro(copyBeside name file)
     set(copy "${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/${name}")

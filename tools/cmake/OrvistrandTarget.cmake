@@ -1,5 +1,5 @@
-# What every target of this project shares: the language level, our warnings, the
-# sanitizers asked for, and which half of a platform pair is built.
+# What all targets of this project share: the language level, our warnings, the chosen sanitizers,
+# and which half of a platform pair is built.
 
 if(WIN32)
     set(ORVISTRAND_PLATFORM win32)
@@ -13,7 +13,7 @@ function(orvistrand_target name)
     set_target_properties(${name} PROPERTIES CXX_EXTENSIONS OFF)
     target_compile_options(${name} PRIVATE -Wall -Wextra -Wpedantic -Wshadow
         -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-qual -Wundef -fno-omit-frame-pointer)
-    # __FILE__ is the same wherever the repository lies.
+    # __FILE__ does not depend on where the repository is.
     if(ORVISTRAND_RELEASE)
         orvistrand_release(${name})
     else()
@@ -25,7 +25,7 @@ function(orvistrand_target name)
     if(ORVISTRAND_SANITIZE)
         target_compile_options(${name} PRIVATE -fsanitize=${ORVISTRAND_SANITIZE}
             -fno-sanitize-recover=all
-            # Instrumented, the standard library's own code looks uninitialised to GCC.
+            # To GCC, the instrumented standard library seems to use uninitialised variables.
             $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>)
         target_link_options(${name} PUBLIC -fsanitize=${ORVISTRAND_SANITIZE})
     endif()
@@ -35,7 +35,7 @@ function(orvistrand_target name)
     endif()
 endfunction()
 
-# NAME.pdb beside the program, from which Windows reads names and lines.
+# NAME.pdb beside the program, where Windows finds names and lines.
 if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     set(ORVISTRAND_PDB ON)
     find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
@@ -46,7 +46,7 @@ endif()
 function(orvistrand_pdb name)
     set(pdbName "$<TARGET_FILE_BASE_NAME:${name}>.pdb")
     set(pdb "$<TARGET_FILE_DIR:${name}>/${pdbName}")
-    # The program names the file without a folder.
+    # The program refers to the file without a folder.
     target_link_options(${name} PRIVATE -Wl,--pdb=${pdb} -Wl,-Xlink=-pdbaltpath:${pdbName})
     add_custom_command(TARGET ${name} POST_BUILD VERBATIM
         COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/tools/windows/drop_frame_data.py ${pdb})
@@ -54,12 +54,12 @@ endfunction()
 
 include(GNUInstallDirs)
 
-# orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...] [INCLUDED i...]): a static
-# library, named orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has
-# p_win32.cpp and p_posix.cpp, of which the platform's half is built. Unless it is internal,
-# component `devel` installs it with the headers that callers include: not those in the folders
-# internal/, win32/ and posix/, which its own sources and tests include, nor the other
-# platform's. Of internal/, it installs i.h, which public headers include.
+# orvistrand_library(NAME [INTERNAL] MODULES m... [PAIRS p...] [INCLUDED i...]): a static library,
+# orvistrand::NAME for its users, of modules m.h + m.cpp; a pair also has p_win32.cpp and
+# p_posix.cpp, of which the platform's half is built. Unless it is internal, component `devel`
+# installs it with its public headers: not those in internal/, win32/ and posix/, which are for its
+# own sources and tests, nor the other platform's. From internal/ it installs only i.h, which public
+# headers include.
 function(orvistrand_library name)
     cmake_parse_arguments(PARSE_ARGV 1 arg "INTERNAL" "" "MODULES;PAIRS;INCLUDED")
     list(TRANSFORM arg_MODULES APPEND .cpp OUTPUT_VARIABLE sources)
@@ -69,7 +69,7 @@ function(orvistrand_library name)
     set_target_properties(orvistrand_${name} PROPERTIES EXPORT_NAME ${name})
     orvistrand_target(orvistrand_${name})
     if(ORVISTRAND_DESIGNER)
-        # A plugin is made of them; calls among them stay as quick as in a program.
+        # The plugin links them; calls within a library stay as fast as in a program.
         set_target_properties(orvistrand_${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
         target_compile_options(orvistrand_${name} PRIVATE -fno-semantic-interposition)
     endif()
