@@ -1,7 +1,9 @@
-#include "core_assert.h"
+// Checks, and what happens when they fail.
 
 #include "check_recorder.h"
 #include "child_process.h"
+#include "core_assert.h"
+#include "core_check.h"
 #include "core_globals.h"
 #include "core_log.h"
 #include "core_testinterface.h"
@@ -11,12 +13,13 @@
 #include "output_capture.h"
 #include "temp_folder.h"
 
-#include <gmock/gmock.h>
-
 #include <filesystem>
+#include <gmock/gmock.h>
+#include <tuple>
 
 namespace {
 
+using test::FailedCheck;
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::EndsWith;
@@ -24,6 +27,56 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr core::CheckSite kSite{"some_module.cpp", 7};
+
+TEST(Check, FailsWithItsSiteAndAnswersItsCondition) {
+    test::CheckRecorder checks;
+    EXPECT_TRUE(CHECKF_AT(kSite, 1 + 1 == 2, "never made"));
+    EXPECT_FALSE(CHECKF_AT(kSite, 1 + 1 == 3, "what"));
+    EXPECT_FALSE(CHECKF(false));
+    const int32_t checkf = __LINE__ - 1;
+    GASSERT(checkf < 0);
+    if (false)
+        GASSERT_AT(kSite, false); // each macro is one statement
+    else
+        GASSERT_AT(kSite, checkf > 0 && checkf < 0, "impossible");
+    EXPECT_THAT(checks.take(),
+                ElementsAre(FailedCheck{"CHECKF", "some_module.cpp", 7, 0, "what"},
+                            FailedCheck{"CHECKF", "core_assert_test.cpp", checkf, 0, ""},
+                            FailedCheck{"checkf < 0", "core_assert_test.cpp", checkf + 2, 1, ""},
+                            FailedCheck{"checkf > 0 && checkf < 0", "some_module.cpp", 7, 1,
+                                        "impossible"}));
+}
+
+TEST(Check, LevelsDecideWhatIsReportedAndWhatIsEvaluated) {
+    test::CheckRecorder checks;
+    int evaluated = 0;
+    const auto refuse = [&] { return ++evaluated < 0; };
+    const auto message = [&] { return std::to_string(++evaluated); };
+    // Levels, reports, and evaluations of two conditions and two messages.
+    const std::tuple<int32_t, size_t, int> rows[] = {{1, 2, 4}, {0, 1, 2}, {-1, 0, 1}};
+    for (const auto& [level, reports, evaluations] : rows) {
+        evaluated = 0;
+        const test::ScopedAssertionLevel scope(level);
+        EXPECT_FALSE(CHECKF_AT(kSite, refuse(), message()));
+        GASSERT_AT(kSite, refuse(), message());
+        EXPECT_EQ(checks.take().size(), reports) << level;
+        EXPECT_EQ(evaluated, evaluations) << level;
+    }
+}
+
+bool failsItself(const char*, const char*, int32_t, int32_t, const std::string&) {
+    std::fputs("x", stderr);
+    return !CHECKF_AT(kSite, false) && false;
+}
+
+TEST(Check, HandlersThatFailThemselvesComeToAnEnd) {
+    const test::CheckRecorder restores;
+    core::detail::storeFailureHandler(&failsItself);
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(test::captureOutput([] { EXPECT_FALSE(CHECKF_AT(kSite, false)); }).err,
+                  std::string(core::kMaxNestedFailures, 'x'));
+    }
+}
 
 /// Puts the check slot's state back.
 class AssertTest : public testing::Test {
@@ -99,7 +152,6 @@ TEST(AssertProcess, HandlersAreReadyBeforeAndAfterMain) {
 }
 
 CHILD_CASE(failsAtTwoSites) {
-    using Type = core::FailureType;
     std::filesystem::current_path(argument);
     const core::DefaultGlobals globals;
     for (const char* list : {"assert.exclude", "settings/assert.exclude"})
@@ -107,8 +159,9 @@ CHILD_CASE(failsAtTwoSites) {
     CHECKF_AT(kSite, false, "why");
     CHECKF_AT((core::CheckSite{"some_module.cpp", 8}), false);
     GALERT_AT(kSite, 1 > 2); // alerts are never excluded
-    for (const Type type : {Type::Assertion, Type::Alert})
-        std::printf("%d,", static_cast<int>(core::TestInterface::instance().reportCount(type)));
+    auto& reports = core::TestInterface::instance();
+    std::printf("%d,%d", static_cast<int>(reports.reportCount(core::FailureType::Assertion)),
+                static_cast<int>(reports.reportCount(core::FailureType::Alert)));
 }
 
 TEST(AssertProcess, ExcludedChecksAreLoggedOnly) {
@@ -119,7 +172,7 @@ TEST(AssertProcess, ExcludedChecksAreLoggedOnly) {
     EXPECT_THAT(test::runChild("failsAtTwoSites", folder.path()).out,
                 EndsWith("[CRIT] EXCLUDED_ASSERT failed at some_module.cpp:7 (CHECKF) (why)\n"
                          "[CRIT] GASSERT failed at some_module.cpp:8 (CHECKF) ()\n"
-                         "[CRIT] GALERT at some_module.cpp:7 (1 > 2)\n1,1,"));
+                         "[CRIT] GALERT at some_module.cpp:7 (1 > 2)\n1,1"));
     // A list in the settings folder takes the place of the other.
     std::filesystem::create_directory(test::systemPath(folder / "settings"));
     test::writeFile(folder / "settings/assert.exclude", "some_module.cpp 8" + today);

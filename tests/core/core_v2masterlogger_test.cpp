@@ -159,7 +159,6 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
         EXPECT_EQ(goneOn, std::thread::id());
     };
     const std::function<void()> ways[] = {
-        [&] { MasterLogger::setImplementation(impl(ignore)), replace(""); },
         [&] { const core::Globals globals(impl(ignore)); },
         [&] { // from inside of itself
             MasterLogger::setImplementation(impl(replaceAndStay));

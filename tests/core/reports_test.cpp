@@ -30,7 +30,7 @@ class Server {
 public:
     /// Appends to the settings that this process is to report here.
     explicit Server(const std::string& folder, const std::string& settings) {
-        if (!d_socket.open() || !d_socket.bind("127.0.0.1", 0))
+        if (!d_socket.open(0, 10'000) || !d_socket.bind("127.0.0.1", 0))
             std::exit(1);
         std::filesystem::current_path(test::systemPath(folder));
         test::writeFile(settings,
@@ -41,8 +41,8 @@ public:
     /// Files what has come since the last time; a datagram of its own marks the end.
     void file() {
         EXPECT_TRUE(d_socket.send("127.0.0.1", static_cast<uint32_t>(d_socket.localPort()), "end"));
-        for (std::string data; (data = d_socket.receive()->data) != "end";)
-            test::writeFile(std::to_string(++d_count), data);
+        for (auto next = d_socket.receive(); next && next->data != "end"; next = d_socket.receive())
+            test::writeFile(std::to_string(++d_count), next->data);
     }
 
 private:

@@ -1,11 +1,16 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
+#include <thread>
 
 /// What the crashing program does by its platform's calls.
 namespace crashing {
 
-[[noreturn]] void sleepForEver();
+[[noreturn]] inline void sleepForEver() {
+    for (;;)
+        std::this_thread::sleep_for(std::chrono::hours(1));
+}
 
 /// The lowest address of this thread's stack, and the first above it.
 const char* endOfStack();

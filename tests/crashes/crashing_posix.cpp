@@ -17,11 +17,6 @@
 #include <thread>
 
 namespace crashing {
-void sleepForEver() {
-    for (;;)
-        pause();
-}
-
 namespace {
 
 const char* stack(size_t& size) {

@@ -22,11 +22,6 @@ extern std::array<void (*)(), 32> uncaughtThrow;
 
 namespace crashing {
 
-void sleepForEver() {
-    for (;;)
-        Sleep(INFINITE);
-}
-
 const char* endOfStack() {
     MEMORY_BASIC_INFORMATION memory{};
     VirtualQuery(&memory, &memory, sizeof memory);

@@ -1,6 +1,7 @@
 #include "kern_timerinterface.h"
 
 #include "check_recorder.h"
+#include "kern_pollloop.h"
 #include "scripted_timers.h"
 
 #include <functional>
@@ -13,15 +14,6 @@ namespace {
 using test::FailedCheck;
 using test::ScriptedTimers;
 using testing::ElementsAre;
-
-struct NullDescriptors : kern::DescriptorManager {
-    bool watchRead(intptr_t, kern::DescriptorInterface*) override { return false; }
-    bool watchWrite(intptr_t, kern::DescriptorInterface*) override { return false; }
-    void unwatchRead(intptr_t) override {}
-    void unwatchWrite(intptr_t) override {}
-    int32_t removeDescriptors(kern::DescriptorInterface*) override { return -1; }
-    bool isWatched(intptr_t) const override { return false; }
-};
 
 struct Clock final : kern::TimerInterface {
     void timerExpired(int64_t) override {}
@@ -38,26 +30,34 @@ std::vector<FailedCheck> failuresOf(const std::function<void()>& body) {
     return checks.take();
 }
 
-TEST(TimerInterface, CountsTheTimersThatManagersGrant) {
+TEST(TimerInterface, CountsWhatManagersGrantAndHandlesHoldOne) {
     const auto failures = failuresOf([] {
         ScriptedTimers manager;
         Clock clock;
-        manager.nextId = int64_t{1} << 40;
-        EXPECT_EQ(clock.startTimer(0x7fffffff), manager.nextId);
-        EXPECT_EQ(clock.startTimer(0x80000000), 0);
+        kern::TimerHandle handle;
+        clock.killTimer(handle);
         for (const int64_t refused : {0, -3}) {
             manager.nextId = refused;
             EXPECT_EQ(clock.startTimer(3000000), 0);
         }
+        manager.nextId = int64_t{1} << 40;
+        EXPECT_EQ(clock.restartTimer(handle, 0x7fffffff), manager.nextId);
+        manager.nextId = 6;
+        EXPECT_EQ(clock.restartTimer(handle, 30), 6);
         EXPECT_EQ(clock.activeTimers(), 1);
-        EXPECT_EQ(kern::threadState().timersStarted, 1U);
+        EXPECT_EQ(kern::threadState().timersStarted, 2U);
+        EXPECT_EQ(clock.restartTimer(handle, 0x80000000), 0);
+        EXPECT_EQ(handle.interval, 0x80000000);
+        clock.restartTimer(handle, 40);
+        clock.killTimer(handle);
+        EXPECT_TRUE(handle.id == 0 && handle.interval == 0);
         clock.killTimer(0);
-        clock.killTimer(int64_t{1} << 40);
         EXPECT_EQ(clock.activeTimers(), 0);
-        EXPECT_THAT(manager.calls, ElementsAre("start 2147483647", "start 3000000", "start 3000000",
-                                               "kill 1099511627776"));
+        EXPECT_THAT(manager.calls,
+                    ElementsAre("start 3000000", "start 3000000", "start 2147483647",
+                                "kill 1099511627776", "start 30", "kill 6", "start 40", "kill 6"));
     });
-    EXPECT_THAT(failures, ElementsAre(failed(164), failed(181, "3000000"), failed(181, "3000000"),
+    EXPECT_THAT(failures, ElementsAre(failed(181, "3000000"), failed(181, "3000000"), failed(164),
                                       failed(200)));
 }
 
@@ -77,28 +77,6 @@ TEST(TimerInterface, ReportsCallsOutsideItsManagersTime) {
     EXPECT_THAT(failures, ElementsAre(failed(173, "called without manager in " + name +
                                                       " (too early or late)"),
                                       failed(209, "killTimer called too late in " + name)));
-}
-
-TEST(TimerInterface, HandlesHoldOneTimerOrNone) {
-    const auto failures = failuresOf([] {
-        ScriptedTimers manager;
-        Clock clock;
-        kern::TimerHandle handle;
-        clock.killTimer(handle);
-        EXPECT_EQ(clock.restartTimer(handle, 20), 1);
-        manager.nextId = 6;
-        EXPECT_EQ(clock.restartTimer(handle, 30), 6);
-        EXPECT_EQ(clock.restartTimer(handle, 0x80000000), 0);
-        EXPECT_EQ(handle.interval, 0x80000000);
-        clock.restartTimer(handle, 40);
-        clock.killTimer(handle);
-        EXPECT_EQ(handle.id, 0);
-        EXPECT_EQ(handle.interval, 0U);
-        EXPECT_EQ(clock.activeTimers(), 0);
-        EXPECT_THAT(manager.calls,
-                    ElementsAre("start 20", "kill 1", "start 30", "kill 6", "start 40", "kill 6"));
-    });
-    EXPECT_THAT(failures, ElementsAre(failed(164)));
 }
 
 TEST(TimerInterface, IsDestroyedWithItsTimers) {
@@ -128,21 +106,16 @@ TEST(TimerInterface, IsDestroyedWithItsTimers) {
 TEST(ServerManagers, TheLastOneIsTheThreadsOwn) {
     const auto failures = failuresOf([] {
         const kern::ThreadState& thread = kern::threadState();
-        {
-            std::optional<ScriptedTimers> first(std::in_place);
-            std::optional<NullDescriptors> firstDescriptors(std::in_place);
-            ScriptedTimers second;
-            NullDescriptors secondDescriptors;
-            first.reset();
-            firstDescriptors.reset();
-            EXPECT_EQ(thread.timerManager, &second);
-            EXPECT_EQ(thread.descriptorManager, &secondDescriptors);
-        }
+        std::optional<kern::PollLoop> first(std::in_place), second(std::in_place);
+        first.reset();
+        EXPECT_EQ(thread.timerManager, &*second);
+        EXPECT_EQ(thread.descriptorManager, &*second);
+        second.reset();
         EXPECT_EQ(thread.timerManager, nullptr);
         EXPECT_EQ(thread.descriptorManager, nullptr);
     });
-    EXPECT_THAT(failures, ElementsAre(FailedCheck{"CHECKF", "kern_servermanagers.cpp", 38, 0, ""},
-                                      FailedCheck{"CHECKF", "kern_servermanagers.cpp", 91, 0, ""}));
+    EXPECT_THAT(failures, ElementsAre(FailedCheck{"CHECKF", "kern_servermanagers.cpp", 91, 0, ""},
+                                      FailedCheck{"CHECKF", "kern_servermanagers.cpp", 38, 0, ""}));
 }
 
 } // namespace

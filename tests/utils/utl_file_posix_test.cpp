@@ -25,6 +25,9 @@ TEST(FilePosix, ChildProcessesInheritNoFile) {
     const int handle = system.open(folder / "file", O_RDONLY, 0);
     EXPECT_NE(fcntl(handle, F_GETFD) & FD_CLOEXEC, 0);
     EXPECT_EQ(system.close(handle), 0);
+    EXPECT_NE(utl::FileUtils::createTempFile(folder.path(), "a"), "");
+    EXPECT_EQ(system.open(folder / "file", O_RDONLY, 0), handle) << "a file was left open";
+    EXPECT_EQ(system.close(handle), 0);
 }
 
 TEST(FilePosix, FoldersAndFullDisksAreReported) {

@@ -32,22 +32,19 @@ const std::string kBytes = std::string("a\r\nb\n\0\x1a\xff", 8); // all that tex
 
 std::string reason(int code) { return std::generic_category().message(code); }
 
-/// The system's file calls, except that scripted results come first: each step moves
-/// at most so many bytes or, when negative, fails with that errno.
+/// The system's file calls, except that transfers and flushes take scripted steps first: each
+/// moves at most so many bytes or, when negative, fails with that errno.
 struct ScriptedFiles final : File::System {
-    using Script = std::deque<int64_t>;
-    mutable Script reads;
-    mutable Script writes;
-    mutable Script flushes;
+    mutable std::deque<int64_t> steps;
     int64_t sizeToTell = -1;
-    mutable std::vector<std::string> opened; // by name
+    mutable int opened = 0; // by name
 
     /// Takes a step, which lowers `count` or fails.
-    static bool allows(Script& script, size_t& count) {
-        if (script.empty())
+    bool allows(size_t& count) const {
+        if (steps.empty())
             return true;
-        const int64_t step = script.front();
-        script.pop_front();
+        const int64_t step = steps.front();
+        steps.pop_front();
         if (step < 0)
             errno = static_cast<int>(-step);
         else
@@ -55,21 +52,20 @@ struct ScriptedFiles final : File::System {
         return step >= 0;
     }
     int open(const std::string& path, int flags, int mode) const override {
-        opened.push_back(path);
-        return System::open(path, flags, mode);
+        return ++opened, System::open(path, flags, mode);
     }
     int64_t size(int file) const override {
         return sizeToTell >= 0 ? sizeToTell : System::size(file);
     }
     int64_t read(int file, void* buffer, size_t count) const override {
-        return allows(reads, count) ? System::read(file, buffer, count) : -1;
+        return allows(count) ? System::read(file, buffer, count) : -1;
     }
     int64_t write(int file, const void* data, size_t count) const override {
-        return allows(writes, count) ? System::write(file, data, count) : -1;
+        return allows(count) ? System::write(file, data, count) : -1;
     }
     int flush(int file) const override {
         size_t nothing = 0;
-        return allows(flushes, nothing) ? System::flush(file) : -1;
+        return allows(nothing) ? System::flush(file) : -1;
     }
 };
 
@@ -77,8 +73,12 @@ struct ScriptedFiles final : File::System {
 class FileTest : public testing::Test {
 protected:
     std::string content() const { return test::readFile(d_path); }
-    bool load(std::string& buffer) const {
-        return File::loadIntoMem(d_path, buffer, File::kMaxLoadSize, d_files);
+    bool create(const std::string& content, int32_t flags = 0) const {
+        return File::createFromMem(d_path, content.data(), content.size(), flags, File::kOwnerOnly,
+                                   d_files);
+    }
+    bool load(std::string& buffer, uint64_t maxSize = File::kMaxLoadSize) const {
+        return File::loadIntoMem(d_path, buffer, maxSize, d_files);
     }
     std::string failed(const std::string& call, int code) const {
         return "WARN File(" + d_path + "):" + call + " with error " + std::to_string(code) + ":" +
@@ -137,42 +137,28 @@ TEST_F(FileTest, HonoursFlags) {
     EXPECT_THAT(d_log.take(), IsEmpty());
 }
 
-TEST_F(FileTest, ChecksHowItIsOpened) {
+TEST_F(FileTest, ReadsAndWritesWhereItStands) {
     const auto check = [](int line, const std::string& message) {
         return test::FailedCheck{"CHECKF", "utl_file.cpp", line, 0, message};
     };
     File file;
     EXPECT_FALSE(file.openFile(d_path, File::kCreate | File::kFlush));
-    EXPECT_THAT(d_checks.take(), ElementsAre(check(93, "READ/WRITE not set (" + d_path + ")")));
     EXPECT_THAT(d_folder.names(), IsEmpty());
-
-    test::writeFile(d_path, "first");
-    ASSERT_TRUE(file.openFile(d_path, File::kRead));
-    std::string buffer;
-    EXPECT_TRUE(file.readInto(buffer, 2));
-    EXPECT_FALSE(file.openFile("other", File::kRead));
-    EXPECT_THAT(d_checks.take(),
-                ElementsAre(check(55, "can't open 'other', '" + d_path + "' already open")));
-    EXPECT_TRUE(file.readInto(buffer, 3)) << "the first file is still open";
-    EXPECT_EQ(buffer, "rst");
-    EXPECT_TRUE(file.close());
-    EXPECT_TRUE(file.close()) << "nothing left to close";
-}
-
-TEST_F(FileTest, ReadsAndWritesWhereItStands) {
-    File file;
     ASSERT_TRUE(file.openFile(d_path, File::kRead | File::kWrite | File::kCreate));
     EXPECT_TRUE(file.write(kBytes.data(), kBytes.size()));
     EXPECT_TRUE(file.write(1, "XY", 2));
-    EXPECT_EQ(file.position(), 3U);
+    EXPECT_FALSE(file.openFile("other", File::kRead)) << "but leaves the first one open";
     std::string buffer = "old";
     EXPECT_TRUE(file.readInto(buffer, 2));
     EXPECT_EQ(buffer, "b\n");
+    EXPECT_EQ(file.position(), 5U);
     EXPECT_TRUE(file.readInto(buffer, 100));
     EXPECT_EQ(buffer, kBytes.substr(5));
-    EXPECT_EQ(file.position(), kBytes.size());
     EXPECT_TRUE(file.readInto(buffer, 1)) << "the end is no failure";
     EXPECT_EQ(buffer, "");
+    EXPECT_THAT(d_checks.take(),
+                ElementsAre(check(93, "READ/WRITE not set (" + d_path + ")"),
+                            check(55, "can't open 'other', '" + d_path + "' already open")));
 }
 
 TEST_F(FileTest, FailedTransferNamesTheReason) {
@@ -201,66 +187,59 @@ TEST_F(FileTest, FailedTransferNamesTheReason) {
     EXPECT_EQ(content(), "abc");
 }
 
-TEST_F(FileTest, GoesOnUntilAllIsMovedOrFails) {
+TEST_F(FileTest, CreatesWholeFilesOrSaysWhatItWrote) {
     const std::string shortWrite =
         "WARN failed writing 8 bytes to " + d_path + " (only wrote 3 bytes)";
-    const std::pair<ScriptedFiles::Script, std::vector<std::string>> rows[] = {
-        {{1, -EINTR, 2, -EINTR}, {}},
-        {{3, 0}, {shortWrite}},
-        {{3, -ENOSPC}, {failed("write(0,8,3) - failed", ENOSPC), shortWrite}},
+    const struct {
+        std::deque<int64_t> steps;
+        int32_t flags;
+        size_t written;
+        std::vector<std::string> lines;
+    } rows[] = {
+        {{1, -EINTR, 2, -EINTR}, File::kRead, 8, {}},
+        {{3, 0}, 0, 3, {shortWrite}},
+        {{3, -ENOSPC}, 0, 3, {failed("write(0,8,3) - failed", ENOSPC), shortWrite}},
+        {{8, -EIO}, File::kFlush, 8, {failed("close - failed", EIO)}},
     };
-    for (const auto& [writes, lines] : rows) {
-        d_files.writes = writes;
-        const bool all =
-            File::createFromMem(d_path, kBytes.data(), 8, 0, File::kOwnerOnly, d_files);
-        EXPECT_EQ(all, lines.empty());
-        EXPECT_THAT(d_log.take(), testing::ElementsAreArray(lines));
-        d_files.reads = {-EINTR, 2, 1};
-        std::string buffer;
-        EXPECT_TRUE(load(buffer));
-        EXPECT_EQ(buffer, kBytes.substr(0, all ? 8 : 3));
+    for (const auto& row : rows) {
+        test::writeFile(d_path, "longer than that");
+        d_files.steps = row.steps;
+        EXPECT_EQ(create(kBytes, row.flags), row.lines.empty());
+        EXPECT_THAT(d_log.take(), testing::ElementsAreArray(row.lines));
+        EXPECT_EQ(content(), kBytes.substr(0, row.written));
     }
-}
-
-TEST_F(FileTest, CreatesTruncatesAndFlushesOnRequest) {
-    d_files.flushes = {-EIO};
-    EXPECT_TRUE(File::createFromMem(d_path, "longer", 6, File::kRead, File::kOwnerOnly, d_files));
-    EXPECT_FALSE(File::createFromMem(d_path, "2", 1, File::kFlush, File::kOwnerOnly, d_files));
-    EXPECT_EQ(content(), "2");
     const std::string missing = d_folder / "missing/Settings";
     EXPECT_FALSE(File::createFromMem(missing, "1", 1, File::kFlush, File::kOwnerOnly));
-    EXPECT_THAT(d_log.take(), ElementsAre(failed("close - failed", EIO),
-                                          failedOpening(missing, 2 + 4 + 8 + 32, ENOENT)));
+    EXPECT_THAT(d_log.take(), ElementsAre(failedOpening(missing, 2 + 4 + 8 + 32, ENOENT)));
 }
 
-TEST_F(FileTest, LoadsUpToALimit) {
+TEST_F(FileTest, LoadsAWholeFileOrNothing) {
+    const struct {
+        int64_t size; // that the system tells
+        std::deque<int64_t> steps;
+        std::vector<std::string> lines;
+    } rows[] = {
+        {8, {-EINTR, 2, 1}, {}},
+        {9, {}, {"WARN size (9) exceeds max_size (8) for file " + d_path}},
+        {8, {2, -EIO}, {failed("readInto - failed reading 8 bytes", EIO)}},
+        {8, {3, 0}, {"WARN got 3 instead of 8 for '" + d_path + "'"}},
+    };
     test::writeFile(d_path, kBytes);
     std::string buffer = "old";
-    EXPECT_TRUE(File::loadIntoMem(d_path, buffer, kBytes.size()));
-    EXPECT_EQ(buffer, kBytes);
-    EXPECT_FALSE(File::loadIntoMem(d_path, buffer, kBytes.size() - 1));
-    EXPECT_EQ(buffer, "");
-    EXPECT_THAT(d_log.take(), ElementsAre("WARN size (8) exceeds max_size (7) for file " + d_path));
-
+    for (const auto& row : rows) {
+        d_files.sizeToTell = row.size;
+        d_files.steps = row.steps;
+        EXPECT_EQ(load(buffer, 8), row.lines.empty());
+        EXPECT_EQ(buffer, row.lines.empty() ? kBytes : "");
+        EXPECT_THAT(d_log.take(), testing::ElementsAreArray(row.lines));
+    }
     std::filesystem::resize_file(d_path, File::kMaxLoadSize + 1);
     EXPECT_FALSE(File::loadIntoMem(d_path, buffer));
-    EXPECT_THAT(d_log.take(),
-                ElementsAre("WARN size (67108865) exceeds max_size (67108864) for file " + d_path));
-}
-
-TEST_F(FileTest, FailedLoadLeavesNothing) {
-    test::writeFile(d_path, "abc");
-    std::string buffer = "old";
-    d_files.sizeToTell = 5; // cut by someone else meanwhile
-    EXPECT_FALSE(load(buffer));
-    EXPECT_EQ(buffer, "");
-    EXPECT_THAT(d_log.take(), ElementsAre("WARN got 3 instead of 5 for '" + d_path + "'"));
-    d_files.reads = {2, -EIO};
-    EXPECT_FALSE(load(buffer));
-    EXPECT_EQ(buffer, "");
-    EXPECT_THAT(d_log.take(), ElementsAre(failed("readInto - failed reading 5 bytes", EIO)));
     EXPECT_FALSE(File::loadIntoMem("\xC0\x80", buffer)) << "not UTF-8";
-    EXPECT_THAT(d_log.take(), testing::Contains(failedOpening("\xC0\x80", 1, EILSEQ)));
+    EXPECT_THAT(d_log.take(),
+                ElementsAre("WARN size (67108865) exceeds max_size (67108864) for file " + d_path,
+                            "WARN fromUtf8 conversion failed",
+                            failedOpening("\xC0\x80", 1, EILSEQ)));
 }
 
 /// The safe store of "new" over a file that holds "old".
@@ -276,22 +255,16 @@ protected:
 
 TEST_F(SafeStore, ReplacesTheWholeFile) {
     EXPECT_TRUE(store(d_path));
-    EXPECT_THAT(d_files.opened, IsEmpty()) << "a name may have come to mean something else";
+    EXPECT_EQ(d_files.opened, 0) << "a name may have come to mean something else";
     EXPECT_EQ(content(), "new");
     EXPECT_TRUE(File::createFromMemSafe(d_path, core::GUniqueBuf(kBytes.data(), 8, 0, 0)));
     EXPECT_EQ(content(), kBytes);
     EXPECT_TRUE(File::createFromMemSafe(d_path, core::GUniqueBuf()));
     EXPECT_EQ(content(), "");
-    EXPECT_TRUE(store(d_folder.path() + "\\other"));
-    EXPECT_EQ(test::readFile(d_folder / "other"), "new");
-    EXPECT_THAT(d_folder.names(), ElementsAre("Settings", "other"));
-    EXPECT_THAT(d_log.take(), IsEmpty());
-}
-
-TEST_F(SafeStore, BareNameIsInTheWorkingFolder) {
     const test::WorkingFolder folder;
     EXPECT_TRUE(store("Settings"));
     EXPECT_EQ(test::readFile(folder / "Settings"), "new");
+    EXPECT_THAT(d_log.take(), IsEmpty());
 }
 
 TEST_F(SafeStore, FilesOfAnyNameAreMadeReadReplacedAndRemoved) {
@@ -307,12 +280,9 @@ TEST_F(SafeStore, FilesOfAnyNameAreMadeReadReplacedAndRemoved) {
         const std::string folder = core::format("%s\\%s\\sub", d_folder.path(), name);
         const std::string path = core::format("%s\\%s", folder, file);
         ASSERT_TRUE(FileUtils::createPath(folder));
+        ASSERT_TRUE(File::createFromMemSafe(path, "longer", 6) && store(path));
         std::string content;
-        for (const std::string text : {"first", "second one"}) {
-            EXPECT_TRUE(File::createFromMemSafe(path, text.data(), text.size()));
-            EXPECT_TRUE(File::loadIntoMem(path, content));
-            EXPECT_EQ(content, text);
-        }
+        EXPECT_TRUE(File::loadIntoMem(path, content) && content == "new") << content;
         const auto there = test::systemPath(d_folder / name) / "sub";
         EXPECT_TRUE(std::filesystem::exists(there / test::systemPath(file)));
         EXPECT_EQ(core::Wrapper::unlink(path), 0);
@@ -334,10 +304,9 @@ TEST_F(SafeStore, NeedsAFileName) {
         EXPECT_THAT(d_checks.take(),
                     ElementsAre(test::FailedCheck{"CHECKF", "utl_file.cpp", 890, 0, ""}));
     }
-    EXPECT_THAT(d_folder.names(), ElementsAre("Settings"));
 }
 
-TEST_F(SafeStore, FailedTemporaryIsTwoLines) {
+TEST_F(SafeStore, FailureIsTwoLinesAndLeavesTheOldFile) {
     const std::pair<std::string, std::string> rows[] = {
         {d_folder / "missing", "\\"}, {"\\", ""}, {"/", ""}, {"C:\\", ""}};
     for (const auto& [folder, separator] : rows) { // roots keep theirs
@@ -347,32 +316,26 @@ TEST_F(SafeStore, FailedTemporaryIsTwoLines) {
                                       "(path=" +
                                       folder + ", prefix=\xff)"));
     }
-}
-
-TEST_F(SafeStore, FailedRenameDeletesTheTemporary) {
     const std::string target = d_folder / "folder";
     std::filesystem::create_directory(target);
     EXPECT_FALSE(store(target));
-    const auto lines = d_log.take();
-    ASSERT_EQ(lines.size(), 2U);
     const std::string temporary = d_folder / "fol";
-    EXPECT_THAT(lines[0], StartsWith("WARN '" + temporary));
-    EXPECT_THAT(lines[1],
-                StartsWith(warning(target) + "renaming file from temporary '" + temporary));
+    EXPECT_THAT(
+        d_log.take(),
+        ElementsAre(StartsWith("WARN '" + temporary),
+                    StartsWith(warning(target) + "renaming file from temporary '" + temporary)));
     EXPECT_THAT(d_folder.names(), ElementsAre("Settings", "folder"));
-}
 
-TEST_F(SafeStore, FailedWriteLeavesTheTemporaryAndTheOldFile) {
-    d_files.writes = {1, -ENOSPC};
+    d_files.steps = {1, -ENOSPC};
     EXPECT_FALSE(store(d_path));
-    d_files.flushes = {-EIO};
+    d_files.steps = {3, -EIO};
     EXPECT_FALSE(store(d_path));
     const auto failed = StartsWith(warning(d_path) + "creating temp file '" + (d_folder / "Set"));
     EXPECT_THAT(d_log.take(), ElementsAre(testing::HasSubstr(":write(0,3,1) - "),
                                           testing::HasSubstr("(only wrote 1 bytes)"), failed,
                                           testing::HasSubstr(":close - "), failed));
     EXPECT_EQ(content(), "old");
-    EXPECT_THAT(d_folder.names(), testing::SizeIs(3))
+    EXPECT_THAT(d_folder.names(), testing::SizeIs(4))
         << "both temporary files are left for inspection";
 }
 

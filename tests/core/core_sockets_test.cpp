@@ -1,15 +1,17 @@
-#include "core_udp4socket.h"
+// Addresses, sockets and datagrams.
 
 #include "check_recorder.h"
+#include "core_inet.h"
 #include "core_inet_types.h"
+#include "core_udp4socket.h"
 #include "core_varargs.h"
+#include "internal/core_inet_system.h"
 #include "internal/core_smartsocket_system.h"
 #include "log_recorder.h"
 
-#include <gmock/gmock.h>
-
 #include <cstring>
 #include <functional>
+#include <gmock/gmock.h>
 
 namespace {
 
@@ -17,6 +19,47 @@ using core::SmartSocket;
 using core::Udp4Socket;
 using testing::ElementsAre;
 using testing::StartsWith;
+
+TEST(SetSockAddr, TakesDottedQuadsOnly) {
+    test::LogRecorder log;
+    sockaddr_in address{};
+    EXPECT_TRUE(core::SetSockAddr(address, "255.0.10.255"));
+    EXPECT_EQ(ntohl(address.sin_addr.s_addr), 0xFF000AFF);
+    for (const std::string ip :
+         {"", "1.2.3", "1.2.3.4.5", "1.2.3.256", "1.2.3.-4", "01.2.3.4", "1.2..4", " 1.2.3.4",
+          "1.2.3.4294967300", "0x1.2.3.4", "localhost", "50%s.1"}) {
+        EXPECT_FALSE(core::SetSockAddr(address, ip)) << ip;
+        EXPECT_THAT(log.take(), ElementsAre("WARN core::SetSockAddr - invalid ip '" + ip + "'"));
+    }
+    EXPECT_EQ(core::addressText(address), "255.0.10.255");
+}
+
+struct ScriptedNetwork final : core::WinsockInit::System {
+    Start start() const override { return answer; }
+    void stop() const override { ++stops; }
+
+    Start answer{};
+    mutable int stops = 0;
+};
+
+TEST(Winsock, IsReadyBeforeMainByVersion2Dot2Alone) {
+    EXPECT_TRUE(core::winsockReady());
+    test::LogRecorder log({core::kChannelCrit});
+    ScriptedNetwork network;
+    const auto start = [&network](const ScriptedNetwork::Start& answer) {
+        network.answer = answer;
+        const core::WinsockInit started(network);
+        return core::winsockReady();
+    };
+    core::WinsockInit::stop(network);
+    core::WinsockInit::stop(network); // does nothing any more
+    EXPECT_FALSE(start({10091, 2, 2}) || start({0, 1, 1}) || start({0, 2, 0}));
+    EXPECT_THAT(log.take(), ElementsAre("CRIT WinsockInit - WSAStartup failed, err=10091",
+                                        "CRIT WinsockInit - no suitable WinSock DLL (1.1)",
+                                        "CRIT WinsockInit - no suitable WinSock DLL (2.0)"));
+    EXPECT_TRUE(start({0, 2, 2}));
+    EXPECT_EQ(network.stops, 3);
+}
 
 const auto kWaitForEver = core::detail::receiveTimeout(0);
 constexpr uint32_t kBothFlags = SmartSocket::kNonBlocking + SmartSocket::kReuseAddr;
@@ -27,8 +70,6 @@ test::FailedCheck misuse(const char* file, int32_t line) { return {"CHECKF", fil
 class NotedCalls final : public SmartSocket::System {
 public:
     using Handle = core::SocketHandle;
-    using Membership = core::detail::Membership;
-
     Handle open(int32_t family, int32_t type, int32_t protocol) const override {
         return noted("open") ? System::open(family, type, protocol) : core::kInvalidSocket;
     }
@@ -41,8 +82,8 @@ public:
         return noted("reuse");
     }
     void setNonBlocking(Handle) const override { noted("nonblocking"); }
-    bool join(Handle, const Membership&) const override { return noted("join"); }
-    bool leave(Handle, const Membership&) const override { return noted("leave"); }
+    bool join(Handle, const core::detail::Membership&) const override { return noted("join"); }
+    bool leave(Handle, const core::detail::Membership&) const override { return noted("leave"); }
 
     std::string take() { return std::exchange(d_calls, {}); }
 
@@ -62,12 +103,14 @@ TEST(SmartSocket, SetsReuseBeforeNonBlockingAndLeavesNothingOpenOnFailure) {
     test::LogRecorder log;
     test::CheckRecorder checks;
     SmartSocket socket(calls);
-    EXPECT_TRUE(socket.create(AF_INET, SOCK_DGRAM, 0, 0));
-    EXPECT_TRUE(socket.create(AF_INET, SOCK_DGRAM, 0, kBothFlags));
+    const auto create = [&socket](uint32_t flags) {
+        return socket.create(AF_INET, SOCK_DGRAM, 0, flags);
+    };
+    EXPECT_TRUE(create(0) && create(kBothFlags));
     EXPECT_EQ(calls.take(), "open;close;open;reuse;nonblocking;");
 
     calls.failing = "reuse";
-    EXPECT_FALSE(socket.create(AF_INET, SOCK_DGRAM, 0, kBothFlags));
+    EXPECT_FALSE(create(kBothFlags));
     EXPECT_EQ(calls.take(), "close;open;reuse;close;");
     EXPECT_THAT(log.take(),
                 ElementsAre("WARN core::SmartSocket::setReuseAddr - failed to set REUSEADDR",
@@ -75,7 +118,7 @@ TEST(SmartSocket, SetsReuseBeforeNonBlockingAndLeavesNothingOpenOnFailure) {
 
     calls.failing.clear();
     calls.afterReuse = [&socket] { socket.close(); };
-    EXPECT_FALSE(socket.create(AF_INET, SOCK_DGRAM, 0, kBothFlags));
+    EXPECT_FALSE(create(kBothFlags));
     EXPECT_THAT(checks.take(), ElementsAre(misuse("core_smartsocket.cpp", 440)));
     EXPECT_THAT(log.take(), testing::Contains("WARN Log at core_smartsocket.cpp:79"));
     EXPECT_FALSE(socket.setReuseAddr());
@@ -114,8 +157,9 @@ TEST(Udp4Socket, OpensOnceAndRefusesToWorkClosed) {
 TEST(Udp4Socket, CarriesDatagramsUpToTheLimit) {
     test::LogRecorder log;
     Udp4Socket receiver;
-    ASSERT_TRUE(receiver.open() && receiver.bind("127.0.0.1", 0));
+    ASSERT_TRUE(receiver.open(0, 10'000) && receiver.bind("127.0.0.1", 0));
     EXPECT_TRUE(receiver.joinMulticastGroup("239.0.0.1", "127.0.0.1"));
+    EXPECT_GE(receiver.setReceiveBuffer(65536), 65536);
     Udp4Socket sender;
     ASSERT_TRUE(sender.open(kBothFlags) && sender.bind("127.0.0.1", 0));
     EXPECT_FALSE(sender.receive()); // nothing there, and no waiting
