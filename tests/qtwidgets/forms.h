@@ -3,15 +3,36 @@
 #include "ui_every_widget.h"
 
 #include <QMetaProperty>
+#include <QRegularExpression>
 #include <QWidget>
+
+#include <vector>
 
 /// A window with every widget of the toolkit.
 struct Form : QWidget, Ui::EveryWidget {
     Form() { setupUi(this); }
+
+    QList<QWidget*> widgets() const {
+        return findChildren<QWidget*>(QRegularExpression("^[a-z]+$"));
+    }
 };
 
-/// A property's value, enumerators by their names and pictures by their widths.
-QString inWords(const QMetaProperty& property, const QVariant& value);
+/// The properties of a widget's own class, whatever it inherits.
+inline std::vector<QMetaProperty> propertiesOf(const QWidget& widget) {
+    const QMetaObject& meta = *widget.metaObject();
+    std::vector<QMetaProperty> properties;
+    for (int index = meta.propertyOffset(); index < meta.propertyCount(); ++index)
+        properties.push_back(meta.property(index));
+    return properties;
+}
 
-/// Expects that a widget is what every_widget.ui describes.
-void expectEveryWidget(const QWidget& form);
+/// A property's value, enumerators by their names and pictures by their widths.
+inline QString inWords(const QMetaProperty& property, const QVariant& value) {
+    if (property.isEnumType())
+        return property.enumerator().valueToKey(value.toInt());
+    if (value.userType() == QMetaType::QPixmap)
+        return QString::number(value.value<QPixmap>().width());
+    if (value.userType() == QMetaType::QIcon)
+        return QString::number(value.value<QIcon>().actualSize({99, 99}).width());
+    return value.canConvert<QString>() ? value.toString() : value.toStringList().join(", ");
+}

@@ -1,7 +1,11 @@
 #pragma once
 
+#include <QApplication>
+#include <QBitmap>
 #include <QImage>
+#include <QPaintEvent>
 #include <QPainter>
+#include <QRegion>
 #include <QWidget>
 
 #include <map>
@@ -43,6 +47,38 @@ inline QImage drawn(QWidget& widget, int ratio = 1) {
     widget.render(&target, {}, {}, {});
     target.setDevicePixelRatio(1);
     return target.convertToFormat(QImage::Format_ARGB32);
+}
+
+/// The pixels that two pictures of one size do not have in common.
+inline QRegion difference(const QImage& one, const QImage& other) {
+    QImage changed(one.size(), QImage::Format_ARGB32);
+    for (int i = 0; i < one.width() * one.height(); ++i) {
+        const QPoint pixel(i % one.width(), i / one.width());
+        changed.setPixel(pixel, one.pixel(pixel) == other.pixel(pixel) ? 0 : kColours.at('K'));
+    }
+    return QBitmap::fromImage(changed.createAlphaMask());
+}
+
+/// Whether the screen shows what an act changes of the look of a visible widget.
+template <typename Act>
+bool repaints(QWidget& widget, Act act) {
+    struct Painted : QObject {
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint)
+                region += static_cast<QPaintEvent*>(event)->region();
+            return false;
+        }
+        QRegion region;
+    } painted;
+    const QImage before = drawn(widget);
+    QApplication::processEvents();
+    widget.installEventFilter(&painted);
+    act();
+    QApplication::processEvents();
+    widget.removeEventFilter(&painted);
+    const QImage after = drawn(widget);
+    return before.size() != after.size() ||
+           difference(before, after).subtracted(painted.region).isEmpty();
 }
 
 } // namespace art

@@ -1,12 +1,10 @@
 #include "qt_spinslider.h"
 
 #include "check_recorder.h"
+#include "play.h"
 
-#include <QApplication>
-#include <QSignalSpy>
 #include <QSlider>
 #include <QSpinBox>
-#include <QTest>
 
 #include <gmock/gmock.h>
 
@@ -34,22 +32,21 @@ TEST(SpinSlider, KeepsItsPartsInStep) {
     EXPECT_THAT((std::vector{both.slider()->singleStep(), both.slider()->pageStep(),
                              both.spinBox()->singleStep()}),
                 ElementsAre(7, 70, 7));
-    const QSignalSpy spy(&both, SIGNAL(valueChanged(int)));
+    test::Heard heard(both);
     both.slider()->setValue(7);
     EXPECT_THAT(valuesOf(both), Each(7));
     both.spinBox()->setValue(8);
     EXPECT_THAT(valuesOf(both), Each(8));
     both.setValue(9000);
     EXPECT_THAT(valuesOf(both), Each(1000));
-    EXPECT_EQ(spy.size(), 3);
+    EXPECT_EQ(heard.take(), "valueChanged 7, valueChanged 8, valueChanged 1000");
 }
 
 TEST(SpinSlider, OtherOrientationsAreStillToDo) {
     NS_QT::SpinSlider both;
     test::CheckRecorder checks;
-    both.setOrientation(Qt::Horizontal);
-    EXPECT_THAT(checks.takeSites(), testing::IsEmpty());
-    both.setProperty("orientation", Qt::Vertical);
+    for (const auto orientation : {Qt::Horizontal, Qt::Vertical})
+        both.setProperty("orientation", orientation);
     EXPECT_THAT(checks.takeSites(), ElementsAre("STILLTODO qt_spinslider.cpp"));
     EXPECT_EQ(both.orientation(), Qt::Horizontal);
 }
@@ -57,13 +54,7 @@ TEST(SpinSlider, OtherOrientationsAreStillToDo) {
 // By the slider, as by any of Qt's.
 TEST(SpinSlider, TellsOfItsDragging) {
     NS_QT::SpinSlider both;
-    std::vector<std::string> said;
-    const auto note = [&](const char* what) { return [&said, what] { said.push_back(what); }; };
-    QObject::connect(&both, &QAbstractSlider::rangeChanged, note("range"));
-    QObject::connect(&both, &QAbstractSlider::valueChanged, note("value"));
-    QObject::connect(&both, &QAbstractSlider::sliderPressed, note("pressed"));
-    QObject::connect(&both, &QAbstractSlider::sliderMoved, note("moved"));
-    QObject::connect(&both, &QAbstractSlider::sliderReleased, note("released"));
+    test::Heard heard(both);
     both.setRange(10, 50);
     for (const bool tracking : {true, false}) {
         both.setTracking(tracking);
@@ -73,8 +64,10 @@ TEST(SpinSlider, TellsOfItsDragging) {
         both.slider()->setSliderDown(false);
         EXPECT_THAT(valuesOf(both), Each(tracking ? 20 : 30));
     }
-    EXPECT_THAT(said, ElementsAre("range", "value", "pressed", "moved", "value", "released",
-                                  "pressed", "moved", "released", "value"));
+    EXPECT_EQ(heard.take(),
+              "rangeChanged 10 50, valueChanged 10, sliderPressed, sliderMoved 20, "
+              "actionTriggered 7, valueChanged 20, sliderReleased, "
+              "sliderPressed, sliderMoved 30, sliderReleased, actionTriggered 7, valueChanged 30");
 }
 
 TEST(SpinSlider, TakesTheFocusInItsSpinBox) {

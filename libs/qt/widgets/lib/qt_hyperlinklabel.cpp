@@ -181,10 +181,9 @@ void HyperlinkLabel::updateAppearance() {
 bool HyperlinkLabel::event(QEvent* event) {
     if (event->type() == QEvent::ParentChange)
         followParent();
-    const bool known = QLabel::event(event);
     if (event->type() == QEvent::ApplicationPaletteChange)
         followApplication();
-    return known;
+    return QLabel::event(event);
 }
 
 bool HyperlinkLabel::eventFilter(QObject* object, QEvent* event) {

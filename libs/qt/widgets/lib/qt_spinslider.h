@@ -10,10 +10,10 @@ namespace NS_QT {
 /// A slider and a spin box for the same number, kept in step.
 ///
 /// Range, steps, value and tracking are those of this object, with QAbstractSlider's
-/// signals except actionTriggered(); the two children mirror them. While the slider is
-/// dragged, isSliderDown() says so, and sliderPressed(), sliderMoved() and
-/// sliderReleased() are emitted. The spin box takes the keyboard focus, and the slider can
-/// be reached from it. Always horizontal: asking for another orientation is a failed
+/// signals; the two children mirror them. While the slider is dragged, isSliderDown() says
+/// so, and sliderPressed(), sliderMoved(), sliderReleased() and actionTriggered() are
+/// emitted, the last one only then. The spin box takes the keyboard focus, and the slider
+/// can be reached from it. Always horizontal: asking for another orientation is a failed
 /// check. GUI thread only.
 class SpinSlider : public QAbstractSlider {
     Q_OBJECT

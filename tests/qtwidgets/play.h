@@ -1,0 +1,93 @@
+#pragma once
+
+#include <QApplication>
+#include <QKeySequence>
+#include <QMetaMethod>
+#include <QMouseEvent>
+#include <QTest>
+#include <QWidget>
+
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+
+namespace test {
+
+/// Does to a widget what the words of the script say. "+20,15" presses the left mouse button
+/// there, "~20,15" moves the held pointer, "-20,15" releases it; ">" and "<" press and release
+/// the right one. "+Space" and "-Space" press and release a key, "*Space" repeats it while it
+/// is held, and "Space" does both. Words in small letters are states and events of the widget.
+inline void play(QWidget& widget, const QString& script) {
+    static const std::map<QChar, std::pair<QEvent::Type, Qt::MouseButton>> kMouse{
+        {'+', {QEvent::MouseButtonPress, Qt::LeftButton}},
+        {'-', {QEvent::MouseButtonRelease, Qt::LeftButton}},
+        {'>', {QEvent::MouseButtonPress, Qt::RightButton}},
+        {'<', {QEvent::MouseButtonRelease, Qt::RightButton}},
+        {'~', {QEvent::MouseMove, Qt::NoButton}}};
+    static const std::map<QChar, QTest::KeyAction> kKeys{{'+', QTest::Press},
+                                                         {'-', QTest::Release}};
+    const auto send = [&](QEvent&& event) { QApplication::sendEvent(&widget, &event); };
+    const std::map<QString, std::function<void()>> words{
+        {"on", [&] { widget.setEnabled(true); }},
+        {"off", [&] { widget.setEnabled(false); }},
+        {"focus", [&] { widget.setFocus(); }},
+        {"blur", [&] { widget.clearFocus(); }},
+        {"enter", [&] { send(QEvent(QEvent::Enter)); }},
+        {"leave", [&] { send(QEvent(QEvent::Leave)); }},
+        {"away", [&] { send(QEvent(QEvent::WindowDeactivate)); }},
+        {"hidden", [&] { widget.hide(), widget.show(); }}};
+    for (const QString& step : script.split(' ', Qt::SkipEmptyParts)) {
+        const QStringList at = (step[0].isLetter() ? step : step.mid(1)).split(',');
+        const auto key = Qt::Key(QKeySequence(at[0])[0]);
+        if (words.count(step) > 0) {
+            words.at(step)();
+        } else if (at.size() == 2) {
+            const auto& [type, button] = kMouse.at(step[0]);
+            send(QMouseEvent(type, QPoint(at[0].toInt(), at[1].toInt()), button, Qt::LeftButton,
+                             {}));
+        } else if (step[0] == '*') {
+            for (const auto type : {QEvent::KeyRelease, QEvent::KeyPress})
+                send(QKeyEvent(type, key, {}, {}, true));
+        } else {
+            const auto act = kKeys.find(step[0]);
+            QTest::sendKeyEvent(act == kKeys.end() ? QTest::Click : act->second, &widget, key,
+                                QString(), {});
+        }
+        QApplication::sendPostedEvents(&widget);
+    }
+}
+
+/// What an object says from now on: its signals and what they carry, in order. Those that all
+/// widgets have are left out.
+class Heard : public QObject {
+public:
+    explicit Heard(QObject& object) : d_meta(*object.metaObject()) {
+        for (int id = QWidget::staticMetaObject.methodCount(); id < d_meta.methodCount(); ++id) {
+            if (d_meta.method(id).methodType() == QMetaMethod::Signal)
+                QMetaObject::connect(&object, id, this, staticMetaObject.methodCount() + id);
+        }
+    }
+    /// Since the last call: "toggled 1 true, clicked 1".
+    std::string take() { return std::exchange(d_said, {}).join(", ").toStdString(); }
+
+    int qt_metacall(QMetaObject::Call call, int id, void** arguments) override {
+        const int signal = QObject::qt_metacall(call, id, arguments);
+        if (call != QMetaObject::InvokeMetaMethod || signal < 0)
+            return signal;
+        const QMetaMethod method = d_meta.method(signal);
+        QString text = method.name();
+        for (int index = 0; index < method.parameterCount(); ++index) {
+            const QVariant value(method.parameterType(index), arguments[index + 1]);
+            text += ' ' + value.toString();
+        }
+        d_said << text;
+        return -1;
+    }
+
+private:
+    const QMetaObject& d_meta;
+    QStringList d_said;
+};
+
+} // namespace test
