@@ -1,5 +1,5 @@
-// What Qt itself needs for a window: a bare dialog with two line edits, the peer of the
-// tool's start in bench_startup.
+// What Qt alone needs for a window: a bare dialog with two line edits, the peer of the tool's start
+// in bench_startup.
 
 #include <QApplication>
 #include <QDialog>

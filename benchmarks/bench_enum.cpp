@@ -1,5 +1,5 @@
-// The table of the icons' names, as it is built before main: beside filling two std::map
-// with the same pairs, which then are not even copied.
+// The table of icon names, as it is built before main. The peer only fills two std::map with the
+// same pairs, without even copying them.
 
 #include "core_enum.h"
 

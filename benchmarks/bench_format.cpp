@@ -1,5 +1,5 @@
-// The formatter beside snprintf, fmt::sprintf and absl::StrFormat. Every function
-// yields a new std::string of the same text.
+// The formatter, compared with snprintf, fmt::sprintf and absl::StrFormat. Every function returns a
+// new std::string with the same text.
 
 #include "core_varargs.h"
 
@@ -19,7 +19,7 @@ std::string viaSnprintf(const char* format, Args... args) {
 }
 
 struct Texts {
-    // Kept from the optimiser, so that no library can measure them beforehand.
+    // Hidden from the optimiser, so that no library can compute their lengths at compile time.
     std::string oldAddress = "192.168.100.101", oldPort = "8080", address = "10.0.0.2", port = "81";
     Texts() { benchmark::DoNotOptimize(this); }
 };

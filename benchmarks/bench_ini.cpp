@@ -1,10 +1,9 @@
-// The INI reader beside SimpleIni, inih and QSettings: parsing from memory at several
-// sizes, opening a 100 kB file and a settings file of this tool's own, and the peak
-// memory of a parse.
+// The INI reader, compared with SimpleIni, inih and QSettings: parsing texts of several sizes from
+// memory, opening a 100 kB file and a settings file of the tool, and the peak memory of a parse.
 
 #include "utl_inireader.h"
 
-// Narrow text as it is, which is also the fastest that SimpleIni offers.
+// Narrow text without conversion, the fastest that SimpleIni offers.
 #define SI_NO_CONVERSION
 #include <SimpleIni.h>
 
@@ -35,7 +34,7 @@ std::string makeIni(int64_t size) {
     return text;
 }
 
-// As this tool keeps them, 64 bytes; with the sign that SimpleIni asks for.
+// As the tool stores them, 64 bytes; with the "=" that SimpleIni needs.
 const std::string& settings() {
     static const std::string text =
         "[NVR]\nAddress=nvr-1.customer.example.org\nPort=8080\nX=yyyyyy\n";
@@ -67,7 +66,7 @@ void Parse_SimpleIni(benchmark::State& state) { parseSimpleIni(state, makeIni(st
 void ParseSettings_core(benchmark::State& state) { parseCore(state, settings()); }
 void ParseSettings_SimpleIni(benchmark::State& state) { parseSimpleIni(state, settings()); }
 
-// inih keeps nothing; its users do, here in the usual two maps.
+// inih stores nothing; its users do, here in the usual two maps.
 using Sections = std::map<std::string, std::map<std::string, std::string>>;
 int keep(void* sections, const char* section, const char* name, const char* value) {
     (*static_cast<Sections*>(sections))[section].emplace(name, value);
@@ -115,8 +114,8 @@ void openSimpleIni(const std::string& path) {
     benchmark::DoNotOptimize(reader.GetValue("NVR", "Port"));
 }
 
-// QSettings keeps what it has read for a while, so that only a changed file is read
-// again: it grows with each opening, for us as well.
+// QSettings caches what it has read and reads a file again only if it has changed. So the file
+// grows before each opening, for our reader, too.
 void grow(const std::string& path) {
     std::ofstream(path, std::ios::binary | std::ios::app) << '\n';
 }
@@ -124,7 +123,7 @@ void openChangedCore(const std::string& path) {
     grow(path);
     openCore(path);
 }
-// It parses a section when it is first asked for it: once for one, once for all.
+// QSettings parses a section when it is first asked for: measured for one section and for all.
 void openQSettingsForOne(const std::string& path) {
     grow(path);
     const QSettings reader(QString::fromStdString(path), QSettings::IniFormat);
@@ -148,9 +147,9 @@ void Open100kB_QSettingsForAll(benchmark::State& state) {
 void OpenSettings_core(benchmark::State& state) { openFile(state, settings(), openCore); }
 void OpenSettings_SimpleIni(benchmark::State& state) { openFile(state, settings(), openSimpleIni); }
 
-// Peak memory of a process of its own, this program again, that loads a file, less that of
-// one that finds none: in sizes of the file. The process tells it, since what the system
-// counts for a child begins with its parent's.
+// The peak memory of a child process, this program again, that loads a file, minus that of one that
+// finds no file, divided by the file's size. The child prints it, since the system's count for a
+// child starts with its parent's.
 constexpr char kLoad[] = "--load";
 
 void loadAndTellPeak(const char* path) {
@@ -183,7 +182,7 @@ void loadFile(benchmark::State& state, Make make) {
     state.counters["memory_in_files"] = memory / static_cast<double>(text.size());
 }
 
-// Properties of four bytes, no two alike as far as that goes.
+// Properties of four bytes, as different as possible.
 std::string makeShortestIni(int64_t size) {
     std::string text;
     for (int number = 0; static_cast<int64_t>(text.size()) < size; ++number) {

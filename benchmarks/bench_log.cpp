@@ -1,4 +1,4 @@
-// A log call beside qCDebug and spdlog: disabled, and enabled into a sink that does
+// A log call, compared with qCDebug and spdlog: disabled, and enabled into a sink that does
 // nothing.
 
 #include "core_log.h"

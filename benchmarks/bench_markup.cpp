@@ -1,6 +1,6 @@
-// The readers and writers of markup beside Qt's. The document is a thousand reports, each
-// of some hundred bytes; reading looks at every name and text. QJsonDocument and
-// QTextDocumentFragment build trees, which is the only way that Qt offers.
+// The readers and writers of markup, compared with Qt's. The document is a thousand reports of some
+// hundred bytes each; reading looks at every name and text. QJsonDocument and QTextDocumentFragment
+// build trees; Qt offers no other way.
 
 #include "textmarkup_htmlreader.h"
 #include "textmarkup_htmlwriter.h"
@@ -69,7 +69,7 @@ std::string makeHtml() {
     return writer.finish();
 }
 
-/// Reads all of a text, `what` for each event.
+/// Reads a whole text and calls `what` for each event.
 template <typename Reader, typename What>
 void readAll(benchmark::State& state, const std::string& text, What&& what) {
     for (auto _ : state) {

@@ -1,6 +1,6 @@
-// The text of a stack 30 calls deep, with names and source lines, beside
-// Boost.Stacktrace over libbacktrace. Both have read the debug information before.
-// And what the crash guard costs a program's start: below 50 microseconds.
+// The text of a stack 30 calls deep, with names and source lines, compared with Boost.Stacktrace
+// over libbacktrace. Both have already read the debug information. Also what the crash guard adds
+// to a program's start: the aim is below 50 microseconds.
 
 #include "core_guard.h"
 #include "core_stacktrace.h"
@@ -19,7 +19,7 @@ using MakeText = std::string (*)();
 std::string textOfCore() { return core::StackTrace{}.getStackText(); }
 std::string textOfBoost() { return to_string(boost::stacktrace::stacktrace()); }
 
-/// Calls through as many functions as `depth` says, each one of its own.
+/// Calls through `depth` different functions.
 template <int depth>
 [[gnu::noinline]] std::string textFrom(MakeText make) {
     std::string text;
@@ -42,7 +42,7 @@ void stackText(benchmark::State& state, MakeText make) {
 void StackText_core(benchmark::State& state) { stackText(state, textOfCore); }
 void StackText_boost_libbacktrace(benchmark::State& state) { stackText(state, textOfBoost); }
 
-// ---- The guard's set-up, in a process of its own each time, since a program does it once
+// ---- The guard's set-up, each time in a new process, since a program does it once
 
 constexpr const char* kSetUpAlone = "--set-up-alone";
 double begun = 0;

@@ -1,7 +1,7 @@
-// The tool's start beside that of a bare QDialog, with OpenGL as Qt loads it by default and
-// without, and of a GTK dialog (yad): from the start of the process until the X server has
-// seen the first drawing in its window. The processor time until then and the peak memory
-// are counters. Each runs as its user starts it; a display on X11 is expected.
+// The tool's start, compared with that of a bare QDialog, with OpenGL (Qt's default) and without,
+// and of a GTK dialog (yad): from the start of the process until the X server has seen the first
+// drawing in its window. The processor time until then and the peak memory are counters. Each runs
+// as users start it. Needs an X11 display.
 //
 //     bench_startup --wine LAUNCHER FOLDER ...    the Windows programs in that folder instead
 
@@ -29,13 +29,13 @@ using Clock = std::chrono::steady_clock;
 using Event = std::unique_ptr<xcb_generic_event_t, decltype(&std::free)>;
 
 constexpr int kRuns = 30;
-constexpr unsigned kPatience = 120; // seconds until a window that does not come ends all
+constexpr unsigned kPatience = 120; // seconds to wait for a window, then the program ends
 
 double inSeconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) / 1e6;
 }
 
-/// Watches the screen for what is drawn in whose window.
+/// Watches the screen for drawings in windows.
 class Screen {
 public:
     Screen() : d_connection(xcb_connect(nullptr, nullptr)) {
@@ -55,7 +55,7 @@ public:
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
-    /// Returns once there is a drawing in a window of that class.
+    /// Waits for the first drawing in a window of that class.
     void waitForDrawing(const std::string& name) {
         for (;;) {
             const Event event(xcb_wait_for_event(d_connection), &std::free);
@@ -87,7 +87,7 @@ private:
             return {};
         const std::string text(static_cast<char*>(xcb_get_property_value(reply.get())),
                                static_cast<size_t>(xcb_get_property_value_length(reply.get())));
-        return text.c_str(); // of the two strings in it the first
+        return text.c_str(); // the first of the two strings in it
     }
 
     xcb_connection_t* d_connection;

@@ -1,5 +1,5 @@
-// The safe store beside QSaveFile. QSaveFile brings the file to disk before it renames,
-// but not the rename itself; the folder is synchronised here for the same durability.
+// The safe store, compared with QSaveFile. QSaveFile syncs the file to disk before it renames it,
+// but not the rename itself; for the same durability the folder is synced here.
 
 #include "utl_file.h"
 
@@ -14,8 +14,7 @@ namespace {
 
 const std::string kContent = "[NVR]\nAddress 10.0.0.2\nPort 81\n";
 
-// In the working directory: temporary folders are often in memory, where nothing is
-// brought to any disk.
+// In the working directory: temporary folders are often in memory, where syncing does nothing.
 class Folder {
 public:
     std::string path() const { return d_folder.path().toStdString(); }

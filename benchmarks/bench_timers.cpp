@@ -1,5 +1,5 @@
-// A hundred thousand timers of Qt's event loop: started, fired once and destroyed. Beside
-// kern's, those that every QObject has.
+// A hundred thousand timers on Qt's event loop: started, fired once and destroyed. Kern's timers,
+// compared with QObject's own.
 
 #include "kern_timerinterface.h"
 #include "qt_timermanager.h"

@@ -1,5 +1,5 @@
-// Whatever the list of expected failures holds and whenever it is read: only sites that
-// stand in it are on it.
+// Whatever the list of expected failures contains and whenever it is read, only sites named in it
+// are excluded.
 
 #include "fuzz_input.h"
 #include "fuzz_textfile.h"

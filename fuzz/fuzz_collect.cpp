@@ -1,5 +1,5 @@
-// The collector, behind its socket: whatever datagrams come, it goes on, its page stays a
-// page, and what it keeps makes the same table again. What it keeps may be spoilt, too.
+// The collector, without its socket: whatever datagrams come, it goes on, its page is well-formed,
+// and its stored lines restore the same table. Stored lines may be damaged, too.
 
 #include "collect_export.h"
 #include "collect_lines.h"
@@ -14,7 +14,7 @@
 
 namespace {
 
-/// A document as stations send it, of texts that nobody would choose.
+/// A document as stations send it, with arbitrary texts.
 std::string documentOf(fuzz::Input& input) {
     core::FailureReport report;
     report.site.file = input.text(20);

@@ -1,4 +1,4 @@
-// The arguments of a command line are its words in order, and end as main's do.
+// The arguments of a command line are its words in order, with a null pointer at the end.
 
 #include "core_commandline.h"
 #include "fuzz_input.h"
@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
 
     size_t from = 0;
     for (int i = 1; i < arguments.count(); ++i) {
-        // An argument ends at its NUL, like every text of main's.
+        // An argument ends at its NUL, like main's.
         const std::string_view argument = arguments.values()[i];
         const size_t found = text.find(argument, from);
         fuzz::require(found != std::string::npos);

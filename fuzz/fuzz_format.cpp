@@ -1,6 +1,6 @@
-// Random formats against random kinds of arguments, mismatches included: whatever is
-// asked, a text comes out, and each conversion that fits prints what it prints alone.
-// Doubles print as the runtime library prints them, whatever their bits.
+// Random formats with random kinds of arguments, mismatches included: the result is always a text,
+// and each matching conversion prints the same as it does alone. Doubles of any bits print as in
+// the runtime library.
 
 #include "core_check.h"
 #include "core_varargs.h"
@@ -63,9 +63,9 @@ void printsDoublesAsTheRuntimeDoes(fuzz::Input input) {
     constexpr std::array kDirectives{"%f", "%.0f", "%e", "%.17E", "%.1g", "%.40G", "%a", "%.2A"};
     const char* const directive = kDirectives[input.byte() % kDirectives.size()];
     const auto value = std::bit_cast<double>(input.number());
-    if (std::isnan(value)) // whose sign not every runtime prints
+    if (std::isnan(value)) // its sign is not printed by every runtime
         return;
-    std::array<char, 24> text{};                               // where it is cut
+    std::array<char, 24> text{};                               // of the length where it is cut
     std::snprintf(text.data(), text.size(), directive, value); // NOLINT
     fuzz::require(formatAll(directive, {value}) == text.data());
 }
@@ -86,7 +86,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const bool fits = failedChecks == 0;
     fuzz::require(text == formatAll(format, args));
 
-    // Behind other text, and once more as a whole, nothing changes.
+    // Appended to other text, the result is the same.
     if (fits) {
         std::string joined = text + ' ';
         core::formatTo(joined, format.c_str(), args.data(), args.size());

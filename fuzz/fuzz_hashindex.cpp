@@ -1,4 +1,4 @@
-// Items are found by their names, also those whose hashes collide or wrap around.
+// Items are found by their names, even if their hashes collide or wrap around.
 
 #include "fuzz_input.h"
 #include "internal/utl_hashindex.h"

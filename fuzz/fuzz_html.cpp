@@ -1,5 +1,5 @@
-// The HTML reader takes any bytes, closes what it opened and keeps to its limits; texts
-// that the writer was given are texts again when they are read, by us and by Qt.
+// The HTML reader accepts any bytes, closes what it opened and keeps to its limits. Texts given to
+// the writer come back as texts, from our reader and from Qt's.
 
 #include "fuzz_input.h"
 #include "markup_traces.h"
@@ -35,10 +35,10 @@ void readsAnything(const std::string& document, const textmarkup::Limits& limits
     fuzz::require(open.empty());
 }
 
-/// What the writer makes of a text without escaping it.
+/// The text that is read back after writing, with invalid bytes replaced.
 std::string replaced(const std::string& text) {
     textmarkup::HtmlWriter writer;
-    writer.text("|" + text); // since a byte-order mark at the front would be skipped
+    writer.text("|" + text); // since a byte order mark at the front would be skipped
     const std::string document = writer.finish();
     textmarkup::HtmlReader reader(document);
     reader.next();

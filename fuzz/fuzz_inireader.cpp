@@ -1,4 +1,4 @@
-// Any bytes parse, and what is found is what the rules of the format say one by one.
+// Any bytes parse, with the same result as a simple reader that applies the rules one by one.
 
 #include "core_tokenizer.h"
 #include "core_varargs.h"
@@ -17,7 +17,7 @@ namespace {
 constexpr core::CharSet kLineEnds{"\n\r"};
 constexpr core::CharSet kDelimiters{"= "};
 
-// What the reader does in one pass over slices, told plainly.
+// The rules of the reader, written simply instead of in one pass over slices.
 struct PlainReader {
     std::map<std::pair<std::string, std::string>, std::string> values; // by section and key
     std::map<std::string, bool> sections = {{"root", false}};          // whether it has any
@@ -60,7 +60,7 @@ struct PlainReader {
     }
 };
 
-// Most inputs once, some short ones in so many sections that the indices grow.
+// Most inputs once, some short ones repeated in enough sections for the indices to grow.
 std::string makeText(fuzz::Input& input) {
     const bool many = input.byte() == 0xFF;
     std::string text = input.rest();

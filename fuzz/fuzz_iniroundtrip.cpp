@@ -1,5 +1,5 @@
-// What the writer writes, the reader reads: keys without delimiters, and values without
-// quotes that do not begin or end in ways the format cannot hold.
+// The reader reads what the writer has written: keys without delimiters, and values without quotes
+// whose ends the format can represent.
 
 #include "core_guniquebuf.h"
 #include "fuzz_input.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-// The text with everything replaced that `forbidden` names.
+// The text with all characters of `forbidden` replaced.
 std::string without(std::string text, const std::string& forbidden) {
     for (char& ch : text) {
         if (ch == '\0' || forbidden.find(ch) != std::string::npos)
@@ -21,8 +21,7 @@ std::string without(std::string text, const std::string& forbidden) {
     return text;
 }
 
-// Only a value of several words is written in quotes, within which blanks and marks of
-// comments are kept.
+// Only a value of several words is written in quotes, which preserve blanks and comment marks.
 std::string makeValue(std::string text) {
     text = without(std::move(text), "\r\n\"'");
     const size_t word = text.find_first_not_of(' ');

@@ -9,8 +9,7 @@
 
 namespace fuzz {
 
-/// Takes small decisions off the front of a fuzzer's input; an input that has run out
-/// yields zeros and empty texts.
+/// Takes small decisions from the front of a fuzzer's input; at its end come zeros and empty texts.
 class Input {
 public:
     Input(const uint8_t* data, size_t size) : d_data(data), d_size(size) {}
@@ -46,7 +45,7 @@ private:
     size_t d_size;
 };
 
-/// What must hold; the fuzzer keeps the input that broke it.
+/// Ends the program if the condition is false; the fuzzer keeps that input.
 inline void require(bool holds) {
     if (!holds)
         std::abort();

@@ -1,5 +1,5 @@
-// What the JSON reader takes, Qt's takes, too, and reads the same; what it reads comes
-// out of the writer, and back, unchanged.
+// Qt's reader accepts every document that ours accepts, and reads the same from it. Written and
+// read again, it is unchanged.
 
 #include "fuzz_input.h"
 #include "markup_peers.h"
@@ -20,9 +20,9 @@ bool isExact(int64_t number) {
     return -kMost <= number && number <= kMost;
 }
 
-/// Qt takes no numbers beyond a double, says of whole ones beyond 2^53 that they differ from
-/// themselves, drops byte order marks, keeps halves of surrogate pairs and wants an object or
-/// array.
+/// Whether Qt reads the document alike. Qt refuses numbers beyond a double, compares whole numbers
+/// beyond 2^53 as unequal to themselves, drops byte order marks, keeps lone surrogates and requires
+/// an object or array.
 bool isForPeers(const std::string& document) {
     textmarkup::JsonReader reader(document);
     const Event first = reader.next();
@@ -96,7 +96,7 @@ void readsWhatPeersDo(const std::string& document) {
 
 } // namespace
 
-// Called by the leak check: Qt forgets members that are repeated.
+// Called by the leak check: Qt leaks repeated members.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions() { return "leak:libQt5Core.so\n"; }
 

@@ -1,5 +1,5 @@
-// Reports of failures are well-formed and fit into a datagram, whatever texts fail;
-// Qt's parser is the judge. A plain text arrives as it was.
+// Failure reports are well-formed, judged by Qt's parser, and fit into a datagram, whatever their
+// texts. A plain text arrives unchanged.
 
 #include "core_failurereport.h"
 #include "core_udp4socket.h"
@@ -12,7 +12,7 @@
 
 namespace {
 
-/// A text of the input, several times over, so that all lengths occur.
+/// A text from the input, repeated so that all lengths occur.
 std::string makeText(fuzz::Input& input) {
     const size_t times = size_t{1} << input.byte() % 10;
     const std::string piece = input.text(255);

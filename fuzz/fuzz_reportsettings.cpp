@@ -1,5 +1,5 @@
-// Whatever the settings of the reports say: values stay in their ranges, and no file can
-// make the program stop at failures.
+// Whatever the settings of the reports contain, values stay in their ranges, and no file can make
+// the program stop at failures.
 
 #include "core_reportsettings.h"
 #include "fuzz_input.h"

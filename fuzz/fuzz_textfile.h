@@ -8,7 +8,7 @@
 
 namespace fuzz {
 
-/// A text as a file to read from, one at a time.
+/// A text as a file to read; only one at a time.
 class TextFile {
 public:
     explicit TextFile(const std::string& text) {

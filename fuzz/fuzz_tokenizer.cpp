@@ -1,4 +1,4 @@
-// The tokenizer against its rules written down one character at a time. At its end it stays.
+// The tokenizer, compared with its rules applied character by character. At its end it stays.
 
 #include "core_tokenizer.h"
 #include "fuzz_input.h"

@@ -1,5 +1,5 @@
-// What the XML reader takes, Qt's takes, too, and reads the same; what the writer makes of
-// any texts and calls is well-formed.
+// Qt's reader accepts every document that ours accepts, and reads the same from it. Whatever texts
+// and calls the writer gets, its document is well-formed.
 
 #include "fuzz_input.h"
 #include "markup_peers.h"
@@ -10,8 +10,8 @@
 
 namespace {
 
-/// Where Qt refuses: names of a newer edition, versions but 1.0, and attributes whose names
-/// begin with a colon.
+/// Whether Qt reads the document, too. It refuses names from a newer edition, versions other than
+/// 1.0, and attributes whose names begin with a colon.
 bool isForPeers(const std::string& document) {
     for (const char ch : document) {
         if (static_cast<uint8_t>(ch) >= 0x80 || ch == '\0' || ch == ':')

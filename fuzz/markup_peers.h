@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-/// What Qt's readers make of a document, to be compared with ours.
+/// What Qt's readers read from a document, to be compared with ours.
 namespace test {
 
 inline QByteArray bytesOf(std::string_view text) {
@@ -19,12 +19,12 @@ inline QByteArray bytesOf(std::string_view text) {
 }
 inline QString qtText(std::string_view text) { return QString::fromUtf8(bytesOf(text)); }
 
-/// As traceXml tells it; "refused" for an error.
+/// The trace in the form of traceXml; "refused" for an error.
 inline std::string traceXmlByQt(const std::string& document) {
     QXmlStreamReader reader(bytesOf(document));
     reader.setNamespaceProcessing(false);
     std::string trace;
-    std::string text; // CDATA comes apart
+    std::string text; // Qt reports CDATA separately
     while (!reader.atEnd()) {
         const auto token = reader.readNext();
         if (token == QXmlStreamReader::Characters) {
@@ -51,8 +51,8 @@ inline std::string traceXmlByQt(const std::string& document) {
     return reader.hasError() ? "refused" : trace;
 }
 
-/// Qt's value for what our reader reads from its event `event` on, of a document without
-/// errors; in Qt's objects the last of several members with one name counts.
+/// What our reader reads, from its event `event` on, as a Qt value. The document must have no
+/// errors. As in Qt's objects, the last of several members with the same name counts.
 inline QJsonValue toQt(textmarkup::JsonReader& reader, textmarkup::Event event) {
     using textmarkup::Event;
     switch (event) {

@@ -1,6 +1,6 @@
-// replay FOLDER ROUNDS: runs a fuzz target without the fuzzer, on the inputs of its corpus
-// and on many that are made of these, the same ones every time. An input that fails lies
-// in the working folder then.
+// replay FOLDER ROUNDS: runs a fuzz target without the fuzzer, on the inputs of its corpus and on
+// ROUNDS inputs derived from them, the same ones every time. An input that fails is stored in the
+// working directory.
 
 #include "fuzz_input.h"
 
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr const char* kFailedInput = "failed_input";
 
-std::string input; // that runs
+std::string input; // of the current run
 
 void run(std::string next) {
     input = std::move(next);

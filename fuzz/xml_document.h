@@ -9,13 +9,13 @@
 
 namespace test {
 
-/// A document of one element that holds others without structure, as Qt's parser sees it.
+/// A document of one element with a flat list of others, as Qt's parser sees it.
 struct XmlDocument {
     std::string error; ///< empty for a well-formed document
     std::string root;
     std::vector<std::pair<std::string, std::string>> elements; ///< names and texts, in order
 
-    /// Of the first element of that name; empty when there is none.
+    /// The text of the first element of that name; empty if there is none.
     std::string operator[](const std::string& name) const {
         for (const auto& [element, text] : elements) {
             if (element == name)

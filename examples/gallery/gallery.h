@@ -10,7 +10,7 @@ class QTabWidget;
 
 namespace gallery {
 
-/// The window: one tab for each page, and a line with what was signalled last.
+/// The window: one tab for each page, and a line that shows the last signal.
 class Gallery : public QWidget {
 public:
     Gallery();

@@ -6,9 +6,8 @@ class QWidget;
 
 namespace gallery {
 
-/// What people would miss in the visible widgets below `window`, a line each: elements that
-/// take the focus without a name for screen readers, and pictures that are enlarged since
-/// they have fewer pixels than the screen has in their place.
+/// The faults of the visible widgets in `window`, one line each: widgets that take the focus but
+/// have no name for screen readers, and pictures with fewer pixels than they cover on the screen.
 QStringList inspect(const QWidget& window);
 
 } // namespace gallery

@@ -1,11 +1,11 @@
 // The gallery's command line:
 //
 //     gallery                                    opens the window
-//     gallery --page links --dark --rtl          the same, on that page and in that look
+//         gallery --page links --dark --rtl          the same, with that page and look
 //     gallery --shot FILE.png --scale 2          stores a picture of the window instead
-//     gallery --inspect --scale 1.5              names what is wrong with it at that scale
+//     gallery --inspect --scale 1.5              lists what is wrong with it at that scale
 //
-// The last two need no display: they draw off the screen, unless QT_QPA_PLATFORM names where.
+// The last two need no display: they draw offscreen, unless QT_QPA_PLATFORM says otherwise.
 
 #include "gallery.h"
 #include "inspection.h"
@@ -83,7 +83,7 @@ int main(int argc, char** argv) {
     QStringList arguments;
     for (int i = 0; i < argc; ++i)
         arguments += QString::fromLocal8Bit(argv[i]);
-    parser.parse(arguments); // before there is an application, which takes the scale as it is
+    parser.parse(arguments); // before the application exists, which reads the scale only then
     if (parser.isSet("scale"))
         qputenv("QT_SCALE_FACTOR", parser.value("scale").toLatin1());
     const bool staysOpen = !parser.isSet("shot") && !parser.isSet("inspect");

@@ -13,7 +13,7 @@
 namespace gallery {
 namespace {
 
-// As if the pointer were over the button, and pressed it; until a real one passes.
+// As if the pointer were over the button, and pressed it; lasts until a real pointer passes.
 void pretendPointer(QT_Button* button, bool press) {
     const QPoint middle = button->rect().center();
     QEnterEvent enter(middle, middle, middle);
@@ -61,7 +61,7 @@ void addLooks(NS_QT::WidgetBuilder& group, const Report& report, const QString& 
     group.newRow();
 }
 
-// Ticks after half a second, then ten times a second.
+// A button that repeats after half a second, then ten times a second.
 QT_Button* makeRepeating(const Report& report) {
     QT_Button* const button = makeButton(report, QT_Button::Halo);
     button->setSchedule(QT_Button::repeating(500, 100));

@@ -8,10 +8,10 @@ class QWidget;
 
 namespace gallery {
 
-/// Tells the visitor what a widget has just signalled.
+/// Shows the visitor what a widget has just signalled.
 using Report = std::function<void(const QString& text)>;
 
-/// The pages; each widget stands there in every state. The caller owns them.
+/// The pages, with each widget in every state. The caller owns them.
 QWidget* makeInputsPage(const Report& report);
 QWidget* makeLinksPage(const Report& report);
 QWidget* makeButtonsPage(const Report& report);

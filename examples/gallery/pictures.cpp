@@ -7,7 +7,7 @@
 namespace gallery {
 namespace {
 
-constexpr qreal kUnits = 16; // the edge of the square that the drawings know
+constexpr qreal kUnits = 16; // the edge of the square in which pictures are drawn
 
 void drawCamera(QPainter& painter) {
     painter.drawRoundedRect(QRectF(1, 4.5, 14, 9), 1.5, 1.5);

@@ -4,10 +4,10 @@
 
 namespace gallery {
 
-/// Small drawings that stand for what a real program has in its resources.
+/// Small drawings in place of a real program's resources.
 enum class Picture { Camera, Monitor, Bell, Tick, Cross };
 
-/// An icon that is drawn anew at every size and pixel density asked for.
+/// An icon that is drawn again for every size and pixel density.
 QIcon makeIcon(Picture picture);
 
 } // namespace gallery

@@ -11,8 +11,7 @@
 
 namespace gallery {
 
-/// A group of the page that `builder` builds; `fill` is given a builder of its own, with a
-/// grid open.
+/// Adds a group to the page of `builder`; `fill` gets the group's builder, with a grid open.
 template <typename Fill>
 void addGroup(NS_QT::WidgetBuilder& builder, const QString& title, Fill fill) {
     auto* const group = builder.add(new QGroupBox(title));
@@ -21,14 +20,14 @@ void addGroup(NS_QT::WidgetBuilder& builder, const QString& title, Fill fill) {
     fill(inside);
 }
 
-/// Where a text begins: labels align by the direction of the text, which is English here,
-/// rather than by the window's.
+/// The side on which rows begin: labels align by the direction of their text, here English, rather
+/// than by the window's.
 inline Qt::Alignment leading() {
     return (QApplication::isRightToLeft() ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter;
 }
 
-/// A row of the grid: a caption, then the widget that `make` makes, twice: as it is and
-/// disabled. Columns are as wide in every group.
+/// Adds a row to the grid: a caption, then two widgets from `make`, the second one disabled.
+/// Columns have the same width in every group.
 template <typename Make>
 void addStates(NS_QT::WidgetBuilder& builder, const QString& caption, Make make,
                Qt::Alignment alignment = {}) {

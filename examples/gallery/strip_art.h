@@ -13,7 +13,7 @@ struct StripArt {
     QVector<QRect> buttons;
 };
 
-/// Draws a button for each sign; its characters stand side by side:
+/// Draws a button for each sign, with its characters side by side:
 ///     <  >  triangles     |  bar      [  ]  marks of a beginning and an end
 ///     o  a ring           *  a disc   x     a cross
 StripArt drawStrip(const QStringList& signs);

@@ -24,14 +24,14 @@ std::string documentOf(const std::string& message) {
     return core::assertDocument(report, {});
 }
 
-/// A receiver on a free port of a folder of its own.
+/// A receiver on a free port, with its own folder.
 struct Collector {
     Collector() {
         options.folder = folder.path();
         options.port = 0;
         EXPECT_TRUE(store.replay(table) && store.open(table));
     }
-    /// Runs the loop until something is so.
+    /// Runs the loop until the condition is true.
     void runUntil(std::function<bool()> condition) {
         struct Watcher final : kern::TimerInterface {
             void timerExpired(int64_t) override {
@@ -85,7 +85,7 @@ void failWhileReceiving(const std::string& address, bool reportsToItself) {
     collector.options.address = address;
     core::Udp4Socket other;
     ASSERT_TRUE(other.open(core::SmartSocket::kNonBlocking) && other.bind("127.0.0.1", 0));
-    if (reportsToItself) { // which has to be known before it starts
+    if (reportsToItself) { // the port must be known before it starts
         collector.options.port = static_cast<uint16_t>(other.localPort());
         other.close();
     }

@@ -17,8 +17,8 @@ using collect::Store;
 using collect::Table;
 using testing::ElementsAre;
 
-/// A report of a site, the `total`th of its sender, that arrives a second after the
-/// one before.
+/// A report from a site, the `total`th of its sender, which arrives a second after the previous
+/// one.
 Arrival arrival(const std::string& file, int64_t total, const std::string& sender = "10.0.0.1:1",
                 int64_t count = 1) {
     static int64_t time = core::now() / 1'000'000'000 * 1'000'000'000;
@@ -49,7 +49,7 @@ std::vector<std::string> shown(const std::string& folder) {
 TEST(Table, CountsWhatArrivedAndWhatDidNot) {
     Table table;
     table.add(arrival("a", 1));
-    table.add(arrival("b", 5, "10.0.0.1:1", 2)); // 3 before anybody collected them
+    table.add(arrival("b", 5, "10.0.0.1:1", 2)); // 3 before the collector ran
     table.add(arrival("a", 4, "10.0.0.1:1", 1)); // 2 lost
     table.add(arrival("a", 2, "10.0.0.1:1", 1)); // overtaken on the way
     table.add(arrival("a", 1, "10.0.0.1:2"));    // another run
@@ -76,7 +76,7 @@ TEST(Table, HasALimit) {
               std::string(Table::kMaxText - 4, 'x') + "...");
 }
 
-/// What a day of many stations takes: a million reports of few sites.
+/// A day of many stations: a million reports from few sites.
 TEST(Table, GrowsWithSitesNotWithReports) {
     Table table;
     for (int64_t i = 0; i < 1'000'000; ++i)
@@ -148,7 +148,7 @@ TEST(Store, BeginsEachFileWithAllThatIsKnown) {
     EXPECT_TRUE(store.append(next, table));
     EXPECT_EQ(shown(folder.path()), shown(table)) << "runs are known, too";
 
-    // It ended between the renaming and the new file.
+    // The program ended after the renaming, before there was a new file.
     std::filesystem::remove(test::systemPath(folder / "failures.jsonl.2"));
     std::filesystem::copy(test::systemPath(folder / "failures.jsonl"),
                           test::systemPath(folder / "kept"));

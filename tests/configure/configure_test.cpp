@@ -25,7 +25,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// The tool's dialog in the hands of its operator.
+/// The tool's dialog, as its operator uses it.
 struct Window {
     explicit Window(QDialog* shown)
         : dialog(shown),
@@ -41,7 +41,7 @@ struct Window {
     QPushButton* const cancel;
 };
 
-/// What screen readers call it.
+/// Its name for screen readers.
 QString nameOf(QWidget* widget) {
     return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
 }
@@ -54,7 +54,7 @@ protected:
         EXPECT_THAT(checks.take(), IsEmpty());
     }
 
-    /// Runs the tool with `operate` in front of its dialog, and Enter after that.
+    /// Runs the tool; once its dialog is open, calls `operate` and then presses Enter.
     static void run(const std::function<void(const Window&)>& operate) {
         // There is no event loop yet: the call waits until the tool has one.
         QTimer atDialog;

@@ -8,7 +8,7 @@
 
 #include <string>
 
-// What the system and its users see of the program's file, which lies beside the tests'.
+// What the system and users see of the program file, which is in the tests' folder.
 
 namespace {
 
@@ -27,7 +27,7 @@ protected:
 
     void SetUp() override { ASSERT_NE(d_module, nullptr) << d_path; }
 
-    /// A text of the version resource, which ends with a zero.
+    /// A text from the version resource, which is null-terminated.
     static std::string versionText(const std::string& path, const std::string& name) {
         DWORD ignored = 0;
         std::string block(GetFileVersionInfoSizeA(path.c_str(), &ignored), '\0');

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-// Without an application object: the tool under test brings its own.
+// Without an application object: the tool under test creates its own.
 int main(int argc, char** argv) {
     test::preferOffscreen();
     testing::InitGoogleTest(&argc, argv);

@@ -21,14 +21,14 @@
 #include <string_view>
 #include <thread>
 
-// A program that crashes as its first argument says, for crashes.py.
+// A program for crashes.py that crashes in the way its first argument names.
 
 namespace crashing {
 
-// Not local to this source, or the compiler would know that the call cannot be.
+// Not local to this source, otherwise the compiler would know that the call is impossible.
 struct Base {
     Base() {
-        Base* volatile self = this; // or the compiler knows better
+        Base* volatile self = this; // otherwise the compiler knows the type
         self->callIt();
     }
     virtual ~Base() = default;
@@ -48,16 +48,16 @@ __attribute__((noinline, no_sanitize("undefined"))) void divideByZero() { zero =
 __attribute__((noinline, no_sanitize("undefined"))) void jumpToNowhere() {
     void (*volatile nowhere)() = nullptr;
     nowhere(); // NOLINT(clang-analyzer-core*)
-    zero = 0;  // so that it is a call
+    zero = 0;  // so that it is no tail call
 }
 
 [[gnu::noinline]] int overflowStack(int depth) {
-    int (*volatile deeper)(int) = overflowStack; // or the compiler takes it apart
+    int (*volatile deeper)(int) = overflowStack; // otherwise the compiler inlines it
     volatile char frame[4096] = {};
     return deeper(depth + 1) + frame[depth % 4096];
 }
 
-/// Faults when so few bytes of the stack are left.
+/// Faults when only `left` bytes of the stack are left.
 [[gnu::noinline]] void useUpStack(const char* end, ptrdiff_t left) {
     volatile char frame[1024] = {};
     void (*volatile deeper)(const char*, ptrdiff_t) = useUpStack;
@@ -84,14 +84,14 @@ struct Cleanup {
 
 [[gnu::noinline]] void throwOut() noexcept { throwThroughCleanup(); }
 
-/// With what is known of the throw shown as soon as the crash is told.
+/// Shows what is known about the throw as soon as the crash is logged.
 void throwThroughNoexcept() {
     static const test::ScriptedObserver observer({core::kChannelCrit},
                                                  [](const std::string&) { showThrow(); });
     throwOut();
 }
 
-/// Has its words made in this way when they are asked for.
+/// An exception whose what() calls `make`.
 class Worded : public std::exception {
 public:
     explicit Worded(void (*make)()) : d_make(make) {}
@@ -103,7 +103,7 @@ private:
 
 [[gnu::noinline]] void throwWorded(void (*make)()) { throw Worded(make); }
 
-/// In a slot of Qt's, in its event loop.
+/// Calls `slot` from Qt's event loop.
 void inSlot(void (*slot)()) {
     static int argc = 1;
     static char name[] = "crashing";
@@ -117,7 +117,7 @@ void inSlot(void (*slot)()) {
     const std::thread thread([] { sleepForEver(); });
 }
 
-/// Writes upward, and faults at the end at the latest.
+/// Overwrites memory upward, and faults at its end at the latest.
 __attribute__((noinline, no_sanitize("address"))) void overrun(volatile char* from,
                                                                const volatile char* end) {
     for (; from < end; ++from)
@@ -130,7 +130,7 @@ __attribute__((noinline, no_sanitize("address"))) void overrun(volatile char* fr
     overrun(&bottom, topOfStack());
 }
 
-/// As far as there is memory.
+/// To the end of the mapped memory.
 void overrunHeap() {
     overrun(static_cast<char*>(std::malloc(16)), reinterpret_cast<char*>(UINTPTR_MAX)); // NOLINT
 }
@@ -141,7 +141,7 @@ void overwriteChunk() {
     core::deliberateFault();
 }
 
-/// Lets another thread hold something for ever, and crashes.
+/// Crashes while another thread holds something for ever.
 void whileAnotherThread(void (*holdIt)(), void (*crash)() = core::deliberateFault) {
     static std::atomic<bool> held{false};
     std::thread([holdIt] {
@@ -154,7 +154,7 @@ void whileAnotherThread(void (*holdIt)(), void (*crash)() = core::deliberateFaul
     crash();
 }
 
-/// Throwing needs memory, throwing on does not.
+/// Rethrows while the heap is locked, since that needs no memory, unlike a new throw.
 [[gnu::noinline]] void throwWithHeapLocked() {
     try {
         throwException();
@@ -163,7 +163,7 @@ void whileAnotherThread(void (*holdIt)(), void (*crash)() = core::deliberateFaul
     }
 }
 
-/// An observer that keeps the log's lock.
+/// An observer that never returns keeps the log's lock.
 void lockLog() {
     static std::atomic<bool> inside{false};
     std::thread([] {
@@ -188,7 +188,7 @@ void onTwoThreads() {
     both();
 }
 
-/// Another thread faults again and again while this one's fault is reported.
+/// Other threads fault one after the other while this one's fault is reported.
 void againOnOthers() {
     for (int i = 0; i < 8; ++i) {
         std::thread([i] {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <thread>
 
-/// What the crashing program does by its platform's calls.
+/// The platform's parts of the crashing program.
 namespace crashing {
 
 [[noreturn]] inline void sleepForEver() {
@@ -12,14 +12,14 @@ namespace crashing {
         std::this_thread::sleep_for(std::chrono::hours(1));
 }
 
-/// The lowest address of this thread's stack, and the first above it.
+/// The lowest address of this thread's stack, and the first address above the stack.
 const char* endOfStack();
 const char* topOfStack();
 
-/// Calls a function made at run time, with a frame of its own, that writes to nowhere.
+/// Calls a function generated at run time, with its own stack frame, that writes to address 0.
 void runGeneratedCode();
 
-/// For this thread, and never given back.
+/// Locked by this thread and never unlocked.
 void lockHeap();
 void lockLoader();
 void lockOutput();
@@ -30,13 +30,13 @@ void useUpDescriptors();
 /// Puts another file in place of this program's.
 void replaceProgram();
 
-/// Has another process end this one by a fault's signal.
+/// Makes another process send this one a fault signal.
 void signalFromOutside();
 
-/// Writes to standard output until nobody reads any more.
+/// Writes to standard output until it accepts nothing more.
 void fillOutput();
 
-/// Prints what the dump holds of an exception, where nothing else can read it.
+/// Prints the dump's variables about an exception, where no debugger can read them.
 void showThrow();
 
 } // namespace crashing

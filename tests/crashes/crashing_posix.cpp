@@ -53,10 +53,10 @@ void runGeneratedCode() {
         mmap(nullptr, 4096, PROT_READ | PROT_WRITE | PROT_EXEC, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     std::memcpy(memory, kCode, sizeof kCode);
     reinterpret_cast<void (*)()>(memory)();
-    sleepForEver(); // so that it is a call
+    sleepForEver(); // so that it is no tail call
 }
 
-// The heap's statistics are printed with its lock held, here into a pipe that nobody reads.
+// Printing the heap's statistics holds its lock; here they go into a pipe that nobody reads.
 void lockHeap() {
     int ends[2];
     if (pipe(ends) != 0)

@@ -39,7 +39,7 @@ void runGeneratedCode() {
         VirtualAlloc(nullptr, 4096, MEM_COMMIT | MEM_RESERVE, PAGE_EXECUTE_READWRITE);
     std::memcpy(memory, kCode, sizeof kCode);
     reinterpret_cast<void (*)()>(memory)();
-    sleepForEver(); // so that it is a call
+    sleepForEver(); // so that it is no tail call
 }
 
 void lockHeap() { HeapLock(GetProcessHeap()); }
@@ -61,7 +61,7 @@ void useUpMemory() {
     }
 }
 
-// Those of the runtime, which are few; of the system's there are millions.
+// The runtime's descriptors, which are few; the system has millions of handles.
 void useUpDescriptors() {
     while (_open("NUL", _O_RDONLY) >= 0)
         ;
@@ -71,7 +71,7 @@ void replaceProgram() {}
 
 void signalFromOutside() { core::deliberateFault(); }
 
-// By a thread of its own, which stays in there: this thread sees when no more is taken.
+// Another thread writes and gets stuck; this thread sees when nothing more is accepted.
 void fillOutput() {
     static std::atomic<int> writes{0};
     std::thread([] {

@@ -8,13 +8,13 @@
 #include <string>
 #include <string_view>
 
-// The tool with a process entry of its own and options that the real one does not have:
+// The tool with another process entry, which has additional options:
 //     configure_e2e [--stop-on-check] [--show WARN|NORM]... [ARGUMENT]...
-// All else is as in the real entry, which gets the arguments that follow.
+// Everything else is as in the real entry; the tool gets the remaining arguments.
 
 namespace {
 
-/// Reports like the default handler, but has the program stop.
+/// Reports like the default handler, but stops the program.
 bool stopOnCheck(const char* condition, const char* file, int32_t line, int32_t level,
                  const std::string& message) {
     core::failDefault(condition, file, line, level, message);
@@ -26,7 +26,7 @@ const std::map<std::string_view, int32_t> kChannels = {
     {"NORM", core::kChannelNorm},
 };
 
-/// Obeys the leading options; how many arguments they were.
+/// Applies the options at the front and returns their number of arguments.
 int takeOptions(int argc, char** argv) {
     int next = 1;
     for (; next < argc; ++next) {

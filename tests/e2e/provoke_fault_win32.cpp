@@ -7,10 +7,10 @@
 #include <string>
 #include <string_view>
 
-// Does to a running program what faults and strangers do:
-//     provoke_fault NAME.exe ADDRESS      has its main thread jump there, as an overwritten
-//                                         pointer would, so that its fault is its own
-//     provoke_fault NAME.exe load FILE    has it load a library; status 3: it finds none
+// Makes a running program fault or load a library:
+//     provoke_fault NAME.exe ADDRESS      makes its main thread jump there, as an overwritten
+//                                         pointer would, so that the fault is its own
+//     provoke_fault NAME.exe load FILE    makes it load a library; status 3: not found
 
 namespace {
 
@@ -46,12 +46,12 @@ bool jump(DWORD threadId, const char* address) {
     context.Eip = std::strtoul(address, nullptr, 0);
     done = done && SetThreadContext(thread, &context) != 0;
     done = ResumeThread(thread) != static_cast<DWORD>(-1) && done;
-    PostThreadMessageW(threadId, WM_NULL, 0, 0); // it may be waiting inside the system
+    PostThreadMessageW(threadId, WM_NULL, 0, 0); // it may be waiting in a system call
     CloseHandle(thread);
     return done;
 }
 
-/// The status of this program. The system's library lies at one place in all programs.
+/// Returns this program's status. The system's library has the same address in all programs.
 int load(DWORD processId, std::string library) {
     HANDLE process = OpenProcess(PROCESS_ALL_ACCESS, FALSE, processId);
     const std::size_t size = library.size() + 1;

@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-/// Documents, and what a reader tells of them.
+/// Documents, and the traces that a reader makes of them.
 using Traces = std::vector<std::pair<std::string, std::string>>;
 
 template <typename Trace>

@@ -1,6 +1,6 @@
-// The readers against the suites of others, where those lie beside the repository:
-// JSONTestSuite (files y_* must be taken, n_* refused, i_* may be either) and James
-// Clark's cases of the W3C XML suite.
+// The readers, tested with public suites if these are beside the repository: JSONTestSuite (files
+// y_* must be accepted, n_* refused, i_* may be either) and James Clark's cases of the W3C XML
+// suite.
 
 #include "markup_traces.h"
 #include "temp_folder.h"
@@ -16,7 +16,7 @@ namespace {
 namespace fs = std::filesystem;
 using textmarkup::Event;
 
-/// Names and contents of the files of a folder; none where the suite is not there.
+/// Names and contents of a folder's files; empty if the suite is missing.
 std::map<std::string, std::string> filesOf(const std::string& folder, const std::string& ending) {
     std::map<std::string, std::string> files;
     const fs::path path = fs::path(ORVISTRAND_MARKUP_SUITES) / folder;
@@ -53,7 +53,7 @@ TEST(MarkupSuites, XmlThatIsNotWellFormedIsRefused) {
         EXPECT_TRUE(isRefused(test::traceXml(text))) << name;
 }
 
-/// What the suite compares: attributes sorted, no comments, texts whole.
+/// The form that the suite compares: attributes sorted, no comments, texts joined.
 std::string canonical(const std::string& document) {
     textmarkup::XmlReader reader(document);
     std::string out;
@@ -87,7 +87,7 @@ std::string canonical(const std::string& document) {
     }
 }
 
-/// Without its document type, if this one changes nothing in what the document says.
+/// The document without its document type, if that has no effect on the contents.
 std::string withoutDocumentType(const std::string& document) {
     const size_t start = document.find("<!DOCTYPE");
     const size_t end = document.find("]>", start);

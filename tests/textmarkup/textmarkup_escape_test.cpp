@@ -12,7 +12,7 @@ TEST(Escaped, ReplacesMarkupAndWhatXmlDoesNotAllow) {
         {"\t\r\n\x7F Größe 設定 \U0001F600", "\t\r\n\x7F Größe 設定 \U0001F600"},
         {std::string("\0\x1B", 2), "\uFFFD\uFFFD"},
         {"\uFFFD\uFFFE\uFFFF\uD7FF\uE000\U0010FFFF", "\uFFFD\uFFFD\uFFFD\uD7FF\uE000\U0010FFFF"},
-        // Stray, overlong, surrogate, out of range, and cut off by the end or by others.
+        // Stray, overlong, surrogate, out of range, and cut off by the end or by other bytes.
         {"\x80_\xC0\x80_\xE0\x9F\xBF_", "\uFFFD_\uFFFD\uFFFD_\uFFFD\uFFFD\uFFFD_"},
         {"\xED\xA0\x80_\xF4\x90\x80\x80", "\uFFFD\uFFFD\uFFFD_\uFFFD\uFFFD\uFFFD\uFFFD"},
         {"\xFF\xE2\x82<\xF0\x9F", "\uFFFD\uFFFD\uFFFD&lt;\uFFFD\uFFFD"},

@@ -16,7 +16,7 @@ TEST(HtmlReader, ReadsAsBrowsersDo) {
         {"<a/b/ c=>x", "<a b=\"\" c=\"\">[x]</a>"},
         {"<br>1<br/>2</br>3<img src=x>",
          "<br></br>[1]<br></br>[2]<br></br>[3]<img src=\"x\"></img>"},
-        // Raw text, and text with references only.
+        // Raw text, and text in which only references are special.
         {"<style>a<b>&amp;</styles></STYLE >x", "<style>[a<b>&amp;</styles>]</style>[x]"},
         {"<title>a<b>&amp;</title>x", "<title>[a<b>&]</title>[x]"},
         {"<script>1<!--<script></script>2</script>", "<script>[1<!--<script></script>2]</script>"},
