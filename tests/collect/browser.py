@@ -1,4 +1,4 @@
-"""Chromium without a window, driven by its own debugging protocol over two pipes."""
+"""Headless Chromium, driven by its debugging protocol over two pipes."""
 
 import base64
 import json
@@ -8,7 +8,7 @@ import subprocess
 import tempfile
 from pathlib import Path
 
-PATIENCE = 60  # seconds for anything that should happen
+PATIENCE = 60  # seconds to wait for anything before giving up
 
 PROGRAM = shutil.which("chromium") or shutil.which("chromium-browser")
 OPTIONS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
@@ -17,7 +17,7 @@ OPTIONS = ["--headless", "--no-sandbox", "--disable-gpu", "--disable-quic", "--n
 
 
 class Browser:
-    """A context: one empty page, which `open` fills."""
+    """A context manager: one page, which `open` loads."""
 
     def __enter__(self):
         self._home = tempfile.TemporaryDirectory(prefix="browser-", ignore_cleanup_errors=True)
@@ -86,7 +86,7 @@ class Browser:
         return result["result"].get("value")
 
     def complaints(self):
-        """What the page did wrong, in the browser's words."""
+        """The errors of the page, as the browser reports them."""
         return [event["params"] for event in self.events if event.get("method") in
                 ("Log.entryAdded", "Runtime.exceptionThrown", "Network.loadingFailed")]
 

@@ -57,7 +57,7 @@ class Program(unittest.TestCase):
         self.page = self.work / "collected" / "index.html"
 
     def start(self, *options):
-        """The running program and its port."""
+        """Starts the program; returns its process and port."""
         process = subprocess.Popen([self.program, "--port", "0", *options], cwd=self.work,
                                    stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         self.addCleanup(process.stdout.close)
@@ -101,7 +101,7 @@ class Program(unittest.TestCase):
 
 
 class Receiving(Program):
-    """What becomes of reports."""
+    """What happens to reports."""
 
     def test_the_page_is_whole_again_after_each_end(self):
         for number, how in enumerate((signal.SIGTERM, signal.SIGINT, signal.SIGKILL), start=1):
@@ -157,7 +157,7 @@ class Receiving(Program):
         self.stop(self.start()[0])
 
     def test_a_burst_from_eight_senders(self):
-        """Lost reports show as a gap, and with room for all none is lost."""
+        """Lost reports are counted as missing; with enough buffer space none is lost."""
         reports = 1250
         process, port = self.start()
         self.wait_for_page("Nothing has failed")
@@ -172,7 +172,7 @@ class Receiving(Program):
             thread.start()
         for thread in threads:
             thread.join()
-        # Only a later report tells of lost ones, and it may be lost itself.
+        # Only a later report reveals lost ones, and it may be lost itself.
         deadline = time.monotonic() + PATIENCE
         sent = 0
         while f"<td>{sent}</td>" not in self.page.read_text("utf-8"):
@@ -192,7 +192,7 @@ class Receiving(Program):
         self.assertEqual(entry["failures"] + entry["missing"], sent)
         log = (self.work / "collected" / "collect.log").read_text("utf-8")
         room = int(log.split("the system keeps ")[1].split()[0])
-        if room >= sent * 4096:  # what the system counts for a report of one kilobyte
+        if room >= sent * 4096:  # the system's count for a report of one kilobyte
             self.assertEqual(entry["missing"], 0)
         print(f"{sent} reports, room for {room} bytes, {entry['missing']} lost", file=sys.stderr)
 
@@ -201,7 +201,7 @@ class Receiving(Program):
 class Showing(Program):
     """The page in a browser."""
 
-    pictures = None  # where to leave them
+    pictures = None  # the folder for them
 
     def setUp(self):
         super().setUp()
@@ -277,7 +277,7 @@ class Showing(Program):
             self.assertIn(wanted, names)
 
     def contrast(self):
-        """The lowest contrast of the page's texts to what is behind them."""
+        """The lowest contrast between the page's texts and their background."""
         return self.browser.evaluate("""(() => {
             const light = text => { const [r, g, b] = text.match(/[\\d.]+/g).map(v => {
                 v /= 255; return v <= 0.03928 ? v / 12.92 : ((v + 0.055) / 1.055) ** 2.4 });

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Has a program crash in many ways and looks at what each leaves behind: the status, the
-dump, the line on CRIT and the line in dumps.log.
+"""Crashes a program in many ways and checks what each crash leaves: the status, the dump,
+the line on CRIT and the line in dumps.log.
 
     crashes.py --program PROGRAM [--wine WINE] [--times N] [ROW]...
 """
@@ -27,15 +27,15 @@ from tool_windows import fresh_prefix  # noqa: E402
 
 WINDOWS, LINUX = "Windows", "Linux"
 TAG = "tag_orvistrand_2_1_rc_1_220329-103018"
-# Seconds from the start to the end of a process. Wine reads the debug information of all its
-# libraries for a dump, which takes some seconds, and many on a machine with other work.
+# Seconds from the start to the end of a process. For a dump, Wine reads the debug information of
+# all its libraries, which takes some seconds, and many on a busy machine.
 TIME_LIMIT = {LINUX: 5, WINDOWS: 120}
 CRASHED = 129  # -127 in the eight bits of a status
 FAULT = "core::deliberateFault"
 CLEAN_UP = "unwound"  # what the program prints when an exception unwinds its stack
 
 
-# ---- What stands in the way of a crash
+# ---- Obstacles to a dump
 
 def dump_of(folder):
     return folder / "dumps" / f"crashing-{TAG}.dmp"
@@ -70,7 +70,7 @@ def limit_files():
     resource.setrlimit(resource.RLIMIT_FSIZE, (1024, 1024))
 
 
-# Gives a command a small disk for its dumps, of which the old one is half.
+# Gives a command a small disk for its dumps, half filled by the old dump.
 SMALL_DISK = ("unshare", "-rm", "sh", "-c", """
     cp -r dumps old && mount -t tmpfs -o size=8k none dumps && cp old/* dumps
     "$@"; status=$?; cp dumps/* old && umount dumps && cp old/* dumps; exit $status""", "sh")
@@ -79,12 +79,12 @@ SMALL_DISK = ("unshare", "-rm", "sh", "-c", """
 # ---- The table
 
 class Row(NamedTuple):
-    word: str  # what the program is told
-    functions: str = FAULT  # among the innermost of the stack; empty: no dump
+    word: str  # the program's arguments
+    functions: str = FAULT  # one of the innermost functions; empty: no dump
     cause: str = ""  # in a report from Linux
     code: str = "c0000005"  # in a dump from Windows
-    name: str = ""  # of the row, where a word has several
-    platform: str = ""  # the only one
+    name: str = ""  # of the row, if it is not the word
+    platform: str = ""  # the only platform of the row
     prepare: Optional[Callable] = None
     preexec: Optional[Callable] = None
     reason: str = ""  # why there is no new dump
@@ -93,7 +93,7 @@ class Row(NamedTuple):
     status: int = CRASHED
     wrap: tuple = ()  # a command in front
     holds: str = ""  # a pattern that a report from Linux matches
-    why: str = ""  # for a row of one platform
+    why: str = ""  # the row is for one platform only
 
 
 THROWN = dict(functions="throwException", cause="C++ exception std::runtime_error: out of paper",
@@ -156,7 +156,7 @@ ROWS = [
     Row("null_write", name="closed_pipe", shown=False),
     Row("history", holds=r"\nLast lines of the log\n.* WARN the last words\n", platform=LINUX,
         why="Wine's DbgHelp leaves the data segments out of a dump"),
-    # No line is torn: each is whole.
+    # Every line is whole.
     Row("others_log", holds=r"\nLast lines of the log\n"
         r"(    \S+ \S+ WARN (a{40}z{40}|the last words)\n)+\n"),
     Row("null_write", name="old_dump", prepare=old_dump),
@@ -181,7 +181,7 @@ ROWS = [
 ]
 
 
-# ---- What is left
+# ---- What a crash leaves
 
 class Linux:
     name = LINUX
@@ -190,7 +190,7 @@ class Linux:
         self._program = program
 
     def start(self, folder, row):
-        program = folder / "bin" / "crashing"  # a copy, which may be replaced
+        program = folder / "bin" / "crashing"  # a hard link, which may be replaced
         program.parent.mkdir()
         os.link(self._program, program)
         return [*row.wrap, str(program), *row.word.split()], {**os.environ, **SANITIZERS}
@@ -209,7 +209,7 @@ class Linux:
 
 
 def check_script(dump):
-    """A report becomes functions with lines, but not by the files of another build."""
+    """The script prints functions with lines, but not from the files of another build."""
     script = REPOSITORY / "tools" / "crash_report.py"
     said = subprocess.run([script, dump], capture_output=True, text=True, check=False)
     expect(said.returncode == 0 and re.search(
@@ -242,8 +242,8 @@ class Windows:
         return evidence.functions
 
     def _check_throw(self, shown):
-        """The stack of a throw, which the program itself shows, since Wine's DbgHelp leaves
-        the variables out of a dump."""
+        """The stack of a throw. The program itself prints it, since Wine's DbgHelp leaves the
+        variables out of a dump."""
         expect("thrown std::runtime_error: out of paper" in shown, "type and text", shown)
         calls = re.findall(r"^called ([0-9a-fx]+)", shown, re.M)
         said = lldb(f"target create '{self._program}'",
@@ -262,7 +262,7 @@ def expect(condition, *what):
 
 
 def run(platform, folder, row):
-    """Status, output and seconds of a run."""
+    """Status, standard output, standard error and seconds of a run."""
     command, environment = platform.start(folder, row)
 
     def prepare():

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""accessible.py TOOL COMMON_DATA: works the tool through the accessibility interface alone, as
-a screen reader does: finds the address by its label, changes it and presses OK. The file
-has to have it.
+"""accessible.py TOOL COMMON_DATA: operates the tool only through the accessibility interface, as
+a screen reader does: finds the address by its label, changes it and presses OK. Then the file
+must have the new address.
 """
 
 import os
@@ -19,7 +19,7 @@ AFTER = b"[NVR]\nAddress 10.0.0.2\nPort 80\n"
 
 
 def elements(root):
-    """All elements below one, as far as they are still there."""
+    """All elements below `root` that still exist."""
     for index in range(root.get_child_count()):
         child = root.get_child_at_index(index)
         if child is not None:
@@ -28,7 +28,7 @@ def elements(root):
 
 
 def find(atspi, gone, role, name):
-    """Waits for an element; one that is `gone` when it is asked may come again."""
+    """Waits for an element. An exception `gone` means that one has just vanished: tries again."""
     def found():
         try:
             return next((element for element in elements(atspi.get_desktop(0))

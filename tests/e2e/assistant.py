@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""A desktop on which assistants for people who do not see the screen can listen and act: the
-virtual screen, a session bus and the bus of the accessibility interface, AT-SPI.
+"""A desktop for screen readers and other assistive programs: the virtual screen, a session
+bus and the bus of the accessibility interface, AT-SPI.
 
-    tests/e2e/assistant.py COMMAND...   runs a command there; programs tell all they can
+    tests/e2e/assistant.py COMMAND...   runs a command there; Qt reports everything to the bus
 """
 
 import os
@@ -15,7 +15,7 @@ sys.path.insert(0, str(Path(__file__).resolve().parents[2] / "tools"))
 from desktop import Desktop, end, ending_with_parent, wait_until  # noqa: E402
 
 LAUNCHERS = ("/usr/libexec/at-spi-bus-launcher", "/usr/lib/at-spi2-core/at-spi-bus-launcher")
-SKIPPED = 77  # the status by which CTest knows a test that could not be run
+SKIPPED = 77  # the exit status that tells CTest that a test was skipped
 
 
 def is_available():

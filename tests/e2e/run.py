@@ -48,7 +48,7 @@ def all_names(suite):
 
 @contextlib.contextmanager
 def platform_for(arguments):
-    # The tool runs in folders of its own, so relative paths would not do.
+    # The tool runs in other working directories, so relative paths would not work.
     tool, helper = arguments.tool.resolve(), arguments.helper.resolve()
     if arguments.wine:
         wine = arguments.wine.resolve()
@@ -68,7 +68,7 @@ def main():
         return 0
     suite = (loader.loadTestsFromNames(arguments.names, scenarios) if arguments.names
              else loader.loadTestsFromModule(scenarios))
-    # Some scenarios end the tool by a fault; its core would be of no use.
+    # Some scenarios end the tool by a fault; its core dump would be useless.
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
     with platform_for(arguments) as platform, Desktop() as desktop:
         scenarios.Scenario.platform = platform

@@ -1,7 +1,7 @@
-"""What an operator does with the tool, and what must come of it.
+"""What an operator does with the tool, and what must result.
 
-Each scenario opens the real program in a real window, works it by keyboard or mouse,
-and compares the settings file, the standard output and the exit status.
+Each scenario opens the real program in a real window, operates it by keyboard or mouse,
+and checks the settings file, the standard output and the exit status.
 """
 
 import os
@@ -22,7 +22,7 @@ def press(*keys):
 
 
 def replace(text):
-    """Types the text over what the field holds."""
+    """Replaces the field's text."""
     def act(desktop, window):
         desktop.press("ctrl+a", "Delete")
         if text:
@@ -31,7 +31,7 @@ def replace(text):
 
 
 def click(right, bottom):
-    """Clicks so many pixels away from the window's right and bottom edges."""
+    """Clicks that many pixels from the window's right and bottom edges."""
     return lambda desktop, window: desktop.click(window, -right, -bottom)
 
 
@@ -52,7 +52,7 @@ def section(address, port):
 class Edit(NamedTuple):
     """One run of the tool."""
     name: str
-    before: Optional[bytes]  # the file's content; None: there is no file
+    before: Optional[bytes]  # the file's content; None: no file
     actions: list
     after: Optional[bytes] = None  # None: the file is left alone
 
@@ -86,7 +86,7 @@ WRITTEN = [
          [TAB, NEW_PORT, ENTER], section("", 81)),
     Edit("without_a_file", None, [NEW_ADDRESS, TAB, NEW_PORT, ENTER], CHANGED),
     Edit("with_an_empty_file", b"", [TAB, NEW_PORT, ENTER], section("", 81)),
-    # The field cannot hold such bytes, so its text differs from the file without any typing.
+    # The field cannot hold such bytes, so its text differs from the file's without any typing.
     Edit("bytes_that_are_no_text", b"[NVR]\nAddress caf\xe9\nPort 80\n", [ENTER],
          section("caf\ufffd", 80)),
 ]
@@ -95,7 +95,7 @@ TAG = "tag_orvistrand_2_1_rc_1_220329-103018"
 
 
 def rows(table):
-    """Gives a class one test for each row, which its method `check` judges."""
+    """Gives a class one test for each row, which calls its method `check`."""
     def decorate(cls):
         for row in table:
             setattr(cls, f"test_{row.name}", lambda self, row=row: self.check(row))
@@ -119,14 +119,14 @@ class Scenario(unittest.TestCase):
         self.settings = self.folder / "Settings"
 
     def store(self, content):
-        """Puts a settings file there; what the tool writes itself has another mode."""
+        """Creates a settings file; its mode differs from that of the tool's files."""
         self.folder.mkdir(parents=True, exist_ok=True)
         self.settings.write_bytes(content)
         self.settings.chmod(0o640)
         return Stored.of(self.settings)
 
     def open(self, folder=None, **options):
-        """Starts the tool, in the working directory or another; the process and its window."""
+        """Starts the tool, in self.work or another folder; returns the process and its window."""
         process = self.platform.start(self.desktop, folder or self.work, **options)
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
@@ -140,18 +140,18 @@ class Scenario(unittest.TestCase):
         return finish(process)
 
     def block_folder(self):
-        """Puts a file where a folder should be; the line that reports it."""
+        """Puts a file where a folder should be; returns the line that reports it."""
         (self.platform.common_data / "Quorvane").write_bytes(b"in the way")
         folder = self.platform.folder_text
         return f"[CRIT] GASSERT failed at configure.cpp:34 (CHECKF) ({folder})\n"
 
     def lose_data_folder(self):
-        """Leaves no application data folder to be found; the line that reports it."""
+        """Removes the application data folder; returns the line that reports it."""
         self.platform.common_data.rmdir()
         return "[CRIT] GASSERT failed at cutl_environment.cpp:106 (CHECKF) ()\n"
 
     def assert_evidence(self, result, program, stdout=""):
-        """That the program ended by a crash that it told about; what the dump holds."""
+        """Asserts that the program crashed and reported that; returns what the dump contains."""
         name = f"{program.stem}-{TAG}.dmp"
         stdout += (f"[CRIT] Wrote minidump for '{program.stem}' to '.\\dumps\\{name}', "
                    f"version '{TAG}'\n")
@@ -200,7 +200,7 @@ class Writing(Editing):
 
 
 class Starting(Scenario):
-    """Runs from other places than a folder of their own."""
+    """Runs in other working directories or with arguments."""
 
     def check_one_edit(self, **options):
         before = self.store(NVR)
@@ -225,7 +225,7 @@ class Starting(Scenario):
 
 
 class Failing(Scenario):
-    """Runs in which the world does not play along."""
+    """Runs in which the system refuses something."""
 
     CHANGE = (NEW_ADDRESS, TAB, NEW_PORT, ENTER)
 
@@ -278,7 +278,7 @@ class Failing(Scenario):
 
 
 class Stopping(Scenario):
-    """Runs that end by a fault: with the guard its status, without it the fault's own."""
+    """Runs that end by a fault; the status is the guard's or, without it, the fault's own."""
 
     def assert_stopped(self, line):
         """A failed check stops the tool before it has a window."""
@@ -315,19 +315,19 @@ class Stopping(Scenario):
 
 
 class Logging(Scenario):
-    """Lines on channels that are off or silent unless someone asks for them."""
+    """Lines on channels that are off or silent by default."""
 
     def test_only_a_change_is_logged(self):
         self.store(NVR)
         shown = ["--show", "NORM"]
         self.assert_ended(self.run_tool(ENTER, helper=shown))
-        # Nothing stands between the new address and port; readers of the log rely on it.
+        # There is nothing between the new address and port; tools that read the log rely on this.
         self.assert_ended(self.run_tool(NEW_ADDRESS, TAB, NEW_PORT, ENTER, helper=shown),
                           "[NORM] NVR connection changed from '10.0.0.1:80' to '10.0.0.281'\n")
 
 
 class Reporting(Scenario):
-    """From a failing check on a station to the page that shows it."""
+    """From a failed check on a station to the page that shows it."""
 
     def test_a_failure_is_on_the_page_with_its_backtrace(self):
         collector = self.platform.start(self.desktop, self.work, program=self.collector,

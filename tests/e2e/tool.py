@@ -1,4 +1,4 @@
-"""The tool under test: how it is started, where its settings lie, what it left behind."""
+"""The tool under test: how to start it, where its settings are, what it has left."""
 
 import contextlib
 import fcntl
@@ -12,7 +12,7 @@ from typing import NamedTuple
 from desktop import PATIENCE, ending_with_parent
 from dump import open_report
 
-# What root has to give up for a file's permissions to mean something to it.
+# The capabilities that root must drop for file permissions to apply to it.
 PRIVILEGES = "-dac_override,-dac_read_search"
 
 
@@ -30,7 +30,7 @@ class Result(NamedTuple):
 
 
 class Stored(NamedTuple):
-    """A file as it lies in its folder; equal only if nobody has touched it."""
+    """A stored file; two are equal only if nobody has touched it in between."""
     content: bytes
     mode: int
     inode: int
@@ -43,7 +43,7 @@ class Stored(NamedTuple):
 
 
 class Platform:
-    """What the tool is like everywhere."""
+    """What is the same on all platforms."""
 
     window_class = "^configure"
     crash_status = 129  # -127 in the eight bits of a status
@@ -59,9 +59,9 @@ class Platform:
         return Path(base) / "Quorvane" / "Orvistrand"
 
     def start(self, desktop, folder, arguments=(), program=None, helper=None, confined=False):
-        """Starts the tool with `folder` as its working directory, or the copy of it named
-        `program`, or, with a list of `helper` options, the build of it that offers them.
-        A confined one obeys file permissions even when root runs it."""
+        """Starts the tool with `folder` as its working directory, or its copy `program`, or,
+        with a list of `helper` options, configure_e2e. If confined, file permissions apply
+        to it even when root runs it."""
         program = [program or self.tool] if helper is None else [self.helper, *helper]
         return self.launch([*self._starter(confined), *program, *arguments], folder,
                            self._environment(desktop))
@@ -82,7 +82,7 @@ class Linux(Platform):
 
     @property
     def folder_text(self):
-        """The settings folder as messages spell it."""
+        """The settings folder as it appears in messages."""
         return rf"{self.common_data}\Quorvane\Orvistrand"
 
     @staticmethod
@@ -103,8 +103,8 @@ class Linux(Platform):
 
     @staticmethod
     def _environment(desktop):
-        """The desktop's, with what instrumented builds have to know: faults belong to the
-        tool's own guard, and only what our code does counts, not Qt and what is below it."""
+        """The desktop's, with options for sanitizers: faults are left to the tool's own guard,
+        and only our code is judged, not Qt and the libraries below it."""
         environment = desktop.environment()
         for sanitizer, options in SANITIZERS.items():
             given = environment.get(sanitizer)
@@ -113,7 +113,7 @@ class Linux(Platform):
 
 
 def confinement():
-    """The command prefix under which permissions bind; empty for ordinary users."""
+    """The command prefix under which permissions apply; empty for ordinary users."""
     if os.geteuid() != 0:
         return []
     return ["setpriv", f"--bounding-set={PRIVILEGES}", f"--inh-caps={PRIVILEGES}"]
@@ -132,8 +132,8 @@ def finish(process):
 
 @contextlib.contextmanager
 def set_aside(folder):
-    """Lends out an empty `folder`; what was in it comes back afterwards, even if
-    an earlier borrower was killed."""
+    """Empties `folder` for the duration of a run and restores its contents afterwards, even if
+    an earlier run was killed."""
     kept = folder.with_name(folder.name + ".kept")
     folder.mkdir(parents=True, exist_ok=True)
     with open(folder.with_name(folder.name + ".lock"), "w", encoding="ascii") as lock:
@@ -149,6 +149,6 @@ def set_aside(folder):
 
 
 def recreate(folder):
-    """Leaves an empty folder, whatever was there."""
+    """Makes an empty folder in place of whatever was there."""
     shutil.rmtree(folder, ignore_errors=True)
     folder.mkdir()

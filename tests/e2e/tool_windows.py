@@ -11,12 +11,12 @@ from tool import Platform
 
 
 class Windows(Platform):
-    """The tool in the folder it was built into, with a Wine prefix of its own. Wine runs
-    without root's privileges, so file permissions always mean something to the tool."""
+    """The tool in its build folder, with its own Wine prefix. Wine runs without root's
+    capabilities, so file permissions always apply to the tool."""
 
     stored_mode = None  # Windows lets a new file inherit its folder's permissions
     folder_text = r"C:\ProgramData\Quorvane\Orvistrand"
-    fault_status = 0xC0000005 & 0xFF  # that of the system for an access violation
+    fault_status = 0xC0000005 & 0xFF  # the system's for an access violation
     null_write = "Exception 0xc0000005"  # the cause of a dump
 
     def __init__(self, wine, tool, helper, prefix):
@@ -30,7 +30,7 @@ class Windows(Platform):
         return open_minidump(dump, program)
 
     def provoke_fault(self, process, address="0"):
-        """Has the main thread of the running tool jump to nowhere, or to an address."""
+        """Makes the running tool's main thread jump to address 0, or to the given one."""
         assert process.poll() is None
         provoke = self.tool.with_name("provoke_fault.exe")
         subprocess.run([self._wine, provoke, self.tool.name, address],
@@ -47,7 +47,7 @@ class Windows(Platform):
 
 @contextlib.contextmanager
 def fresh_prefix(wine):
-    """Lends out a new Wine prefix."""
+    """A new Wine prefix, removed at the end."""
     made = subprocess.run([wine, "--new-prefix"], check=True, stdout=subprocess.PIPE, text=True)
     prefix = Path(made.stdout.strip())
     try:

@@ -1,5 +1,5 @@
-; The installer of version 2.0, as far as an upgrade meets it: another set of files, and an
-; uninstaller that NSIS made.
+; An installer of version 2.0, as far as an upgrade needs it: with other files, and an uninstaller
+; made by NSIS.
 Unicode true
 !include LogicLib.nsh
 !define KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Orvistrand Configure"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs the Debian package on this machine as only this process sees it, starts the tool by
-# the menu's entry, and removes it again; prints what the trial then judges.
+# Installs the Debian package in namespaces that only this process sees, starts the tool by its menu
+# entry, and removes the package again; prints results for the trial to check.
 #
 #     on_a_machine.sh SCRATCH PACKAGE     as root of a mount and process namespace
 set -euo pipefail

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Tries what ./package left in dist/ the way its users would; ./package --try calls it.
+"""Tries the packages in dist/ the way their users would; ./package --try calls it.
 
-    tests/package/try_packages.py                     all of it
+    tests/package/try_packages.py                     all of them
     tests/package/try_packages.py Installer           one kind of package
 """
 
@@ -50,14 +50,14 @@ def build_of(folder):
 
 
 def snapshot(folder):
-    """What the folder holds: names, and the sums of files."""
+    """The folder's contents: names, and the checksums of files."""
     return {str(path.relative_to(folder)):
             hashlib.sha256(path.read_bytes()).hexdigest() if path.is_file() else "folder"
             for path in folder.rglob("*")}
 
 
 def run(*command, **options):
-    """What a command prints; it has to succeed."""
+    """What a command prints; it must succeed."""
     return subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE, **options).stdout
 
 
@@ -76,7 +76,7 @@ class Trial(unittest.TestCase):
         return folder / tops.pop()
 
     def check_contents(self, root, document):
-        """The package's own list has all of its files, with their sums, and nothing else."""
+        """The package's own list has all of its files, with their checksums, and nothing else."""
         listed = json.loads(document.read_text("utf-8"))
         self.assertEqual(listed["spdxVersion"], "SPDX-2.3")
         self.assertEqual({file["fileName"]: {entry["algorithm"]: entry["checksumValue"]
@@ -124,7 +124,7 @@ class WindowsTrial(Trial):
         return Windows(WINE, folder / "configure.exe", None, self.prefix)
 
     def wine(self, *command):
-        """The status of a Windows program without windows, once all its children have ended."""
+        """The status of a silent Windows program, once all its children have ended."""
         environment = {**self.desktop.environment(), "WINEPREFIX": str(self.prefix)}
         return finish(Windows.launch([WINE, *command], self.folder, environment)).status
 
@@ -169,7 +169,7 @@ class Archive(WindowsTrial):
 
 
 class Installer(WindowsTrial):
-    """On a machine of its own: install, run, refuse while it runs, repair, uninstall."""
+    """In a new prefix: install, run, refuse while it runs, repair, uninstall."""
 
     key = r"HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall\Orvistrand Configure"
 
@@ -183,13 +183,13 @@ class Installer(WindowsTrial):
         self.entry = self.menu / "Orvistrand Configure.lnk"
 
     def uninstall(self, folder=None):
-        """Its status; its own file goes a moment later."""
+        """The uninstaller's status, after its own file has been deleted, too."""
         status = self.wine((folder or self.installed) / "uninstall.exe", "/S")
         self.wine("--wait")
         return status
 
     def registered(self):
-        """What Windows shows about the program; nothing without an entry."""
+        """What Windows shows about the program; empty without an entry."""
         environment = {**self.desktop.environment(), "WINEPREFIX": str(self.prefix)}
         text = subprocess.run([WINE, "reg", "query", self.key], env=environment, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
@@ -201,9 +201,9 @@ class Installer(WindowsTrial):
         self.check_notices(self.installed)
         log = self.installed / "files" / "dumps.log"
         self.assertEqual(log.read_bytes(), b"")
-        log.unlink()  # made by the installer, so no part of the list
+        log.unlink()  # made by the installer, so not in the list
         self.check_contents(self.installed, self.installed / "orvistrand-configure.spdx.json")
-        # Wine's shell cannot open the entry, so it is read, and its program started there.
+        # Wine's shell cannot open the entry, so the test reads it and starts its program.
         link = self.entry.read_bytes()
         self.assertIn(rf"{INSTALLED}\configure.exe".encode("ascii"), link)
         place = re.escape(INSTALLED.encode("utf-16-le"))
@@ -241,7 +241,7 @@ class Installer(WindowsTrial):
         self.assertEqual(settings.read_bytes(), AFTER)
 
     def check_refused(self, *arguments):
-        """The installer gives up and leaves everything as it was."""
+        """Checks that the installer gives up and changes nothing."""
         before = snapshot(self.installed.parent), self.registered()
         self.assertEqual(self.wine(self.setup, "/S", *arguments), 2)
         self.assertEqual((snapshot(self.installed.parent), self.registered()), before)
@@ -337,7 +337,7 @@ osslsigncode sign -certs '{self.folder}/signer.pem' -key '{self.folder}/key.pem'
 
 
 class CrashOfAnOperator(WindowsTrial):
-    """A crash where the program is in use; the dump is opened where it was built."""
+    """A crash of the program in use; the dump is opened on the build machine."""
 
     def test_shows_the_function(self):
         folder = self.unpacked(the_only("*-win_i686.zip"), self.folder / "in use")
@@ -380,10 +380,10 @@ class DebugInformation(Trial):
     line = r"LineEntry: \S+ (\./)?configure/configure\.cpp:\d+"
 
     def check_link(self, program, folder):
-        """Checks that the program names its debug file in `folder`, with that file's sum."""
+        """Checks that the program refers to its debug file in `folder`, with its checksum."""
         name = program.name + ".debug"
         content = program.read_bytes()
-        # The name is filled up with zeros to a multiple of four, and the sum follows.
+        # The name is padded with zeros to a multiple of four; the checksum follows.
         link = content.rindex(name.encode("ascii") + b"\0")
         self.assertEqual(struct.unpack_from("<I", content, link + len(name) // 4 * 4 + 4)[0],
                          zlib.crc32((folder / name).read_bytes()))
@@ -392,7 +392,7 @@ class DebugInformation(Trial):
         folder = self.unpacked(the_only("*-win_i686.zip"), self.folder)
         self.assertEqual(self.unpacked(the_only("*-win_i686-debug.zip"), self.folder), folder)
         self.check_link(folder / "configure.exe", folder)
-        # Before 15, lldb does not follow the links of Windows programs by itself.
+        # Before version 15, lldb does not follow the links of Windows programs by itself.
         answer = lldb("target create configure.exe", "target symbols add configure.exe.debug",
                       self.question, folder=folder)
         self.assertRegex(answer, self.line)
@@ -493,7 +493,7 @@ class DebianPackage(Trial):
         platform = Linux(self.folder / "usr/bin/orvistrand-configure", None, state)
         settings = self.prepared_settings(platform)
         with Desktop() as desktop:
-            # The trial's folder takes the place of the machine's.
+            # The trial's folder in place of the machine's.
             process = platform.launch(["bwrap", "--dev-bind", "/", "/", "--bind", state,
                                        "/var/lib", platform.tool],
                                       self.folder, desktop.environment())
