@@ -71,11 +71,11 @@ def complaints(root):
     for folder, below in LIBRARIES.items():
         for file, module, used in read_includes(root / folder):
             if home.get(used) not in [folder, *below]:
-                yield f"{file.relative_to(root)} includes {used}, which is of no library below"
+                yield f"{file.relative_to(root)} includes {used}, which is in no library below"
             elif module in group_of and used in group_of and module != used:
                 includes.setdefault(module, set()).add(used)
                 if group_of[used] not in groups_below[group_of[module]]:
-                    yield f"{file.relative_to(root)} includes {used}, which is of a group above or beside it"
+                    yield f"{file.relative_to(root)} includes {used}, which is in a group above or beside it"
     for module in circles(includes):
         yield f"{module} includes itself by way of others"
 

@@ -93,7 +93,7 @@ install_packages() {
     done
     if ! apt_get install -y --no-install-recommends "${chosen[@]}" >>"$log" 2>&1; then
         tail -n 5 "$log" >&2
-        complain "apt-get could not install these packages; is there a network? All of its words are in $log"
+        complain "apt-get could not install these packages; is there a network? Its whole output is in $log"
         return 1
     fi
 }

@@ -14,7 +14,7 @@ QString name(QWidget* widget) {
     return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
 }
 
-// The picture that the widget shows; null for widgets without one of their own.
+// The picture that the widget shows; null for widgets that have none.
 QPixmap pictureOf(QWidget* widget) {
     if (const auto* const button = qobject_cast<QT_Button*>(widget))
         return button->picture();

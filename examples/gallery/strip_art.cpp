@@ -10,7 +10,7 @@ namespace {
 constexpr int kWidth = 30;
 constexpr int kHeight = 26;
 constexpr int kGap = 1;
-constexpr qreal kSign = 10; // the edge of a character's square
+constexpr qreal kSign = 10; // the size of a character's square
 
 // In a square from 0 to 1.
 QPainterPath outlineOf(QChar sign) {

@@ -56,7 +56,7 @@ protected:
 
     /// Runs the tool; once its dialog is open, calls `operate` and then presses Enter.
     static void run(const std::function<void(const Window&)>& operate) {
-        // There is no event loop yet: the call waits until the tool has one.
+        // There is no event loop yet; the call is queued until the tool runs one.
         QTimer atDialog;
         atDialog.setSingleShot(true);
         bool closed = false;

@@ -40,8 +40,8 @@ if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
     set(ORVISTRAND_PDB ON)
     find_package(Python3 3.9 REQUIRED COMPONENTS Interpreter)
 elseif(CMAKE_TOOLCHAIN_FILE MATCHES clang)
-    message(WARNING "${CMAKE_BINARY_DIR} stays with the compiler that it was made for, whose "
-        "programs have no PDB. Remove it once.")
+    message(WARNING "${CMAKE_BINARY_DIR} was configured for another compiler, whose programs have "
+        "no PDB. Remove this folder once.")
 endif()
 function(orvistrand_pdb name)
     set(pdbName "$<TARGET_FILE_BASE_NAME:${name}>.pdb")

@@ -28,7 +28,7 @@ why_failed() {
         reason=$(grep -aEim1 '(^| )(E|error|fatal error)( [^ ]+)?:' "$1" || tail -n 1 "$1")
         reason=${reason:0:200}
     fi
-    printf '%s (all of it: %s)' "${reason:-it ended without a word}" "$1"
+    printf '%s (all of it: %s)' "${reason:-it gave no reason}" "$1"
 }
 
 # logged COMMAND...: runs it with its output in the log of the step.
