@@ -3,7 +3,7 @@
 #include "core_tokenizer.h"
 #include "core_varargs.h"
 #include "fuzz_input.h"
-#include "log_recorder.h"
+#include "testing_logrecorder.h"
 #include "utl_inireader.h"
 
 #include <map>

@@ -14,6 +14,7 @@ LIBRARIES = {
     "libs/core": ["libs/textmarkup", "libs/utf"],
     "libs/utils": ["libs/core", "libs/utf"],
     "libs/kern": ["libs/core"],
+    "libs/testing": ["libs/kern", "libs/core"],
     "libs/qt/widgets/lib": ["libs/kern", "libs/core"],
     "libs/qt/designer": ["libs/qt/widgets/lib"],
     "collect": ["libs/kern", "libs/utils", "libs/core", "libs/textmarkup",

@@ -4,8 +4,8 @@
 #include "core_assert.h"
 #include "core_failurereport.h"
 #include "core_log.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_logrecorder.h"
 
 #include <filesystem>
 #include <functional>

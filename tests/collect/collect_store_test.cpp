@@ -4,8 +4,8 @@
 #include "collect_lines.h"
 #include "collect_lock.h"
 #include "core_timespec.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 

@@ -1,9 +1,9 @@
 #include "configure.h"
 
-#include "check_recorder.h"
 #include "cutl_environment.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <QAccessible>
 #include <QApplication>

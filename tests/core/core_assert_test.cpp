@@ -1,6 +1,5 @@
 // Checks, and what happens when they fail.
 
-#include "check_recorder.h"
 #include "child_process.h"
 #include "core_assert.h"
 #include "core_check.h"
@@ -9,9 +8,11 @@
 #include "core_testinterface.h"
 #include "core_timespec.h"
 #include "core_varargs.h"
-#include "log_recorder.h"
 #include "output_capture.h"
+#include "scripted_log.h"
 #include "temp_folder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>

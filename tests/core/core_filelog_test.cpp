@@ -1,8 +1,8 @@
 #include "core_filelog.h"
 
 #include "core_log.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 
 #include "child_process.h"
 #include "core_commandline.h"
-#include "log_recorder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 

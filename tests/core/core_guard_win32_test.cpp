@@ -1,6 +1,6 @@
 #include "core_guard.h"
 #include "core_v2masterlogger.h"
-#include "log_recorder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 

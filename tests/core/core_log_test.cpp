@@ -1,7 +1,7 @@
 #include "core_log.h"
 
-#include "log_recorder.h"
 #include "output_capture.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 

@@ -3,8 +3,8 @@
 #include "core_reportsettings.h"
 #include "core_wrapper.h"
 #include "internal/core_assertexclude.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,13 +1,13 @@
 // Addresses, sockets and datagrams.
 
-#include "check_recorder.h"
 #include "core_inet.h"
 #include "core_inet_types.h"
 #include "core_udp4socket.h"
 #include "core_varargs.h"
 #include "internal/core_inet_system.h"
 #include "internal/core_smartsocket_system.h"
-#include "log_recorder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <cstring>
 #include <functional>

@@ -2,7 +2,7 @@
 
 #include "core_varargs.h"
 #include "internal/core_stacktrace_lines.h"
-#include "log_recorder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 

@@ -1,6 +1,5 @@
 // What a program learns of itself and asks of its system.
 
-#include "check_recorder.h"
 #include "child_process.h"
 #include "core_commandline.h"
 #include "core_paths.h"
@@ -8,8 +7,9 @@
 #include "core_utf.h"
 #include "core_wrapper.h"
 #include "internal/core_wrapper_system.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // Moments, dates and durations.
 
-#include "check_recorder.h"
 #include "core_time.h"
 #include "core_timespec.h"
+#include "testing_checkrecorder.h"
 
 #include <chrono>
 #include <cstdlib>

@@ -5,8 +5,9 @@
 #include "core_globals.h"
 #include "core_guard.h"
 #include "core_log.h"
-#include "log_recorder.h"
 #include "output_capture.h"
+#include "scripted_log.h"
+#include "testing_logrecorder.h"
 
 #include <atomic>
 #include <chrono>

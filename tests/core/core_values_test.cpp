@@ -1,11 +1,11 @@
 // Enumerations, fixed-point numbers, buffers and lists.
 
-#include "check_recorder.h"
 #include "core_deprecated_glist.h"
 #include "core_enum.h"
 #include "core_fixedpoint.h"
 #include "core_guniquebuf.h"
 #include "core_varargs.h"
+#include "testing_checkrecorder.h"
 
 #include <array>
 #include <gmock/gmock.h>

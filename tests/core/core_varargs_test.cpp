@@ -1,6 +1,6 @@
 #include "core_varargs.h"
 
-#include "check_recorder.h"
+#include "testing_checkrecorder.h"
 
 #include <clocale>
 #include <functional>

@@ -4,7 +4,7 @@
 #include "core_testinterface.h"
 #include "core_udp4socket.h"
 #include "element_text.h"
-#include "log_recorder.h"
+#include "testing_logrecorder.h"
 
 #include <sys/resource.h>
 

@@ -4,8 +4,8 @@
 #include "core_guard.h"
 #include "core_log.h"
 #include "core_paths.h"
-#include "log_recorder.h"
 #include "qt_fatalmessages.h"
+#include "scripted_log.h"
 
 #include <QCoreApplication>
 #include <QTimer>

@@ -12,6 +12,7 @@ run(${CMAKE_COMMAND} -S "${SOURCE}" -B "${scratch}/user" -G Ninja
     "-DCMAKE_CXX_COMPILER=${COMPILER}" "-DCMAKE_PREFIX_PATH=${scratch}/installed")
 run(${CMAKE_COMMAND} --build "${scratch}/user")
 run("${scratch}/user/user")
+run("${scratch}/user/user_test")
 
 message(STATUS "Found by pkg-config, and moved")
 file(RENAME "${scratch}/installed" "${scratch}/moved")
@@ -22,6 +23,7 @@ execute_process(COMMAND pkg-config --cflags --libs orvistrand-utils
     OUTPUT_VARIABLE flags COMMAND_ERROR_IS_FATAL ANY)
 separate_arguments(flags UNIX_COMMAND "${flags}")
 run(${COMPILER} -std=c++20 "${SOURCE}/user.cpp" ${flags} -o "${scratch}/by-pkg-config")
+run(pkg-config --exists --print-errors orvistrand-testing orvistrand-qtwidgets)
 run("${scratch}/by-pkg-config")
 
 message(STATUS "As a part of the other project")

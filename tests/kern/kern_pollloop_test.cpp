@@ -1,10 +1,10 @@
 #include "kern_pollloop.h"
 
-#include "check_recorder.h"
 #include "core_udp4socket.h"
 #include "internal/kern_pollloop_system.h"
 #include "kern_descriptorinterface.h"
 #include "kern_timerinterface.h"
+#include "testing_checkrecorder.h"
 
 #include <functional>
 #include <gmock/gmock.h>

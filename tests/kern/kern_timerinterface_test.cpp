@@ -1,19 +1,37 @@
 #include "kern_timerinterface.h"
 
-#include "check_recorder.h"
+#include "core_varargs.h"
 #include "kern_pollloop.h"
-#include "scripted_timers.h"
+#include "kern_servermanagers.h"
+#include "testing_checkrecorder.h"
 
 #include <functional>
 #include <gmock/gmock.h>
 #include <optional>
+#include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
 using test::FailedCheck;
-using test::ScriptedTimers;
 using testing::ElementsAre;
+
+/// A timer manager that notes what it is asked and answers what the test says.
+struct ScriptedTimers : kern::TimerManager {
+    int64_t startTimer(uint32_t interval, kern::TimerInterface*) override {
+        calls.push_back(core::format("start %u", interval));
+        return nextId;
+    }
+    int32_t removeTimers(kern::TimerInterface*) override { return removed; }
+    void killTimer(int64_t id, kern::TimerInterface*) override {
+        calls.push_back(core::format("kill %d", id));
+    }
+
+    std::vector<std::string> calls;
+    int64_t nextId = 1;
+    int32_t removed = -1;
+};
 
 struct Clock final : kern::TimerInterface {
     void timerExpired(int64_t) override {}

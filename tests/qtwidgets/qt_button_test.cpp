@@ -1,9 +1,9 @@
 #include "qt_button.h"
 
-#include "check_recorder.h"
 #include "picture_art.h"
 #include "play.h"
-#include "scripted_timers.h"
+#include "testing_checkrecorder.h"
+#include "testing_manualtimers.h"
 
 #include <gmock/gmock.h>
 
@@ -32,7 +32,7 @@ protected:
     ~Button() override { EXPECT_THAT(checks.take(), IsEmpty()); }
 
     test::CheckRecorder checks;
-    test::ScriptedTimers timers;
+    test::ManualTimers timers;
     QWidget window;
     QT_Button button{QPixmap::fromImage(square(20, 'K').copy(0, 0, 20, 10)), &window};
     test::Heard heard{button};
@@ -117,26 +117,29 @@ TEST_F(Button, IsHotWhereThePointerIs) {
 TEST_F(Button, TicksByItsSchedule) {
     button.setSchedule({{0, 500}, {1, 100}});
     test::play(button, "+20,15");
-    ASSERT_EQ(timers.lastOwner,
-              qobject_cast<kern::TimerInterface*>(static_cast<QObject*>(&button)));
-    timers.lastOwner->timerExpired(2); // not its own
-    timers.expire();
-    EXPECT_EQ(heard.take(), "scheduleChanged, pressed, clicked");
-    timers.expire(); // nothing for tick 2
+    auto* const timed = qobject_cast<kern::TimerInterface*>(static_cast<QObject*>(&button));
+    ASSERT_NE(timed, nullptr);
+    timed->timerExpired(77); // not its own
+    timers.advance(499);
+    EXPECT_EQ(heard.take(), "scheduleChanged, pressed");
+    timers.advance(1);
+    EXPECT_EQ(heard.take(), "clicked");
+    timers.advance(99);
+    EXPECT_EQ(button.tickCount(), 1);
+    timers.advance(1); // nothing for tick 2
     EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_button.cpp"));
     EXPECT_EQ(button.tickCount(), 2);
     EXPECT_EQ(button.period(), 100);
     test::play(button, "-20,15");
     EXPECT_EQ(heard.take(), "clicked, released, spinningComplete, clicked, triggered");
-    timers.expire(); // too late
-    EXPECT_EQ(button.tickCount(), 2);
+    EXPECT_EQ(timers.running(), 0U);
     test::play(button, "+Space");
+    timers.advance(499);
     EXPECT_EQ(button.tickCount(), 0) << "a new sequence";
-    timers.expire();
+    timers.advance(1);
     test::play(button, "Esc -Space");
     EXPECT_EQ(heard.take(), "pressed, clicked, released, spinningComplete");
-    EXPECT_THAT(timers.calls, ElementsAre("start 500", "kill 1", "start 100", "kill 1", "start 500",
-                                          "kill 1", "start 100", "kill 1"));
+    EXPECT_EQ(timers.running(), 0U);
     EXPECT_EQ(QT_Button::repeating(500, 100).rbegin()->first, 36000);
 }
 
@@ -154,7 +157,7 @@ TEST_F(Button, TicksClickWhereAReleaseWould) {
     QObject::connect(&button, &QT_Button::clicked, [&] { button.setEnabled(false); });
     test::play(button, "~20,15");
     timers.expire();
-    EXPECT_EQ(timers.calls.back(), "kill 1");
+    EXPECT_EQ(timers.running(), 0U);
 }
 
 TEST_F(Button, ShowsTheFocusToThoseWhoUseKeys) {

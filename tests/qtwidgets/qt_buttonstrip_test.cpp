@@ -1,9 +1,9 @@
 #include "qt_buttonstrip.h"
 
-#include "check_recorder.h"
 #include "picture_art.h"
 #include "play.h"
 #include "qt_buttonstrips.h"
+#include "testing_checkrecorder.h"
 
 #include <QHelpEvent>
 #include <QToolTip>

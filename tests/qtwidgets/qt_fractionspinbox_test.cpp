@@ -1,8 +1,8 @@
 #include "qt_fractionspinbox.h"
 
-#include "check_recorder.h"
-#include "log_recorder.h"
 #include "play.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <gmock/gmock.h>
 #include <limits>

@@ -1,7 +1,7 @@
 #include "qt_iconwidget.h"
 
-#include "check_recorder.h"
 #include "picture_art.h"
+#include "testing_checkrecorder.h"
 
 #include <gmock/gmock.h>
 

@@ -1,7 +1,7 @@
 #include "qt_spinslider.h"
 
-#include "check_recorder.h"
 #include "play.h"
+#include "testing_checkrecorder.h"
 
 #include <QSlider>
 #include <QSpinBox>

@@ -1,7 +1,7 @@
 #include "qt_timermanager.h"
 
-#include "check_recorder.h"
 #include "kern_timerinterface.h"
+#include "testing_checkrecorder.h"
 
 #include <QTest>
 

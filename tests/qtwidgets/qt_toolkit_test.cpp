@@ -3,7 +3,7 @@
 #include "forms.h"
 #include "picture_art.h"
 #include "play.h"
-#include "scripted_timers.h"
+#include "testing_manualtimers.h"
 
 #include <QAccessible>
 #include <QSignalSpy>
@@ -180,24 +180,23 @@ public Q_SLOTS:
 // What people, screen readers, timers and programs do with a widget, as long as it is there.
 using Victim = const QPointer<QWidget>&;
 
-void click(Victim widget, test::ScriptedTimers&) {
+void click(Victim widget, test::ManualTimers&) {
     const QPoint at = widget->mapTo(widget->window(), {8, 8});
     QTest::mouseClick(widget->window()->windowHandle(), Qt::LeftButton, {}, at);
 }
-void space(Victim widget, test::ScriptedTimers&) { QTest::keyClick(widget, Qt::Key_Space); }
-void pressByReader(Victim widget, test::ScriptedTimers&) {
+void space(Victim widget, test::ManualTimers&) { QTest::keyClick(widget, Qt::Key_Space); }
+void pressByReader(Victim widget, test::ManualTimers&) {
     auto* access = QAccessible::queryAccessibleInterface(widget);
     if (access->childCount() > 0)
         access = access->child(0);
     if (auto* const actions = access->actionInterface())
         actions->doAction(QAccessibleActionInterface::pressAction());
 }
-void tick(Victim widget, test::ScriptedTimers& timers) {
+void tick(Victim widget, test::ManualTimers& timers) {
     QTest::mousePress(widget, Qt::LeftButton, {}, {8, 8});
-    if (widget != nullptr && timers.lastOwner != nullptr)
-        timers.expire();
+    timers.expire();
 }
-void change(Victim widget, test::ScriptedTimers&) {
+void change(Victim widget, test::ManualTimers&) {
     for (const QMetaProperty& property : propertiesOf(*widget)) {
         if (widget != nullptr)
             property.write(widget, otherValue(property, property.read(widget)));
@@ -217,7 +216,7 @@ TEST(Toolkit, MayBeDeletedByEachOfTheirSlots) {
                 continue;
             int deleted = 0;
             for (const auto act : {&click, &space, &pressByReader, &tick, &change}) {
-                test::ScriptedTimers timers;
+                test::ManualTimers timers;
                 Form form;
                 const QPointer<QWidget> widget = form.findChild<QWidget*>(name);
                 form.button->setSchedule({{0, 1}, {1, 1}});

@@ -1,8 +1,8 @@
 #include "qt_widgetbuilder.h"
 
-#include "check_recorder.h"
 #include "core_varargs.h"
-#include "log_recorder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <QBoxLayout>
 #include <QDialog>

@@ -1,6 +1,6 @@
 #include "cutl_environment.h"
 
-#include "check_recorder.h"
+#include "testing_checkrecorder.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>

@@ -1,6 +1,6 @@
 #include "internal/utl_file_system.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_logrecorder.h"
 #include "utl_file.h"
 #include "utl_fileutils.h"
 #include "utl_inireader.h"

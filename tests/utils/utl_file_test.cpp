@@ -1,12 +1,12 @@
 #include "utl_file.h"
 
-#include "check_recorder.h"
 #include "core_guniquebuf.h"
 #include "core_varargs.h"
 #include "core_wrapper.h"
 #include "internal/utl_file_system.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 #include "utl_fileutils.h"
 
 #include <algorithm>

@@ -1,6 +1,6 @@
 #include "core_wrapper.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_logrecorder.h"
 #include "utl_file.h"
 #include "utl_fileutils.h"
 

@@ -1,9 +1,9 @@
 #include "utl_fileutils.h"
 
-#include "check_recorder.h"
 #include "core_varargs.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 
 #include <cerrno>
 #include <filesystem>

@@ -1,10 +1,10 @@
 // The reader and the writer of settings files.
 
-#include "check_recorder.h"
 #include "core_guniquebuf.h"
 #include "core_varargs.h"
-#include "log_recorder.h"
 #include "temp_folder.h"
+#include "testing_checkrecorder.h"
+#include "testing_logrecorder.h"
 #include "utl_inireader.h"
 #include "utl_iniwriter.h"
 

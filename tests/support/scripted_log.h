@@ -5,10 +5,8 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <mutex>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace test {
 
@@ -53,27 +51,6 @@ public:
 private:
     OnLine d_onLine;
     std::function<void()> d_onDestroyed;
-};
-
-/// While it lives, the named channels are watched and their lines kept.
-class LogRecorder {
-public:
-    explicit LogRecorder(std::initializer_list<int32_t> channels = {core::kChannelWarn})
-        : d_observer(channels, [this](const std::string& line) {
-              const std::lock_guard lock(d_mutex);
-              d_lines.push_back(line);
-          }) {}
-
-    /// The lines since the last call, in order.
-    std::vector<std::string> take() {
-        const std::lock_guard lock(d_mutex);
-        return std::exchange(d_lines, {});
-    }
-
-private:
-    std::mutex d_mutex;
-    std::vector<std::string> d_lines;
-    ScriptedObserver d_observer; // last, so that it goes first
 };
 
 } // namespace test

@@ -9,11 +9,13 @@
 #include <utility>
 #include <vector>
 
+/// What tests of programs on these libraries need, for GoogleTest. testing_matchers.h asks
+/// what one call does; the recorders have it for a whole test.
 namespace test {
 
-/// One failed check as the slot's handler received it.
+/// A failed check, as a handler is told of it; see core::FailureHandler.
 struct FailedCheck {
-    std::string condition;
+    std::string condition; ///< "CHECKF", or an assertion's own text
     std::string file;
     int32_t line = 0;
     int32_t level = 0;
@@ -26,25 +28,31 @@ struct FailedCheck {
     }
 };
 
-/// While it lives, failed checks are recorded here and answered with "continue".
-/// One at a time; checks may fail on any thread.
+/// While it lives, failed checks of all threads are recorded here, and the program goes on.
+/// Nobody else is told of them. Of several the newest records; they are destroyed in the
+/// opposite order of their making, on any thread.
 class CheckRecorder {
 public:
-    CheckRecorder() : d_previous(core::failureHandler()) {
-        s_recorded.clear();
+    CheckRecorder() : d_handler(core::failureHandler()) {
+        const std::lock_guard lock(s_mutex);
+        d_outer = std::exchange(s_newest, this);
         core::detail::storeFailureHandler(&record);
     }
-    ~CheckRecorder() { core::detail::storeFailureHandler(d_previous); }
+    ~CheckRecorder() {
+        const std::lock_guard lock(s_mutex);
+        s_newest = d_outer;
+        core::detail::storeFailureHandler(d_handler);
+    }
     CheckRecorder(const CheckRecorder&) = delete;
     CheckRecorder& operator=(const CheckRecorder&) = delete;
 
     /// The checks that failed since the last call, in order.
     std::vector<FailedCheck> take() {
         const std::lock_guard lock(s_mutex);
-        return std::exchange(s_recorded, {});
+        return std::exchange(d_failed, {});
     }
 
-    /// The same by condition and file, "CHECKF qt_button.cpp", where lines may move.
+    /// The same by condition and file, "CHECKF viewer.cpp", where lines may move.
     std::vector<std::string> takeSites() {
         std::vector<std::string> sites;
         for (const FailedCheck& check : take())
@@ -56,17 +64,20 @@ private:
     static bool record(const char* condition, const char* file, int32_t line, int32_t level,
                        const std::string& message) {
         const std::lock_guard lock(s_mutex);
-        s_recorded.push_back(
-            {condition != nullptr ? condition : "(null)", file, line, level, message});
+        if (s_newest != nullptr) // else it has just gone
+            s_newest->d_failed.push_back(
+                {condition != nullptr ? condition : "(null)", file, line, level, message});
         return false;
     }
 
     inline static std::mutex s_mutex;
-    inline static std::vector<FailedCheck> s_recorded;
-    core::FailureHandler d_previous;
+    inline static CheckRecorder* s_newest = nullptr;
+    CheckRecorder* d_outer;
+    core::FailureHandler d_handler;
+    std::vector<FailedCheck> d_failed;
 };
 
-/// Sets the assertion level for a scope.
+/// Sets the assertion level for a scope; see core::assertionLevel.
 class ScopedAssertionLevel {
 public:
     explicit ScopedAssertionLevel(int32_t level) : d_previous(core::assertionLevel()) {
