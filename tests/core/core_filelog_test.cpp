@@ -1,6 +1,7 @@
 #include "core_filelog.h"
 
 #include "core_log.h"
+#include "core_timespec.h"
 #include "temp_folder.h"
 #include "testing_logrecorder.h"
 
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <sstream>
 #include <thread>
 
 namespace {
@@ -34,9 +36,21 @@ TEST(FileLog, WritesLinesThatNoTextCanForge) {
     EXPECT_EQ(test::readFile(path), "") << "only CRIT and WARN are urgent";
     core::Logger logger(7);
     core::logText(logger, core::kChannelWarn, "two\nthree\x1b[31m\r\t");
-    const std::regex head(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d+ [+-]\d{4} \[\d+\])");
-    EXPECT_EQ(std::regex_replace(test::readFile(path), head, "HEAD"),
+    const std::regex head(R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} [+-]\d{4} \[\d+\])");
+    const std::string text = test::readFile(path);
+    EXPECT_EQ(std::regex_replace(text, head, "HEAD"),
               "HEAD INFO one\nHEAD WARN {7} two\n\tthree?[31m?\t\n");
+    core::CivilTime told{};
+    std::istringstream parts(std::regex_replace(text.substr(0, 19), std::regex("[-:]"), " "));
+    parts >> told.year >> told.month >> told.day >> told.hour >> told.minute >> told.second;
+    const int64_t now = core::secondsOfCivilTime(core::localCivilTime(core::now()));
+    EXPECT_LT(std::abs(core::secondsOfCivilTime(told) - now), 600);
+
+    test::LogRecorder lines;
+    const core::FileLogImpl none({.path = folder / "none" + "/a.log"});
+    EXPECT_FALSE(none.isOpen());
+    EXPECT_THAT(lines.take(), ElementsAre("WARN core::FileLogImpl(" + (folder / "none/a.log") +
+                                          ") - failed opening : No such file or directory"));
 }
 
 TEST(FileLog, LosesNothingWhenThreadsMeetARotation) {
@@ -81,16 +95,13 @@ TEST(FileLog, KeepsABoundedNumberOfFilesAndAppends) {
     }
     ASSERT_THAT(folder.names(), ElementsAre("a.log", "a.log.1", "a.log.2"));
     EXPECT_NE(test::readFile(folder / "a.log.2").find(" 12 "), std::string::npos);
-    EXPECT_NE(test::readFile(folder / "a.log").find(" 14 "), std::string::npos);
-}
-
-TEST(FileLog, SaysWhyItDoesNotOpen) {
-    const test::TempFolder folder;
-    test::LogRecorder lines;
-    const core::FileLogImpl log({.path = folder / "none" + "/a.log"});
-    EXPECT_FALSE(log.isOpen());
-    EXPECT_THAT(lines.take(), ElementsAre(testing::EndsWith("failed opening : No such file or "
-                                                            "directory")));
+    const std::string last = test::readFile(folder / "a.log");
+    EXPECT_NE(last.find(" 14 "), std::string::npos);
+    {
+        const Installed installed({.path = folder / "a.log", .maxSize = 2 * last.size()});
+        core::logf(core::kChannelInfo, "14 %s", std::string(30, '.'));
+    }
+    EXPECT_EQ(test::readFile(folder / "a.log").size(), 2 * last.size()) << "it just fits";
 }
 
 } // namespace

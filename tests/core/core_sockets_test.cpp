@@ -180,15 +180,19 @@ TEST(Udp4Socket, CarriesDatagramsUpToTheLimit) {
     EXPECT_FALSE(sender.send("127.0.0.1", port, beyond));
     EXPECT_FALSE(sender.send("127.0.0.1", 65536 + port, "four"));
     EXPECT_FALSE(sender.send("127.0.0", port, "four"));
-    const std::string function = "WARN core::Udp4Socket::send";
-    EXPECT_THAT(
-        log.take(),
-        ElementsAre(
-            StartsWith(core::format("%s(%u,%u,127.0.0.1) - failed in sendto (%u: ", function,
-                                    tooLong, port, core::detail::kMessageTooLong)),
-            core::format("%s(4,%u,127.0.0.1) - failed to set sockaddr", function, 65536 + port),
-            "WARN core::SetSockAddr - invalid ip '127.0.0'",
-            core::format("%s(4,%u,127.0.0) - failed to set sockaddr", function, port)));
+    EXPECT_FALSE(sender.send("255.255.255.255", port, "four")) << "needs permission";
+    const auto failed = [](uint64_t length, uint32_t to, const char* ip, const std::string& what) {
+        return StartsWith(core::format("WARN core::Udp4Socket::send(%u,%u,%s) - failed %s", length,
+                                       to, ip, what));
+    };
+    const std::string tooLongError = core::format("in sendto (%u: ", core::detail::kMessageTooLong);
+    EXPECT_THAT(log.take(),
+                ElementsAre(failed(tooLong, port, "127.0.0.1", tooLongError),
+                            failed(4, 65536 + port, "127.0.0.1", "to set sockaddr"),
+                            "WARN core::SetSockAddr - invalid ip '127.0.0'",
+                            failed(4, port, "127.0.0", "to set sockaddr"),
+                            testing::AllOf(failed(4, port, "255.255.255.255", "in sendto ("),
+                                           testing::Not(testing::HasSubstr(tooLongError)))));
 }
 
 TEST(Udp4Socket, LeavesTheGroupsOfAnInterfaceAndAtLastAll) {

@@ -115,10 +115,12 @@ TEST_F(MasterLog, StandardOutputShowsEchoesAndChannelsThatAreNone) {
         MasterLogger::setChannelEnabled(0, true);
         MasterLogger::setChannelEnabled(1024, true);
         core::logText(1000, "100% text");
+        core::logText(channel + 1, "n");
         core::logText(-3, "t");
     });
     EXPECT_EQ(output.out, "[CRIT] {42} with id\n[ABCDEFGHIJKLMNO] cut\n" + faultText(638) +
                               faultText(638) + faultText(387) + "[1000??] 100% text" +
+                              faultText(387) + "[" + std::to_string(channel + 1) + "??] n" +
                               faultText(387) + "[-3??] t");
 }
 
@@ -222,7 +224,11 @@ TEST_F(MasterLog, ObserverMayUnregisterOthersAndDestroyItself) {
     MasterLogger::registerObserver(&first);
     first.setBusy(true);
     EXPECT_EQ(captureOutput(log).out, faultText(802));
-    EXPECT_THAT(take(), ElementsAre("first WARN t", "suicidal WARN t", "first WARN t"));
+    MasterLogger::unregisterObserver(&first); // busy no more
+    MasterLogger::registerObserver(&first);
+    EXPECT_EQ(captureOutput(log).out, "");
+    EXPECT_THAT(take(),
+                ElementsAre("first WARN t", "suicidal WARN t", "first WARN t", "first WARN t"));
 }
 
 // As would those of a check, which is logged as well.
