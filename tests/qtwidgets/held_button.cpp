@@ -11,39 +11,34 @@
 
 namespace {
 
-void say(const char* what) {
-    std::puts(what);
-    std::fflush(stdout);
-}
-
 class HeldButton : public QT_Button {
 public:
-    explicit HeldButton(const QPixmap& picture) : QT_Button(picture) {
-        setSchedule(repeating(50, 50));
-        connect(this, &QT_Button::clicked, [] { say("clicked"); });
-        connect(this, &QT_Button::pressed, [] { say("pressed"); });
-        connect(this, &QT_Button::released, [] { say("released"); });
-    }
+    using QT_Button::QT_Button;
 
 protected:
     void tick() override {
-        say("tick");
+        std::puts("tick");
         QT_Button::tick();
     }
     void mouseMoveEvent(QMouseEvent* event) override {
         QT_Button::mouseMoveEvent(event);
-        say(rect().contains(event->pos()) ? "over" : "away");
+        std::puts(rect().contains(event->pos()) ? "over" : "away");
     }
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
     const QApplication application(argc, argv);
     const NS_QT::QtTimerManager timers;
     QPixmap picture(80, 80);
     picture.fill(Qt::blue);
     HeldButton button(picture);
+    button.setSchedule(QT_Button::repeating(50, 50));
+    QObject::connect(&button, &QT_Button::clicked, [] { std::puts("clicked"); });
+    QObject::connect(&button, &QT_Button::pressed, [] { std::puts("pressed"); });
+    QObject::connect(&button, &QT_Button::released, [] { std::puts("released"); });
     button.setFixedSize(button.sizeHint());
     button.show();
     return QApplication::exec();

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <QAccessible>
 #include <QApplication>
 #include <QKeySequence>
 #include <QMetaMethod>
 #include <QMouseEvent>
+#include <QPointer>
 #include <QTest>
 #include <QWidget>
 
@@ -14,11 +16,20 @@
 
 namespace test {
 
-/// Does to a widget what the words of the script say. "+20,15" presses the left mouse button
-/// there, "~20,15" moves the held pointer, "-20,15" releases it; ">" and "<" press and release
-/// the right one. "+Space" and "-Space" press and release a key, "*Space" repeats it while it
-/// is held, and "Space" does both. Words in small letters are states and events of the widget.
-inline void play(QWidget& widget, const QString& script) {
+inline void pressAsAReaderDoes(QWidget& widget) {
+    auto* access = QAccessible::queryAccessibleInterface(&widget);
+    if (access->childCount() > 0)
+        access = access->child(0);
+    if (auto* const actions = access->actionInterface())
+        actions->doAction(QAccessibleActionInterface::pressAction());
+}
+
+/// Does to a widget what the words of the script say, as long as there is one. "+20,15"
+/// presses the left mouse button there, "~20,15" moves the held pointer, "-20,15" releases it;
+/// ">" and "<" press and release the right one. "+Space" and "-Space" press and release a key,
+/// "*Space" repeats it while it is held, and "Space" does both. Words in small letters are
+/// states and events; "press" is what a screen reader does.
+inline void play(QWidget& played, const QString& script) {
     static const std::map<QChar, std::pair<QEvent::Type, Qt::MouseButton>> kMouse{
         {'+', {QEvent::MouseButtonPress, Qt::LeftButton}},
         {'-', {QEvent::MouseButtonRelease, Qt::LeftButton}},
@@ -27,16 +38,18 @@ inline void play(QWidget& widget, const QString& script) {
         {'~', {QEvent::MouseMove, Qt::NoButton}}};
     static const std::map<QChar, QTest::KeyAction> kKeys{{'+', QTest::Press},
                                                          {'-', QTest::Release}};
-    const auto send = [&](QEvent&& event) { QApplication::sendEvent(&widget, &event); };
+    const QPointer<QWidget> widget(&played);
+    const auto send = [&](QEvent&& event) { QApplication::sendEvent(widget, &event); };
     const std::map<QString, std::function<void()>> words{
-        {"on", [&] { widget.setEnabled(true); }},
-        {"off", [&] { widget.setEnabled(false); }},
-        {"focus", [&] { widget.setFocus(); }},
-        {"blur", [&] { widget.clearFocus(); }},
+        {"on", [&] { widget->setEnabled(true); }},
+        {"off", [&] { widget->setEnabled(false); }},
+        {"focus", [&] { widget->setFocus(); }},
+        {"blur", [&] { widget->clearFocus(); }},
         {"enter", [&] { send(QEvent(QEvent::Enter)); }},
         {"leave", [&] { send(QEvent(QEvent::Leave)); }},
         {"away", [&] { send(QEvent(QEvent::WindowDeactivate)); }},
-        {"hidden", [&] { widget.hide(), widget.show(); }}};
+        {"hidden", [&] { widget->hide(), widget->show(); }},
+        {"press", [&] { pressAsAReaderDoes(*widget); }}};
     for (const QString& step : script.split(' ', Qt::SkipEmptyParts)) {
         const QStringList at = (step[0].isLetter() ? step : step.mid(1)).split(',');
         const auto key = Qt::Key(QKeySequence(at[0])[0]);
@@ -51,10 +64,12 @@ inline void play(QWidget& widget, const QString& script) {
                 send(QKeyEvent(type, key, {}, {}, true));
         } else {
             const auto act = kKeys.find(step[0]);
-            QTest::sendKeyEvent(act == kKeys.end() ? QTest::Click : act->second, &widget, key,
+            QTest::sendKeyEvent(act == kKeys.end() ? QTest::Click : act->second, widget, key,
                                 QString(), {});
         }
-        QApplication::sendPostedEvents(&widget);
+        if (widget == nullptr)
+            return;
+        QApplication::sendPostedEvents(widget);
     }
 }
 
@@ -68,6 +83,9 @@ public:
                 QMetaObject::connect(&object, id, this, staticMetaObject.methodCount() + id);
         }
     }
+    /// Called after each signal, which may be the object's last.
+    std::function<void(const QString& signal)> then = [](const QString&) {};
+
     /// Since the last call: "toggled 1 true, clicked 1".
     std::string take() { return std::exchange(d_said, {}).join(", ").toStdString(); }
 
@@ -82,6 +100,7 @@ public:
             text += ' ' + value.toString();
         }
         d_said << text;
+        then(method.name());
         return -1;
     }
 

@@ -16,15 +16,6 @@ using testing::IsEmpty;
 const Art kPicture{"R......", ".......", "..r....", ".......", "....G..", ".......", "......K"};
 const Art kOutlined{"RGGGG..", "GGGGG..", "GGrGG..", "GGGGG..", "GGGGG..", ".......", "......."};
 
-/// A square of one colour, framed by another.
-QImage square(int edge, char colour, int frame = 0, char around = '.') {
-    const size_t width = size_t(edge) + 2 * size_t(frame);
-    Art lines(width, std::string(width, around));
-    for (size_t y = size_t(frame); y < width - size_t(frame); ++y)
-        lines[y].replace(size_t(frame), size_t(edge), size_t(edge), colour);
-    return art::image(lines);
-}
-
 // Its picture covers 10 <= x < 30 and 10 <= y < 20.
 class Button : public testing::Test {
 protected:
@@ -34,16 +25,18 @@ protected:
     test::CheckRecorder checks;
     test::ManualTimers timers;
     QWidget window;
-    QT_Button button{QPixmap::fromImage(square(20, 'K').copy(0, 0, 20, 10)), &window};
+    QT_Button button{QPixmap::fromImage(art::square(20, 'K').copy(0, 0, 20, 10)), &window};
     test::Heard heard{button};
 };
 
 TEST_F(Button, DerivesItsLooksPixelByPixel) {
     const QImage mixed = art::image(kPicture);
-    const QImage red = square(4, 'R');
-    const QImage normal = art::image({".....", ".WrR.", ".GK..", "....."});
-    const QImage disabled = art::image({".....", ".wdd.", ".g...", "....."});
-    const QImage normalTwice = normal.scaled(10, 8);
+    const QImage red = art::square(4, 'R');
+    const QImage big = art::square(20, 'R');
+    const QImage nineTenths = art::square(18, 'R');
+    const QImage normal = art::image({".......", ".WWrRR.", ".W...R.", ".GGRRR.", "......."});
+    const QImage disabled = art::image({".......", ".wwddd.", ".w...d.", ".ggddd.", "......."});
+    const QImage normalTwice = normal.scaled(14, 10);
     struct {
         int line;
         QImage picture;
@@ -55,13 +48,14 @@ TEST_F(Button, DerivesItsLooksPixelByPixel) {
     } const rows[] = {
         {__LINE__, mixed, QT_Button::Plain, "enter", 1, mixed, {6, 4}},
         {__LINE__, mixed, QT_Button::Outline, "enter", 1, art::image(kOutlined), {6, 4}},
-        {__LINE__, red, QT_Button::Halo, "enter", 1, square(4, 'R', 3, 'G'), {5, 3}},
-        {__LINE__, square(4, '.'), QT_Button::Halo, "enter", 1, square(4, '.'), {8, 6}},
-        {__LINE__, square(10, 'R'), QT_Button::Plain, "+10,8", 1, square(9, 'R'), {6, 4}},
-        {__LINE__, normal, QT_Button::Halo, "enter off", 1, disabled, {7, 6}},
-        {__LINE__, normalTwice, QT_Button::Plain, "", 2, normalTwice, {14, 12}},
-        {__LINE__, red, QT_Button::Halo, "enter", 2, square(4, 'R', 6, 'G'), {12, 8}},
-        {__LINE__, normalTwice, QT_Button::Halo, "off", 2, disabled.scaled(10, 8), {14, 12}},
+        {__LINE__, red, QT_Button::Halo, "enter", 1, art::square(4, 'R', 3, 'G'), {5, 3}},
+        {__LINE__, art::square(4, '.'), QT_Button::Halo, "enter", 1, art::square(4, '.'), {8, 6}},
+        {__LINE__, big, QT_Button::Plain, "+10,8", 1, nineTenths, {2, 0}},
+        {__LINE__, big, QT_Button::Plain, "+10,8", 2, nineTenths, {12, 8}},
+        {__LINE__, normal, QT_Button::Halo, "enter off", 1, disabled, {6, 5}},
+        {__LINE__, normalTwice, QT_Button::Plain, "", 2, normalTwice, {12, 10}},
+        {__LINE__, red, QT_Button::Halo, "enter", 2, art::square(4, 'R', 6, 'G'), {12, 8}},
+        {__LINE__, normalTwice, QT_Button::Halo, "off", 2, disabled.scaled(14, 10), {12, 10}},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE("row at line " + std::to_string(row.line));
@@ -114,6 +108,30 @@ TEST_F(Button, IsHotWhereThePointerIs) {
     }
 }
 
+TEST_F(Button, TicksWhileItIsHeldAndClicksWhereAReleaseWould) {
+    button.setSchedule(QT_Button::repeating(500, 100));
+    heard.take();
+    const std::pair<const char*, const char*> rows[] = {
+        {"+20,15", "pressed, clicked"},
+        {"~300,15", ""},
+        {"~5,15", ""},
+        {"~20,15", "clicked"},
+        {"-20,15", "released, spinningComplete, clicked, triggered"},
+        {"+Space", "pressed, clicked"},
+        {"Esc -Space", "released, spinningComplete"},
+    };
+    for (const auto& [script, said] : rows) {
+        test::play(button, script);
+        EXPECT_EQ(timers.expire(), button.isDown());
+        EXPECT_EQ(heard.take(), said) << script;
+    }
+    // A press that is taken back inside a tick starts no other.
+    QObject::connect(&button, &QT_Button::clicked, [&] { button.setEnabled(false); });
+    test::play(button, "+20,15");
+    timers.expire();
+    EXPECT_EQ(timers.running(), 0U);
+}
+
 TEST_F(Button, TicksByItsSchedule) {
     button.setSchedule({{0, 500}, {1, 100}});
     test::play(button, "+20,15");
@@ -121,43 +139,16 @@ TEST_F(Button, TicksByItsSchedule) {
     ASSERT_NE(timed, nullptr);
     timed->timerExpired(77); // not its own
     timers.advance(499);
-    EXPECT_EQ(heard.take(), "scheduleChanged, pressed");
+    EXPECT_EQ(button.tickCount(), 0);
     timers.advance(1);
-    EXPECT_EQ(heard.take(), "clicked");
-    timers.advance(99);
     EXPECT_EQ(button.tickCount(), 1);
-    timers.advance(1); // nothing for tick 2
+    timers.advance(100); // nothing for tick 2
     EXPECT_THAT(checks.takeSites(), ElementsAre("CHECKF qt_button.cpp"));
     EXPECT_EQ(button.tickCount(), 2);
     EXPECT_EQ(button.period(), 100);
-    test::play(button, "-20,15");
-    EXPECT_EQ(heard.take(), "clicked, released, spinningComplete, clicked, triggered");
-    EXPECT_EQ(timers.running(), 0U);
-    test::play(button, "+Space");
-    timers.advance(499);
+    test::play(button, "-20,15 +Space");
     EXPECT_EQ(button.tickCount(), 0) << "a new sequence";
-    timers.advance(1);
-    test::play(button, "Esc -Space");
-    EXPECT_EQ(heard.take(), "pressed, clicked, released, spinningComplete");
-    EXPECT_EQ(timers.running(), 0U);
     EXPECT_EQ(QT_Button::repeating(500, 100).rbegin()->first, 36000);
-}
-
-TEST_F(Button, TicksClickWhereAReleaseWould) {
-    button.setSchedule({{0, 1}, {1, 1}, {2, 1}, {3, 1}});
-    test::play(button, "+20,15");
-    heard.take();
-    for (const auto& [move, said] :
-         {std::pair{"~300,15", ""}, {"~20,15", "clicked"}, {"~5,15", ""}}) {
-        test::play(button, move);
-        timers.expire();
-        EXPECT_EQ(heard.take(), said) << move;
-    }
-    // A press that is taken back inside a tick starts no other.
-    QObject::connect(&button, &QT_Button::clicked, [&] { button.setEnabled(false); });
-    test::play(button, "~20,15");
-    timers.expire();
-    EXPECT_EQ(timers.running(), 0U);
 }
 
 TEST_F(Button, ShowsTheFocusToThoseWhoUseKeys) {

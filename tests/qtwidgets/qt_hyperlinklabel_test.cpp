@@ -3,7 +3,6 @@
 #include "picture_art.h"
 #include "play.h"
 
-#include <QAccessible>
 #include <QSignalSpy>
 #include <algorithm>
 
@@ -29,13 +28,10 @@ TEST(HyperlinkLabel, ClicksByMouseKeyboardAndScreenReaderWhileItIsALink) {
     const QSignalSpy clicks(&label, SIGNAL(clicked()));
     const auto clicksOfEach = [&] {
         const int before = clicks.size();
-        test::play(label, "+5,5 >5,5 Return Enter Space A");
-        test::play(label, "+Space *Space -Space");
-        QAccessible::queryAccessibleInterface(&label)->actionInterface()->doAction(
-            QAccessibleActionInterface::pressAction());
+        test::play(label, "+5,5 >5,5 Return Enter A +Space *Space -Space press");
         return clicks.size() - before;
     };
-    EXPECT_EQ(clicksOfEach(), 7);
+    EXPECT_EQ(clicksOfEach(), 6);
     label.setLinkEnabled(false);
     EXPECT_EQ(clicksOfEach(), 0);
     label.setLinkEnabled(true);
@@ -64,7 +60,9 @@ TEST(HyperlinkLabel, LooksLikeALinkOrLikeText) {
 }
 
 TEST(HyperlinkLabel, LeavesAnApplicationItsOwn) {
-    HyperlinkLabel label("Link");
+    QWidget parent;
+    HyperlinkLabel label("Link", &parent);
+    label.setParent(nullptr);
     const auto expectColours = [&](const QColor& text, const QColor& link) {
         for (const bool isLink : {false, true}) {
             label.setLinkEnabled(isLink);
@@ -104,25 +102,22 @@ TEST(HyperlinkLabel, FollowsItsParentsPaletteAndFont) {
 
 TEST(HyperlinkLabel, ShowsTheKeyboardFocusAroundItsText) {
     const struct {
-        const char* text;
-        void (*change)(HyperlinkLabel&);
+        const char *text, *property;
+        int value;
     } rows[] = {
-        {"Link", [](HyperlinkLabel&) {}},
-        {"\u05E7\u05D9\u05E9\u05D5\u05E8", [](HyperlinkLabel&) {}},
-        {"Link", [](HyperlinkLabel& label) { label.setIndent(40); }},
-        {"Link", [](HyperlinkLabel& label) { label.setFrameShape(QFrame::WinPanel); }},
-        {"Li<b>nk</b>", [](HyperlinkLabel& label) { label.setMargin(9); }},
-        {"*Li* nk", [](HyperlinkLabel& label) { label.setTextFormat(Qt::MarkdownText); }},
-        {"one two three four five six",
-         [](HyperlinkLabel& label) {
-             label.setWordWrap(true);
-             label.setAlignment(Qt::AlignHCenter | Qt::AlignTop);
-         }},
+        {"Link", "indent", -1},
+        {"\u05E7\u05D9\u05E9\u05D5\u05E8", "indent", -1},
+        {"Link", "indent", 40},
+        {"Link", "frameShape", QFrame::WinPanel},
+        {"Li<b>nk</b>", "margin", 9},
+        {"*Li*nk", "textFormat", Qt::MarkdownText},
+        {"one two three four five six", "alignment", Qt::AlignHCenter | Qt::AlignTop},
     };
     for (const auto& row : rows) {
-        SCOPED_TRACE("row " + std::to_string(&row - rows));
+        SCOPED_TRACE(row.text + (' ' + std::string(row.property)));
         HyperlinkLabel label(QString::fromUtf8(row.text));
-        row.change(label);
+        label.setProperty(row.property, row.value);
+        label.setWordWrap(label.text().contains(' '));
         label.setLayoutDirection(Qt::RightToLeft);
         label.resize(120, 60);
         label.show();

@@ -10,31 +10,23 @@ namespace {
 using NS_QT::IconSet;
 using testing::ElementsAre;
 
-QImage square(int edge, Qt::GlobalColor colour) {
-    QImage picture(edge, edge, QImage::Format_ARGB32);
-    picture.fill(colour);
-    return picture;
-}
-
 // An icon of another colour in each mode and state.
 QIcon coloured(int edge) {
     QIcon icon;
-    const std::pair<QIcon::Mode, Qt::GlobalColor> colours[] = {
-        {QIcon::Normal, Qt::green}, {QIcon::Disabled, Qt::gray}, {QIcon::Active, Qt::red}};
-    for (const auto& [mode, colour] : colours) {
-        icon.addPixmap(QPixmap::fromImage(square(edge, colour)), mode, QIcon::Off);
-        icon.addPixmap(QPixmap::fromImage(square(edge, Qt::blue)), mode, QIcon::On);
+    for (const auto& [mode, colour] :
+         {std::pair{QIcon::Normal, 'G'}, {QIcon::Disabled, 'd'}, {QIcon::Active, 'R'}}) {
+        icon.addPixmap(QPixmap::fromImage(art::square(edge, colour)), mode, QIcon::Off);
+        icon.addPixmap(QPixmap::fromImage(art::square(edge, 'W')), mode, QIcon::On);
     }
     return icon;
 }
 
 TEST(IconSet, KnowsSizesAndModesByCode) {
     test::CheckRecorder checks;
-    const std::pair<int32_t, Qt::GlobalColor> modes[] = {
-        {-1, Qt::green}, {0, Qt::green}, {1, Qt::gray}, {2, Qt::red}, {3, Qt::green}};
+    const std::pair<int32_t, char> modes[] = {{-1, 'G'}, {0, 'G'}, {1, 'd'}, {2, 'R'}, {3, 'G'}};
     for (const auto& [code, colour] : modes)
-        EXPECT_EQ(IconSet::pixmap(coloured(48), IconSet::Size32, code).toImage().pixelColor(16, 16),
-                  colour);
+        EXPECT_EQ(IconSet::pixmap(coloured(48), IconSet::Size32, code).toImage().pixel(16, 16),
+                  art::kColours.at(colour));
     for (const auto& [code, edge] : {std::pair{0, 16}, {1, 24}, {2, 32}, {3, 48}})
         EXPECT_EQ(IconSet::pixmap(coloured(48), code, 0).width(), edge);
     EXPECT_THAT(checks.takeSites(), testing::IsEmpty());
@@ -60,9 +52,9 @@ TEST(IconWidget, CentresItsPicture) {
     for (const auto& row : rows) {
         NS_QT::IconWidget widget(coloured(row.available), row.sizeCode);
         widget.resize(row.widget);
-        for (const bool enabled : {true, false}) {
-            widget.setEnabled(enabled);
-            const QImage picture = square(row.drawn, enabled ? Qt::green : Qt::gray);
+        for (const char colour : {'G', 'd'}) {
+            widget.setEnabled(colour == 'G');
+            const QImage picture = art::square(row.drawn, colour);
             EXPECT_EQ(art::drawn(widget), art::placed(picture, row.at, row.widget));
         }
     }
