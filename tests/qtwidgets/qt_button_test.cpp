@@ -161,6 +161,16 @@ TEST_F(Button, ShowsTheFocusToThoseWhoUseKeys) {
     EXPECT_EQ(art::drawn(button), nothing);
     test::play(button, "Space");
     EXPECT_NE(art::drawn(button), nothing);
+    // On a scaled screen no side of it falls between the pixels.
+    button.setGeometry(QRect(QPoint(11, 11), button.sizeHint()));
+    QImage scaled(40, 40, QImage::Format_ARGB32);
+    scaled.setDevicePixelRatio(1.25);
+    window.render(&scaled);
+    for (const QPoint& corner : {button.pos(), button.geometry().bottomRight() + QPoint(1, 1)}) {
+        const QPoint pixel = (QPointF(corner) * 1.25).toPoint();
+        EXPECT_EQ(scaled.pixelColor(corner == button.pos() ? pixel : pixel - QPoint(1, 1)),
+                  window.palette().color(QPalette::WindowText));
+    }
 }
 
 } // namespace

@@ -91,6 +91,7 @@ TEST_F(Strip, TogglesAndExcludes) {
     EXPECT_EQ(heard.take(), "currentButtonChanged 2, pressed 2, released 2, clicked 2, "
                             "triggered 2, currentButtonChanged 0, pressed 0, released 0");
     window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     strip.setCheckable(true);
     for (const int index : {0, 1, 2, 0})
         strip.click(index);

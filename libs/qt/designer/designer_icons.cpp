@@ -63,14 +63,16 @@ void drawSpinSlider(QPainter& painter) {
     drawSpinArrows(painter);
 }
 
+// One half, with the arrows of a spin box.
 void drawFractionSpinBox(QPainter& painter) {
-    drawField(painter);
     drawSpinArrows(painter);
-    painter.setPen({kAccent, 1.5});
-    painter.drawLine(QPointF(11.5, 8), QPointF(6, 16));
-    painter.setBrush(kAccent);
-    painter.drawEllipse(QPointF(6, 9.5), 1, 1);
-    painter.drawEllipse(QPointF(11.5, 14.5), 1, 1);
+    painter.setPen({kLine, 1.5});
+    painter.drawLine(QPointF(2, 12), QPointF(12, 12));
+    painter.setPen({kAccent, 2});
+    painter.setBrush(Qt::NoBrush);
+    painter.drawPolyline(QPolygonF{{{5, 3.5}, {7.5, 2}, {7.5, 9}}});
+    painter.drawPolyline(
+        QPolygonF{{{4.5, 16.5}, {5.5, 15}, {8.5, 15}, {9.5, 16.5}, {9, 18}, {4.5, 22}, {10, 22}}});
 }
 
 void drawSmartComboBox(QPainter& painter) {

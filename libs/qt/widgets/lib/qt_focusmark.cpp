@@ -2,6 +2,7 @@
 
 #include <QPainter>
 #include <QPalette>
+#include <QRegion>
 #include <QWidget>
 
 namespace NS_QT {
@@ -27,13 +28,14 @@ void FocusMark::draw(const QWidget& widget, QPainter& painter, const QRect& rect
         drawFocusFrame(widget, painter, rect);
 }
 
+// Filled, since on a scaled screen a drawn line may fall between the widget's pixels.
 void drawFocusFrame(const QWidget& widget, QPainter& painter, const QRect& rect) {
-    QRect line = rect;
+    QRect outer = rect;
     for (const auto colour : {QPalette::WindowText, QPalette::Window}) {
-        line.adjust(0, 0, -1, -1);
-        painter.setPen(widget.palette().color(colour));
-        painter.drawRect(line);
-        line.adjust(1, 1, 0, 0);
+        const QRect inner = outer.adjusted(1, 1, -1, -1);
+        for (const QRect& side : QRegion(outer) - inner)
+            painter.fillRect(side, widget.palette().color(colour));
+        outer = inner;
     }
 }
 
