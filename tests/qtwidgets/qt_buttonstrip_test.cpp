@@ -175,7 +175,7 @@ TEST_F(Strip, TheFocusStandsOutFromAnyPicture) {
         for (const QColor& fill : {QColor(Qt::black), QColor(Qt::gray), QColor(Qt::white)}) {
             QPixmap plain(20, 10);
             plain.fill(fill);
-            strip.setPicture(plain);
+            EXPECT_TRUE(art::repaints(strip, [&] { strip.setPicture(plain); }));
             play("blur");
             const QImage before = art::drawn(strip);
             play("focus");
