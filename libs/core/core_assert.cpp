@@ -53,7 +53,7 @@ bool handleAlert(const char* condition, const char* file, int32_t line, int32_t 
 
 const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
 
-/// What the handling answers; to go on, where the memory did not even suffice for that.
+/// The handling's answer; "go on" if there was not even enough memory for that.
 template <typename Handle>
 bool answer(Handle&& handle) {
     try {

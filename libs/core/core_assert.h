@@ -4,18 +4,17 @@
 
 namespace core {
 
-/// Governs who judges failed checks. The handlers themselves, declared in
-/// core_check.h:
+/// Decides which handler gets failed checks. The handlers, declared in core_check.h:
 ///
 /// `failDefault`, in force at start, logs "GASSERT failed at FILE:LINE (CONDITION)
-/// (MESSAGE)" on CRIT and hands the failure to core::TestInterface, whose setting
-/// answers. A site on its exclusion list is only logged, as EXCLUDED_ASSERT. A null
-/// condition is only logged, as "ERROR!! ASSERT failed at FILE:LINE".
-/// `alertDefault` logs "GALERT at FILE:LINE (CONDITION) (MESSAGE)" and hands over all.
+/// (MESSAGE)" on CRIT and hands the failure to core::TestInterface, whose settings decide
+/// the answer. A site on its exclusion list is only logged, as EXCLUDED_ASSERT. A null
+/// condition is only logged, as "ERROR!! ASSERT failed at FILE:LINE". `alertDefault` logs
+/// "GALERT at FILE:LINE (CONDITION) (MESSAGE)" and hands every one over.
 ///
-/// A failure inside the handling of one, on the same thread, is refused with a line
-/// on standard error. A null file, and the null condition of an alert, count as empty.
-/// None of them throws. Any thread, at any time, before and after main as well.
+/// A failure while another is being handled on the same thread is only reported on
+/// standard error. A null file, and the null condition of an alert, count as empty. None
+/// of them throws. Any thread, at any time, before and after main, too.
 class Assert {
 public:
     /// Puts a handler into the check slot, `failDefault` for null. While the handler

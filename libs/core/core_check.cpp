@@ -7,7 +7,7 @@
 namespace core {
 namespace {
 
-// Constant-initialised, so that a check of any static initialiser finds them.
+// Constant-initialised, so that checks in any static initialiser find them.
 constinit std::atomic<FailureHandler> slot{&failDefault};
 constinit std::atomic<int32_t> level{1};
 constinit std::atomic<bool> locked{false};

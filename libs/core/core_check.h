@@ -16,21 +16,21 @@ struct CheckSite {
     int32_t line;     ///< as reports name it
 };
 
-/// Takes the condition's text (null is allowed), the site, the check's level and
-/// the message. True means: stop the program at once. Called on the failing
-/// thread, any thread; must not throw. What it calls may fail checks of its own, which
-/// come back to it: after kMaxNestedFailures of them on one thread no more are reported.
+/// Takes the condition's text (null is allowed), the site, the check's level and the
+/// message. True means: stop the program at once. Called on the failing thread, any
+/// thread; must not throw. Checks that fail inside it call it again; beyond
+/// kMaxNestedFailures of them on one thread, no more are reported.
 using FailureHandler = bool (*)(const char* condition, const char* file, int32_t line,
                                 int32_t level, const std::string& message);
 
 /// The handler in the check slot; `failDefault` at start, never null.
 FailureHandler failureHandler();
 
-/// How deep failed checks within their handler are reported, see FailureHandler.
+/// How many nested failures are reported, see FailureHandler.
 inline constexpr int32_t kMaxNestedFailures = 16;
 
-/// A check of level L runs only while the assertion level is at least L. It is 1
-/// at start; negative switches every check's report off (not its fallback).
+/// A check of level L runs only while the assertion level is at least L. It is 1 at
+/// start; a negative level turns off all reports, but no fallback.
 int32_t assertionLevel();
 void setAssertionLevel(int32_t level);
 
@@ -41,11 +41,11 @@ void raise(const char* condition, const CheckSite& site, int32_t level, const st
 /// Reports a failed alert to `alertDefault` under the same rules.
 void raiseAlert(const char* condition, const CheckSite& site, const std::string& message);
 
-/// Ends the process by an access fault, which the crash guard sees first; exits
-/// with status 0 should the fault not be taken.
+/// Ends the process by an access fault, which the crash guard sees first; exits with
+/// status 0 if no fault happens.
 [[noreturn]] void deliberateFault();
 
-/// The default handlers of core_assert.h; the slot is born with the first.
+/// The default handlers of core_assert.h; the slot starts with the first.
 bool failDefault(const char* condition, const char* file, int32_t line, int32_t level,
                  const std::string& message);
 bool alertDefault(const char* condition, const char* file, int32_t line, int32_t level,
@@ -61,7 +61,7 @@ struct ThreadFlags {
     bool inAssert;    ///< inside failDefault
     bool inAlert;     ///< inside alertDefault
     bool inWrite;     ///< inside the master logger's write path
-    int32_t failures; ///< inside of the handler of so many failed checks
+    int32_t failures; ///< how many failed checks are being handled
 };
 /// Of the calling thread.
 ThreadFlags& threadFlags();
@@ -76,8 +76,8 @@ void storeFailureHandler(FailureHandler handler);
 bool handlerLocked();
 void storeHandlerLock(bool locked);
 
-/// Raises and yields false, so that a check is one expression with its condition's
-/// value; inline, so that compilers know it.
+/// Raises and returns false, so that a check is one expression with its condition's
+/// value; inline, so that compilers see that value.
 inline bool failed(const char* condition, const CheckSite& site, int32_t level,
                    const std::string& message) {
     raise(condition, site, level, message);

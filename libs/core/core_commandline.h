@@ -7,8 +7,8 @@
 /// The arguments of a program, as `main` takes them.
 namespace core {
 
-/// An argument vector in the form that `main` takes, NULL-terminated. It owns its
-/// texts, which stay where they are when it is moved.
+/// An argument vector in the form that `main` takes, NULL-terminated. It owns its texts;
+/// moving it does not move them.
 class Arguments {
 public:
     /// The program's name comes first.

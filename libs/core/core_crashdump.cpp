@@ -70,7 +70,7 @@ std::string dumpFilePath(std::string_view folder, std::string_view executable,
 const detail::CrashNames& detail::crashNames() { return names; }
 
 void detail::noteCrashNames() {
-    // As Linux names a program whose file has been replaced.
+    // Linux adds this to the name of a program whose file was replaced.
     constexpr std::string_view kReplaced = " (deleted)";
     const std::string path = programPath();
     std::string_view program = path;

@@ -4,11 +4,11 @@
 #include <string>
 #include <string_view>
 
-/// The file that a crash leaves behind: on Windows a minidump, on Linux a report in words.
+/// The file that a crash leaves behind: on Windows a minidump, on Linux a report as text.
 /// It is named after the program and its version.
 namespace core {
 
-/// The status of a crashed run; where a status has eight bits it is seen as 129.
+/// The status of a crashed run; where a status has eight bits it shows as 129.
 inline constexpr int kCrashStatus = -127;
 
 /// Leaves the evidence of a crash: the dump at dumpFilePath, in the folder Paths::Dumps,
@@ -17,14 +17,14 @@ inline constexpr int kCrashStatus = -127;
 /// dump of an earlier crash of the same build is replaced, on Linux only by a whole one.
 /// None of the three is lost when another fails.
 ///
-/// This form is for no fault, but the current exception of C++, if there is one;
-/// core_crashdump_win32.h has the one for structured exceptions. Returns 1, by which a
-/// filter asks for its handler. For code that ends a process; the folders must have been
-/// set. The guard of core_guard.h leaves the same.
+/// This form is for crashes without a fault; it includes the current C++ exception, if
+/// there is one. core_crashdump_win32.h has the form for structured exceptions. Returns
+/// 1, on which an exception filter runs its handler. For code that ends a process; the
+/// folders must have been set. The guard in core_guard.h does the same.
 int32_t writeCrashDump();
 
-/// A program's name in its dumps' names: without ".exe", "unknown" for an empty one. A
-/// slice of `executable`, the name of its file, or a constant.
+/// How dumps name a program: its executable's file name without ".exe"; "unknown" for an
+/// empty one. A slice of `executable`, or a constant.
 std::string_view dumpModuleName(std::string_view executable);
 
 /// "FOLDER\MODULE-TAG.dmp", every '/' of the folder a '\'.

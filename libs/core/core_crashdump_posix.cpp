@@ -16,8 +16,8 @@
 namespace core {
 namespace {
 
-// Milliseconds that a crash may take from the fault to the end of the process, and what its
-// pieces may take: what it has locked, the heap for example, it may come to wait for itself.
+// Limits in milliseconds for a crash, from the fault to the end of the process, and for
+// its pieces: a crash may wait for locks that it holds itself, such as the heap's.
 constexpr int kTimeLimit = 4000;
 constexpr int kForLittle = 300;
 constexpr int kForLog = 800;
@@ -39,7 +39,7 @@ void onTimeOver(int, siginfo_t*, void*) {
     }
     detail::cutAttempt();
     if (told.recorded)
-        _exit(kCrashStatus); // the rest of the program does not come to its end
+        _exit(kCrashStatus); // the rest of the program does not end
 }
 
 void endAttemptsInTime() {
@@ -49,7 +49,7 @@ void endAttemptsInTime() {
     sigaction(SIGALRM, &action, nullptr);
 }
 
-/// The computer's local time; where it cannot be had, that of UTC.
+/// The computer's local time; UTC if that is not available.
 void tellTime() {
     told.time = utcCivilTime(now());
     detail::attempt(kForLittle, [] { told.time = localCivilTime(now()); });
@@ -59,8 +59,8 @@ void tellTime() {
 
 constinit std::atomic<pid_t> detail::crashing{0};
 
-/// The path by which the program was started, where it leads to the file itself: the link that
-/// the system keeps takes several times as long when it is read first.
+/// The path by which the program was started, if it leads to the file itself: reading the
+/// system's link the first time takes several times as long.
 std::string detail::programPath() {
     constexpr size_t kLimit = 4096;
     // NOLINTNEXTLINE(performance-no-int-to-ptr): the system's form

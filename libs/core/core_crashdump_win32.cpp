@@ -35,8 +35,8 @@ struct Helper {
 };
 constinit Helper helper;
 
-/// Takes the heap's lock from a thread that keeps it for good: the crashed one, whose fault
-/// was in the heap's own code, or one that waits for the crashed one. The process ends soon.
+/// Takes the heap's lock from a thread that never releases it: the crashed one, if it
+/// crashed inside the heap, or one that waits for it. The process ends soon.
 void releaseHeap() { HeapUnlock(GetProcessHeap()); }
 
 // ---- By the helper
@@ -45,7 +45,7 @@ void awaitDescription() {
     if (cause.describe == nullptr ||
         WaitForSingleObject(helper.described, kForDescription) == WAIT_OBJECT_0)
         return;
-    releaseHeap(); // it may be what the description waits for
+    releaseHeap(); // the description may wait for it
     WaitForSingleObject(helper.described, kForDescription);
 }
 
@@ -91,7 +91,7 @@ uint64_t processorTimeOf(HANDLE thread) {
     return uint64_t{kernel.dwLowDateTime} + user.dwLowDateTime;
 }
 
-/// False if the helper stands still.
+/// False if the helper makes no progress.
 bool helperProgresses() {
     constexpr DWORD kStep = 100;
     uint64_t used = 0;
@@ -108,14 +108,14 @@ bool helperProgresses() {
 bool waitForHelper() {
     if (helperProgresses())
         return true;
-    if (dumped) // it stands at standard output
+    if (dumped) // it hangs at standard output
         return false;
     releaseHeap(); // DbgHelp needs it
     return helperProgresses();
 }
 
-/// What the helper has not come to. Where there is no dump, there can be no record: opening
-/// the file takes memory of the heap, too.
+/// What the helper has not done. Without a dump there can be no record: opening the file
+/// needs the heap, too.
 [[noreturn]] void endWithoutHelper() {
     if (!dumped)
         told.dump = {false, ERROR_TIMEOUT};

@@ -5,8 +5,8 @@ struct _EXCEPTION_POINTERS; // NOLINT(bugprone-reserved-identifier): the system'
 
 namespace core {
 
-/// core::writeCrashDump as the filter of a structured exception: of that exception, or,
-/// where `info` is null, without one. Returns EXCEPTION_EXECUTE_HANDLER (1).
+/// core::writeCrashDump as the filter of a structured exception; `info` may be null.
+/// Returns EXCEPTION_EXECUTE_HANDLER (1).
 long writeCrashDump(_EXCEPTION_POINTERS* info);
 
 } // namespace core

@@ -23,18 +23,18 @@ protected:
     };
 
     GListBase() = default;
-    ~GListBase() = default; // the nodes are the derived list's to free
+    ~GListBase() = default; // the derived list frees the nodes
 
     bool append(void* item);
     void* first();
     void* next();
     Node* find(const void* item) const;
-    /// Takes the node out, frees it and yields its item.
+    /// Removes and frees the node; returns its item.
     void* unlink(Node* node);
 
     Node* d_head = nullptr;
     Node* d_tail = nullptr;
-    Node* d_cursor = nullptr; // of the item that `next` will yield
+    Node* d_cursor = nullptr; // of the item that `next` will return
 
 private:
     size_t d_count = 0;
@@ -47,10 +47,10 @@ private:
 ///     for (Item* item = list.first(); item != nullptr; item = list.next())
 ///         use(*item);
 ///
-/// Null is no item. Removing an item, the current one included, does not disturb
-/// the iteration. A list that owns its items deletes an item when it is removed
-/// and what is left when the list is destroyed. Links that contradict each other
-/// are a failed check. One thread at a time.
+/// Null is no item. Removing an item, the current one included, does not disturb the
+/// iteration. A list that owns its items deletes each when it is removed, and the rest
+/// when the list is destroyed. Inconsistent links are a failed check. One thread at a
+/// time.
 ///
 /// Kept for the classes that are built on it; new code takes a std::vector.
 template <typename T>
@@ -63,11 +63,12 @@ public:
     bool ownsItems() const { return d_ownsItems; }
     void setOwnsItems(bool owns) { d_ownsItems = owns; }
 
-    /// Adds an item at the end. False after a failed check when the list has lost its
-    /// tail: the list is unchanged and the item stays the caller's, in every case.
+    /// Adds an item at the end. False after a failed check if the list has lost its tail:
+    /// nothing has changed, and the caller keeps the item, even if the list owns its
+    /// items.
     bool append(T* item) { return GListBase::append(item); }
 
-    /// Starts the iteration and yields the first item; null when there is none.
+    /// Starts the iteration and returns the first item; null if there is none.
     T* first() { return static_cast<T*>(GListBase::first()); }
 
     /// The next item; null at the end, and after a failed check.

@@ -15,12 +15,12 @@ namespace core {
 ///     colours.nameOf(2);      // "Green"
 ///     colours.valueOf("Red"); // 1
 ///
-/// What is missing is answered with the unknown pair, which is no entry itself.
+/// Names and values that are missing give the unknown pair, which is not an entry itself.
 /// Copies are independent; an object that was moved from can only be assigned to or
 /// destroyed. Any number of threads may read at once.
 class EnumNames {
 public:
-    /// An empty table for the type, with the pair that answers for what is missing.
+    /// An empty table for the type, and its unknown pair.
     EnumNames(std::string typeName, int32_t unknownValue, std::string unknownName);
     EnumNames(const EnumNames& other);
     EnumNames(EnumNames&& other) noexcept;
@@ -37,9 +37,10 @@ public:
     EnumNames& add(std::string_view name, int32_t value) &;
     EnumNames&& add(std::string_view name, int32_t value) && { return std::move(add(name, value)); }
 
-    /// What the names are of.
+    /// The enumeration's name.
     const std::string& typeName() const { return d_typeName; }
-    /// Of pairs, the unknown one not counted; and whether one of them has this name or value.
+    /// How many pairs there are, without the unknown one; whether one has this name or
+    /// value.
     size_t size() const;
     bool contains(std::string_view name) const;
     bool contains(int32_t value) const;

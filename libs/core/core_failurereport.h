@@ -12,9 +12,9 @@ namespace core {
 /// A failed check or assertion, or a failed alert.
 enum class FailureType : uint8_t { Assertion, Alert };
 
-/// What failures are told apart by.
+/// What identifies a failure.
 struct FailureSite {
-    FailureType type = FailureType::Assertion; ///< counted apart
+    FailureType type = FailureType::Assertion; ///< counted separately
     std::string file;                          ///< without folders
     int32_t line = 0;                          ///< as the check's site names it
 
@@ -28,7 +28,7 @@ struct FailureSite {
 struct FailureReport {
     FailureSite site;      ///< where
     std::string condition; ///< its text
-    std::string message;   ///< UTF-8 or not
+    std::string message;   ///< any bytes
     std::string backtrace; ///< empty for none
     int32_t level = 0;     ///< of the check
     uint32_t count = 1;    ///< of failures since the last report

@@ -25,27 +25,27 @@ namespace core {
 /// Further lines of a text begin with a tab, and its other control characters become '?',
 /// so that no text can pass for a line of the log.
 ///
-/// Lines on CRIT and WARN, and all before them, are in the system's hands when the call
-/// returns; others wait until 64 KiB are together, or for `flush`. A file that would grow
-/// above its limit is renamed to PATH.1, that one to PATH.2 and so on, and a new one is
-/// begun; no file holds a part of a line. Where it cannot be renamed it grows by as much
-/// again before the next try. On Linux a file that somebody has renamed or
-/// deleted is begun anew; Windows does not let an open file be renamed or deleted.
+/// Lines on CRIT and WARN, and all before them, are written before the call returns;
+/// others wait until there are 64 KiB, or for `flush`. A file that would grow above its
+/// limit is renamed to PATH.1, that one to PATH.2 and so on, and a new one is started; no
+/// line is split between files. If renaming fails, the file grows by the same amount
+/// before the next try. On Linux a new file is started if somebody has renamed or deleted
+/// the open one; Windows does not allow that.
 ///
-/// What cannot be written is told once on standard error and waits, up to 1 MiB of it.
-/// The log goes on as soon as the system takes it, with a line that counts those that
-/// found no room. Any thread; lines stand in the order of their times.
+/// If writing fails, standard error gets one message, and up to 1 MiB of lines wait. Once
+/// writing works again, the log goes on, with a line that says how many lines were
+/// dropped. Any thread; lines are in the order of their times.
 class FileLogImpl : public LogImpl {
 public:
     /// Which file, and how much of it is kept.
     struct Options {
         std::string path;                      ///< UTF-8; its folder must exist
         uint64_t maxSize = uint64_t{4} << 20U; ///< of a file, in bytes
-        int32_t maxFiles = 5;                  ///< the one that is written included
+        int32_t maxFiles = 5;                  ///< the current one included
     };
 
-    /// Opens the file, to append to it. What fails is logged by the implementation that
-    /// is installed then, and tried again with each flush.
+    /// Opens the file for appending. A failure is logged by the implementation installed
+    /// at that time; each flush tries again.
     explicit FileLogImpl(Options options);
     ~FileLogImpl() override;
 
@@ -55,7 +55,7 @@ public:
     void write(int32_t channel, uint32_t loggerId, const ChannelRecord& record, const char* text,
                size_t length) override;
 
-    /// Hands all lines to the system. False: it did not take them all.
+    /// Writes all waiting lines. False: not all could be written.
     bool flush();
 
 private:
@@ -76,10 +76,10 @@ private:
     mutable std::mutex d_mutex;
     std::unique_ptr<FILE, Closer> d_file;
     uint64_t d_size = 0;   // of the file
-    std::string d_buffer;  // what the system does not have yet
+    std::string d_buffer;  // not written yet
     bool d_inLine = false; // whether it begins within a line
     uint64_t d_lost = 0;   // lines
-    bool d_told = false;   // that the system does not take them
+    bool d_told = false;   // standard error has the message
 };
 
 } // namespace core

@@ -15,7 +15,7 @@ uint64_t fileSize(FILE* file) {
     return size >= 0 ? static_cast<uint64_t>(size) : 0;
 }
 
-// The system does not let an open file go from its place.
+// The system does not let an open file be moved.
 bool isFileAt(FILE*, const std::string&) { return true; }
 
 bool renameLog(const std::string& from, const std::string& to) {
@@ -24,7 +24,7 @@ bool renameLog(const std::string& from, const std::string& to) {
     if (pathFromUtf8(from, source) && pathFromUtf8(to, target) &&
         MoveFileExW(source.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != 0)
         return true;
-    errno = EACCES; // which is why it refuses as a rule
+    errno = EACCES; // the usual reason
     return false;
 }
 

@@ -139,7 +139,7 @@ constexpr uint32_t flagOf(char ch) { return kFlagOf[static_cast<uint8_t>(ch)]; }
 /// One directive of a format, from behind its '%' to its letter.
 struct Conversion {
     const char* format; ///< the whole format, for messages
-    char letter = '\0'; ///< NUL where the format ends within the directive
+    char letter = '\0'; ///< NUL if the format ends first
     uint32_t flags = 0;
     int32_t width = 0;
     int32_t precision = -1;
@@ -161,7 +161,7 @@ constexpr int32_t readNumber(const char*& cursor) {
     return static_cast<int32_t>(value);
 }
 
-// The argument's own type decides its width, so the modifiers only have to go.
+// The argument's own type decides its width, so the modifiers are only skipped.
 constexpr void skipLengthModifier(const char*& cursor) {
     if (flagOf(*cursor) != kModifier)
         return;
@@ -169,11 +169,11 @@ constexpr void skipLengthModifier(const char*& cursor) {
     cursor += twice ? 2 : 1;
 }
 
-/// `cursor` stands after the '%', and afterwards after the letter; it stays on the
-/// terminator of a format that ends within the directive.
+/// `cursor` is behind the '%', afterwards behind the letter, or on the terminator if the
+/// format ends first.
 constexpr Conversion readConversion(const char* format, const char*& cursor) {
     Conversion conversion{format};
-    if (*cursor < 'A') { // mostly a bare letter follows
+    if (*cursor < 'A') { // usually a bare letter follows
         conversion.flags = readFlags(cursor);
         conversion.width = readNumber(cursor);
         if (*cursor == '.')
@@ -186,8 +186,8 @@ constexpr Conversion readConversion(const char* format, const char*& cursor) {
     return conversion;
 }
 
-/// Behind the '%' of the next directive; null where there is none. "%%" is a literal,
-/// and a '%' that ends the format is nothing.
+/// Behind the '%' of the next directive; null if there is none. "%%" is a literal; a '%'
+/// at the end of the format is ignored.
 constexpr const char* nextDirective(const char* cursor) {
     while (*cursor != '\0') {
         if (*cursor++ != '%')
@@ -262,17 +262,17 @@ consteval void refuse(FormatFault fault) {
 
 } // namespace detail
 
-/// A format that is known when the program runs only: see runtimeFormat.
+/// A format that is known only at run time: see runtimeFormat.
 struct RuntimeFormat {
     const char* text; ///< the caller's; ends with NUL
 };
 
-/// A format that is no literal. It is checked as it is printed: a mismatch is a failed
-/// check and a placeholder. `text` stays the caller's.
+/// A format that is not a literal. It is checked while it is printed: a mismatch is a
+/// failed check and a placeholder. The caller keeps `text`.
 constexpr RuntimeFormat runtimeFormat(const char* text) { return {text}; }
 
-/// The format of a call whose arguments have these kinds. A literal is checked when it
-/// is compiled: a wrong one is an error that names what is wrong.
+/// The format of a call whose arguments have these kinds. A literal is checked at compile
+/// time: the error for a wrong one names what is wrong.
 template <FormatKind... Kinds>
 class FormatString {
 public:

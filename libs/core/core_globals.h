@@ -6,16 +6,15 @@
 
 namespace core {
 
-/// The application's hold on this library's global state, from before its work
-/// until after it.
+/// This library's global state, as long as the application works.
 ///
-/// The end of it puts the console handler into the check slot, unless the handler is
-/// locked, and the default log implementation back. Nobody puts `failDefault` back: a
-/// second object of a process begins with the console handler.
+/// Its destructor puts the console handler into the check slot, unless the handler is
+/// locked, and restores the default log implementation. `failDefault` is not restored: a
+/// second object in a process starts with the console handler.
 class Globals {
 public:
     /// Installs a log implementation, a DefaultLogImpl for null, see
-    /// MasterLogger::setImplementation. Then has the settings of core::TestInterface read.
+    /// MasterLogger::setImplementation. Then reads the settings of core::TestInterface.
     explicit Globals(std::unique_ptr<LogImpl> implementation);
     virtual ~Globals();
     Globals(const Globals&) = delete;

@@ -20,7 +20,7 @@ namespace {
 using detail::crashing;
 using detail::kFaultSignals;
 
-// How long a fault of another thread waits whether the guarded thread follows.
+// How long a fault of another thread waits for the guarded thread to crash, too.
 constexpr long kGrace = 100; // milliseconds
 
 // The handler needs a stack of its own: a fault may be the end of the thread's. The log's
@@ -28,7 +28,7 @@ constexpr long kGrace = 100; // milliseconds
 constexpr size_t kHandlerStackSize = 1048576;
 alignas(std::max_align_t) constinit std::array<std::byte, kHandlerStackSize> handlerStack{};
 
-/// A guarded run. It lies in static storage, where damage to the main stack does not reach.
+/// A guarded run, in static storage, where damage to the main stack does not reach.
 struct Guard {
     pid_t thread = 0; ///< that is guarded; 0: none
     sigjmp_buf resume;
@@ -47,8 +47,8 @@ void pauseFor(long milliseconds) {
     nanosleep(&time, nullptr);
 }
 
-/// Whether the guard can still return to its caller: an overrun of the stack comes to its
-/// frame before it comes to those of the callers.
+/// Whether the guard can still return to its caller: a stack overrun reaches its frame
+/// before those of the callers.
 bool frameIsIntact() {
     const void* frame[2] = {nullptr, nullptr}; // the caller's frame pointer, the return address
     return detail::readMemory(reinterpret_cast<uintptr_t>(guard.frame), frame, sizeof frame) &&
@@ -108,7 +108,7 @@ void onFault(int signal, siginfo_t* info, void* context) {
         leaveToTheSystem(signal);
 }
 
-/// In place of a handler for all exceptions, at which the stack would be gone.
+/// Instead of a handler for all exceptions, where the stack would be gone.
 void onTerminate() {
     terminating = guard.thread == gettid();
     if (!terminating && guard.previousTerminate != nullptr)
@@ -157,8 +157,8 @@ void end(const Guard& outer) {
     detail::noteThrows(guard.thread == gettid());
 }
 
-/// Exceptions are not let through: the search for a handler ends here, before anything has
-/// been cleaned up, as if this were the thread's first function.
+/// No exception gets out: the search for a handler ends here, before anything has been
+/// cleaned up, as if this were the thread's first function.
 #if defined(__x86_64__)
 [[gnu::noinline]] int runOutermost(StartFunction start, int argc, char** argv) {
     asm volatile(".cfi_undefined rip");

@@ -25,10 +25,10 @@ constexpr DWORD kAbort = 0xE0414254;
 /// Stack that the system keeps back for the handler of a stack overflow, in bytes.
 constexpr ULONG kHandlerStackSize = 65536;
 
-/// How long a fault of another thread waits whether the guarded thread follows.
+/// How long a fault of another thread waits for the guarded thread to crash, too.
 constexpr DWORD kGrace = 100; // milliseconds
 
-/// A link of the thread's chain of exception handlers, which begins at fs:0. It has to lie
+/// A link of the thread's chain of exception handlers, which begins at fs:0. It must be
 /// on the thread's stack.
 struct GuardFrame {
     GuardFrame* previous;
@@ -58,9 +58,9 @@ GuardFrame* chainHead() {
 
 void setChainHead(GuardFrame* frame) { asm volatile("movl %0, %%fs:0" : : "r"(frame) : "memory"); }
 
-/// Lets the handlers inside of `frame` clean up and takes them off the chain.
-/// RtlUnwind returns here with the stack as it was, but keeps no other register. Clang 14
-/// exchanges two operands in registers where nearly all others are lost, hence one.
+/// Lets the handlers inside of `frame` clean up and takes them off the chain. RtlUnwind
+/// returns here with the stack as it was, but keeps no other register. With nearly all
+/// registers lost, Clang 14 mixes up two operands, so there is one.
 void unwindTo(GuardFrame* frame, EXCEPTION_RECORD* exception) {
     void* arguments[] = {frame, exception};
     void** operand = arguments;
@@ -113,7 +113,7 @@ EXCEPTION_DISPOSITION __cdecl onException(EXCEPTION_RECORD* exception, void*, CO
     return ExceptionContinueSearch;
 }
 
-/// Is asked before the chain, but takes only what the chain would not bring to the guard.
+/// Runs before the chain, but takes only what the chain would not bring to the guard.
 LONG CALLBACK onFirstChance(EXCEPTION_POINTERS* pointers) {
     if (GetCurrentThreadId() == guard.thread && !chainIsIntact())
         takeCrash(pointers->ExceptionRecord, pointers->ContextRecord);
@@ -135,8 +135,8 @@ LONG WINAPI onOtherThread(EXCEPTION_POINTERS* pointers) {
                                            : EXCEPTION_CONTINUE_SEARCH;
 }
 
-/// A crash without an exception of the system: not raised, since the functions between would
-/// not let all of them through.
+/// A crash without a system exception: not raised, since the functions in between would
+/// not let all exceptions through.
 [[noreturn, gnu::noinline]] void takeEnd(DWORD code, void (*describe)() = nullptr) {
     CONTEXT context{};
     RtlCaptureContext(&context);
@@ -158,7 +158,7 @@ void onAbort(int) {
     waitForGuardedThread();
 }
 
-/// In place of a handler for all exceptions, at which the stack would be gone.
+/// Instead of a handler for all exceptions, where the stack would be gone.
 void onTerminate() {
     if (GetCurrentThreadId() != guard.thread) {
         waitForGuardedThread();
@@ -193,8 +193,8 @@ void end(const Guard& outer) {
     detail::noteThrows(guard.thread);
 }
 
-/// Exceptions are not let through: the search for a handler ends here, before anything has
-/// been cleaned up, as if this were the thread's first function.
+/// No exception gets out: the search for a handler ends here, before anything has been
+/// cleaned up, as if this were the thread's first function.
 [[gnu::noinline]] int runOutermost(StartFunction start, int argc, char** argv) {
     asm volatile(".cfi_undefined %eip");
     const int status = start(argc, argv);
@@ -202,8 +202,8 @@ void end(const Guard& outer) {
     return status;
 }
 
-/// g++ has no __try for this target, so the frame is chained by hand. The compiler's
-/// own jump is used since the runtime's would unwind once more.
+/// g++ has no __try for this target, so the frame is chained by hand. It uses the
+/// compiler's jump, since the runtime's would unwind once more.
 [[gnu::noinline]] int runChained(StartFunction start, int argc, char** argv) {
     GuardFrame frame{chainHead(), onException};
     guard.frame = &frame;

@@ -21,7 +21,7 @@ constexpr CheckSite kReallocFailed{"core_guniquebuf.cpp", 387};
 
 } // namespace
 
-// Here, so that users may be compiled without exceptions.
+// Here, so that users can be compiled without exceptions.
 uint8_t* GUniqueBuf::allocate(uint64_t bytes) {
     const bool fits = bytes <= std::numeric_limits<uint32_t>::max();
     void* const mem = fits ? std::malloc(static_cast<size_t>(bytes)) : nullptr;
@@ -77,7 +77,7 @@ uint8_t* GUniqueBuf::bytePtrAt(uint32_t offset) {
     if (!CHECKF_AT(kPastEnd, d_size > offset, format("%d>=core_%d", offset, d_size)) &&
         d_size < offset)
         throw std::out_of_range("GUniqueBuf:workPtrAt");
-    // Just past the end is answered, unless there is no block to point into.
+    // An offset just past the end gets a pointer, unless there is no block.
     return CHECKF_AT(kNoData, d_data != nullptr) ? d_data + offset : nullptr;
 }
 

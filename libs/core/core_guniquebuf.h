@@ -50,7 +50,7 @@ public:
     /// block with exactly `head` bytes of it.
     void reserve(uint32_t head, uint32_t tail);
 
-    /// Adds `delta` bytes at the data's end, or takes them off when it is negative. A
+    /// Adds `delta` bytes at the data's end, or removes them if it is negative. A
     /// negative size is misuse.
     void adjust(int32_t delta);
 

@@ -17,7 +17,7 @@ constinit std::atomic<size_t> copied{0};
 
 } // namespace
 
-/// With a name to be found in dumps.
+/// Named, so that it can be found in dumps.
 constinit std::array<Place, detail::kHistoryCopyLines> historyCopy{};
 
 void detail::copyToHistory(int64_t time, std::string_view channel, std::string_view text) {

@@ -90,7 +90,7 @@ std::string addressText(const sockaddr_in& address) {
 
 std::string hostName() {
     std::array<char, kHostNameLimit> name{};
-    // The last byte stays: a name that is cut is not terminated by every system.
+    // The last byte stays 0: not every system terminates a name that it has cut.
     return gethostname(name.data(), name.size() - 1) == 0 ? name.data() : std::string();
 }
 

@@ -10,7 +10,7 @@ struct sockaddr_in; // of the system's socket interface
 /// The start of the network, and addresses.
 namespace core {
 
-/// The system's name of a socket; on Linux a descriptor.
+/// The system's handle of a socket; on Linux a descriptor.
 using SocketHandle = uintptr_t;
 /// The handle of no socket.
 inline constexpr SocketHandle kInvalidSocket = ~SocketHandle{0};
@@ -40,7 +40,7 @@ public:
     /// The system must outlive the object.
     explicit WinsockInit(const System& system);
 
-    /// Once for all starts.
+    /// Ends the network, once for all starts.
     static void stop(const System& system);
 };
 namespace {

@@ -4,7 +4,7 @@
 
 namespace core {
 
-// There is nothing to start here; the version is the one that all systems speak.
+// There is nothing to start here; the version is the one that Windows grants.
 WinsockInit::System::Start WinsockInit::System::start() const { return {0, 2, 2}; }
 
 void WinsockInit::System::stop() const {}

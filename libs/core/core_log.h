@@ -7,8 +7,8 @@
 #include <string>
 #include <string_view>
 
-/// What the program's code calls to log. Texts are finished, formats are formats:
-/// the two never share a function, so a '%' in a folder name stays one.
+/// The calls that log. No function takes both finished texts and formats, so a '%' in a
+/// folder name stays a '%'.
 ///
 ///     to log                                                  call
 ///     a format with arguments                                 logf
@@ -22,7 +22,7 @@
 /// a logger as their first argument; otherwise it is MasterLogger::defaultLogger().
 namespace core {
 
-/// Logs a finished text; the channel's enable bit is not asked.
+/// Logs a finished text, even if the channel is disabled.
 inline void logText(int32_t channel, std::string_view text) {
     MasterLogger::logText(MasterLogger::defaultLogger(), channel, text);
 }
@@ -31,7 +31,7 @@ inline void logText(Logger& logger, int32_t channel, std::string_view text) {
 }
 
 /// Formats by core::format and logs, if the channel is enabled. The arguments are
-/// evaluated by the call; where they cost something use CORE_LOGF.
+/// evaluated by the call; if that costs time, use CORE_LOGF.
 template <typename... Args>
 void logf(Logger& logger, int32_t channel, FormatString<kFormatKind<Args>...> format,
           const Args&... args) {
@@ -57,8 +57,8 @@ void logFrom(int32_t channel, std::string_view function, FormatString<kFormatKin
                                  withFunction(function, core::format(format, args...)));
 }
 
-/// Logs "Log at FILE:LINE (FUNCTION) - MESSAGE" if the channel is enabled; null or
-/// empty function and message are left out together with their marks.
+/// Logs "Log at FILE:LINE (FUNCTION) - MESSAGE" if the channel is enabled; a null or
+/// empty function or message is left out, with its punctuation.
 void logAt(int32_t channel, const CheckSite& site, const char* function = nullptr,
            const char* message = nullptr);
 

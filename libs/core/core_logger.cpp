@@ -23,7 +23,7 @@ void Logger::popLabel(int32_t channel) {
 }
 
 std::string_view Logger::prefix(int32_t channel) {
-    // Nothing is written here without labels: all threads share such a handle.
+    // Writes nothing if there are no labels: all threads share such a handle.
     if (d_nesting.empty())
         return {};
     if (d_prefixChannel == channel)

@@ -12,8 +12,8 @@ namespace core {
 /// lines joined by '\n'.
 struct StringCollector {
     std::string text;      ///< all lines so far
-    int32_t lineCount = 0; ///< how many they are
-    int32_t lineLimit = 0; ///< the collector is detached when it holds so many lines; 0 = none
+    int32_t lineCount = 0; ///< number of lines
+    int32_t lineLimit = 0; ///< the collector is detached when it holds this many; 0 = none
 };
 
 /// The handle that callers log through: an id for echoed lines, collectors of
@@ -37,13 +37,13 @@ public:
     /// The indentation of the channel's lines. Valid until the next non-const call.
     std::string_view prefix(int32_t channel);
 
-    /// Not owned; must be removed, or have met its limit, before it is destroyed. Null is
-    /// ignored.
+    /// Not owned; must be removed, or have reached its limit, before it is destroyed.
+    /// Null is ignored.
     void addCollector(StringCollector* collector);
     void removeCollector(StringCollector* collector);
 
-    /// Appends a line, which may be a collector's own text, to every collector and detaches
-    /// those that have met their limit.
+    /// Appends a line, which may be a collector's own text, to every collector and
+    /// detaches those that have reached their limit.
     void collect(std::string_view text);
 
 private:

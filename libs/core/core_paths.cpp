@@ -27,13 +27,13 @@ struct PathInfo {
 };
 using Table = std::array<PathInfo, std::size(kFolders)>;
 
-// Never destroyed: a crash at the very end of the process still asks for its folders.
+// Never destroyed: a crash at the very end of the process still needs it.
 Table& table() {
     static Table& instance = *new Table;
     return instance;
 }
 
-// What a crash asks for, where damage to the heap does not reach.
+// For crashes, where damage to the heap does not reach.
 struct StoredPath {
     std::array<char, 1024> text;
     size_t size;

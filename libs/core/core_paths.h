@@ -31,8 +31,8 @@ public:
     /// to the end of the process. Unknown index: std::out_of_range.
     static const std::string& path(PathIndex index);
 
-    /// The same from static storage, cut at 1,023 bytes, for what runs after a crash: asks
-    /// neither the heap nor a check.
+    /// The same from static storage, cut at 1,023 bytes, for code that runs after a
+    /// crash: needs no heap and no check.
     static std::string_view storedPath(PathIndex index);
 
     /// The folder with "./" before it, whatever it is: an absolute path, too, then names a

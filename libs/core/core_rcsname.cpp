@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-// What build this is, ORVISTRAND_BUILD_TAG and its like, comes from the build system.
+// ORVISTRAND_BUILD_TAG and the others come from the build system.
 
 // Written in two pieces, or tools that expand keywords would alter this file.
 #define KEYWORD_START                                                                              \
@@ -53,7 +53,7 @@ constinit std::atomic<const Identity*> current{&kOwn};
 
 const Identity& identity() { return *current.load(std::memory_order_acquire); }
 
-// Never freed: a crash at the very end of the process still asks for it.
+// Never freed: a crash at the very end of the process still needs it.
 std::string_view kept(std::string text) {
     static auto& texts = *new std::list<std::string>;
     return texts.emplace_back(std::move(text));

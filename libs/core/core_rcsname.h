@@ -2,12 +2,12 @@
 
 #include <string_view>
 
-/// What build this is, for reports, crash dumps and their names: constants, set by the
-/// build system, or what a program that stands on these libraries says of itself. Valid
-/// for the whole life of the process, on any thread, in crash handlers too.
+/// Which build this is, for reports, crash dumps and their names: set by the build
+/// system, or by a program that uses these libraries. Valid for the whole life of the
+/// process, on any thread, in crash handlers, too.
 namespace core {
 
-/// What is left empty stays as it was built, and the product is then called as the module.
+/// Empty members keep what the build system set; an empty product gets the module's name.
 struct BuildIdentity {
     std::string_view tag = {};      ///< of the source control, "release_2_1"
     std::string_view stamp = {};    ///< date and time of the build, "yymmdd-hhmmss"
@@ -16,8 +16,8 @@ struct BuildIdentity {
     std::string_view platform = {}; ///< "win_i686", "linux_x86_64"
 };
 
-/// Takes the place of what was set by the build system, for all functions below; the texts
-/// are copied. To be called first thing in main, before other threads and any failure:
+/// Replaces what the build system set, for all functions below; copies the texts. Call it
+/// first thing in main, before other threads start or anything fails:
 ///
 ///     core::setBuildIdentity({.tag = "release_1_4", .stamp = "240531-120000",
 ///                             .module = "viewer", .product = "Viewer"});

@@ -53,8 +53,8 @@ void DefaultLogRImpl::setRule(std::string_view identity, int32_t everyCount, int
     d_limits->setRule(identity, {everyCount, everySeconds});
 }
 
-// The producer runs outside the lock, and also when the channel turns out disabled:
-// its call is what a report is.
+// The producer runs outside the lock, even if the channel is disabled: its call is the
+// report.
 void DefaultLogRImpl::log(std::string_view identity, int32_t channel, std::string_view key,
                           const TextProducer& produce) {
     const auto report = d_limits->count(identity, channel, key, d_clock());

@@ -22,7 +22,7 @@ Visit::Visit() { ++visits.depth; }
 Visit::~Visit() {
     if (--visits.depth != 0)
         return;
-    while (visits.delayed != nullptr) { // what runs may replace, hence delay, anew
+    while (visits.delayed != nullptr) { // what runs may replace, and so delay, more
         const std::unique_ptr<Delayed> first(visits.delayed);
         visits.delayed = first->next;
         first->work();

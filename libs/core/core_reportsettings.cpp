@@ -10,7 +10,7 @@
 namespace core {
 namespace {
 
-// It names the interface, which is what people search the log for.
+// Names the interface, which people search the log for.
 constexpr CheckSite kUnknownValue{"core_testinterface.cpp", 152};
 
 constexpr std::string_view kBlankCharacters = " \n\r\t";
@@ -107,11 +107,10 @@ void ReportSettings::readGeneral(std::string_view key, std::string_view value) {
     else if (key == "symbol_server_address")
         symbolServerAddress = value;
     else if (key == "assert_level" && number >= 1 && number <= kHighestLevel)
-        assertLevel = 1; // the higher levels were never told apart
+        assertLevel = 1; // higher levels never made a difference
 }
 
-// The abort bits can only be cleared: nothing but a change of this program makes it stop
-// at a customer's.
+// The abort bits can only be cleared: no file may make the program stop at a customer's.
 void ReportSettings::readEffect(FailureType type, std::string_view key, std::string_view value) {
     const std::optional<uint32_t> bit = bitNamed(key, type);
     if (!bit)

@@ -8,10 +8,10 @@
 
 namespace core {
 
-/// What becomes of failures beyond their log line, as a text file says it; see
-/// docs/reporting.md for the file. By default nothing is sent and nothing stops.
+/// What happens to failures besides their log line, as set by a text file, which
+/// docs/reporting.md describes. By default nothing is sent and nothing stops.
 ///
-/// Reading is one thread's; afterwards any thread may ask.
+/// One thread reads; afterwards any thread may ask.
 struct ReportSettings {
     /// What a failure leads to. Alerts have the same three bits, shifted by three.
     enum Effect : uint32_t { kAbort = 1, kSend = 2, kBacktrace = 4 };
@@ -25,12 +25,12 @@ struct ReportSettings {
     /// Whether failures of this type have the effect.
     bool asksFor(Effect effect, FailureType type) const;
 
-    /// Takes over what "settings/testing.ini" holds, or "settings/testing.alt.ini" when
-    /// that does not open, both in the working folder. Nothing when neither opens.
+    /// Applies "settings/testing.ini", or "settings/testing.alt.ini" if that does not
+    /// open, both in the working folder. Does nothing if neither opens.
     void load();
 
-    /// Takes over what the file holds; it stays open. Lines that mean nothing are
-    /// skipped, a section or value that is not known with a line on WARN.
+    /// Applies the file, which stays open. Lines without meaning are skipped; unknown
+    /// sections and values also get a line on WARN.
     void read(FILE* file);
 
 private:

@@ -16,7 +16,7 @@ constexpr CheckSite kNonBlockingClosed{"core_smartsocket.cpp", 440};
 struct TheSystem final : SmartSocket::System {};
 constinit const TheSystem realSystem;
 
-/// An option of which nothing but success is known.
+/// An option that only succeeds or fails.
 template <typename Value>
 bool setOption(SocketHandle socket, int level, int option, const Value& value) {
     return setsockopt(static_cast<detail::SystemSocket>(socket), level, option,

@@ -10,9 +10,9 @@ namespace detail {
 struct Membership;
 } // namespace detail
 
-/// Owns one socket of the system and closes it at last. Child processes do not inherit
-/// it. Failures are logged on WARN, without the system's reason; a call on a closed socket
-/// is a failed check, and false. One thread at a time.
+/// Owns one socket of the system and closes it in the end. Child processes do not inherit
+/// it. Failures are logged on WARN, without the system's reason; a call on a closed
+/// socket is a failed check, and false. One thread at a time.
 class SmartSocket {
 public:
     /// How a socket is made: no call waits; others may bind to its address.
@@ -38,7 +38,7 @@ public:
     /// Lets no call wait.
     [[nodiscard]] bool setNonBlocking();
 
-    /// What it holds, kInvalidSocket for none, and by which calls.
+    /// The socket, kInvalidSocket for none, and the calls it is used by.
     bool isOpen() const { return d_handle != kInvalidSocket; }
     SocketHandle handle() const { return d_handle; }
     const System& system() const { return *d_system; }
@@ -46,7 +46,7 @@ public:
     /// The system's result, 0 for success; -1 when nothing was open.
     int close();
 
-    /// Exchanges what the two hold.
+    /// Exchanges the two sockets.
     void swap(SmartSocket& other) noexcept;
 
 private:

@@ -10,7 +10,7 @@ namespace core {
 /// closed. One thread at a time.
 class Socket {
 public:
-    /// Whether `open` was called with success, and `close` not since.
+    /// Whether `open` succeeded and `close` has not been called since.
     bool isOpen() const { return d_socket.isOpen(); }
     /// What an event loop watches, see kern::DescriptorInterface.
     intptr_t descriptor() const { return static_cast<intptr_t>(d_socket.handle()); }

@@ -25,9 +25,9 @@ struct StackFrame {
 /// "?"; of several in a row only the first is printed, and a line "#05 in ?" behind it
 /// says where the row ends, counting the frames that are not printed, too.
 ///
-/// One object per use. On Windows the symbol engine serves one thread at a time; on
-/// Linux what it learnt is kept for later objects, which any threads may use at once.
-/// Failures to find a name, a line or a module are logged on NORM and end nothing.
+/// One object per use. On Windows the symbol engine serves one thread at a time; on Linux
+/// what it learnt is kept for later objects, which any threads may use at once. Failures
+/// to find a name, a line or a module are logged on NORM, and the walk goes on.
 class StackTrace {
 public:
     static constexpr unsigned kMaxFrames = 63; ///< of a text
@@ -52,13 +52,13 @@ public:
     /// The text of this stack, beginning with the caller; lines are joined by '\n'.
     std::string getStackText();
 
-    /// Offers a module to the symbol engine of `process`, with its path, name, address
-    /// and size in bytes. True also when the engine knew it; false after a line on NORM.
-    /// On Linux there is one engine, for this process, whatever `process` is.
+    /// Adds a module to the symbol engine of `process`, with its path, name, address and
+    /// size in bytes. True also if the engine knew it; false after a line on NORM. On
+    /// Linux there is one engine, for this process, whatever `process` is.
     bool loadModule(void* process, const std::string& image, const std::string& module,
                     uint64_t base, uint32_t size);
 
-    /// Offers every module of this process; once per object.
+    /// Adds every module of this process; once per object.
     void loadModules();
 
 private:

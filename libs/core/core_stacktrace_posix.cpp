@@ -29,7 +29,7 @@ namespace {
 
 constexpr size_t kDeepestStack = 1024;
 constexpr size_t kLongestName = 1024;
-constexpr size_t kMostPlaces = 4096; // as many as a program's checks are likely to meet
+constexpr size_t kMostPlaces = 4096; // more than the checks of a program are likely to need
 
 struct Module {
     std::string image;
@@ -39,7 +39,7 @@ struct Module {
     bool operator==(const Module&) const = default;
 };
 
-/// What is known of an address; the error is that of the search for its symbol.
+/// What is known about an address; the error is from looking up its symbol.
 struct Place {
     StackFrame frame;
     bool located = false;
@@ -53,8 +53,8 @@ int openModule(Dwfl_Module*, void**, const char* image, Dwarf_Addr, char** path,
     return file;
 }
 
-/// Looks on this machine only: where the user's settings name servers of debug
-/// information, the library's default would ask them.
+/// Searches this machine only: the library's default would ask the debug information
+/// servers in the user's settings.
 int findDebugFile(Dwfl_Module* module, void** data, const char* name, Dwarf_Addr base,
                   const char* image, const char* link, GElf_Word sum, char** path) {
     const auto find = std::getenv("DEBUGINFOD_URLS") == nullptr ? dwfl_standard_find_debuginfo
@@ -73,7 +73,7 @@ std::string withoutParameters(std::string function) {
     return start != std::string::npos ? function.substr(0, start) : function;
 }
 
-/// The text of a symbol. Those that Abseil has demangled end by "()" already, but for
+/// The text of a symbol. Those that Abseil has demangled end in "()" already, except
 /// functions that return a std::string, whose tag it does not know.
 std::string functionText(const std::string& symbol) {
     if (symbol.ends_with("()"))
@@ -89,7 +89,7 @@ std::string functionAt(const char* address) {
     return absl::Symbolize(address, name, sizeof name) ? functionText(name) : "";
 }
 
-/// For names in a file apart from the program, in which Abseil does not look.
+/// For names in a separate debug file, where Abseil does not look.
 std::string symbolAt(Dwfl_Module* module, uintptr_t address) {
     GElf_Off offset = 0;
     GElf_Sym symbol{};
@@ -98,8 +98,8 @@ std::string symbolAt(Dwfl_Module* module, uintptr_t address) {
     return name != nullptr && offset < symbol.st_size ? functionText(name) : "";
 }
 
-/// The compilation unit that holds the address. It is searched for where the table of
-/// them does not name it: Clang writes none.
+/// The compilation unit that contains the address. All are searched if the table does not
+/// have it: Clang writes no table.
 Dwarf_Die* unitAt(Dwfl_Module* module, uintptr_t address, Dwarf_Addr& bias) {
     Dwarf_Die* unit = dwfl_module_addrdie(module, address, &bias);
     if (unit != nullptr && dwarf_haspc(unit, address - bias) > 0)
@@ -126,10 +126,9 @@ void findLine(Dwfl_Module* module, uintptr_t address, StackFrame& frame) {
 
 constexpr Dwfl_Callbacks kCallbacks{openModule, findDebugFile, nullptr, nullptr};
 
-/// What libdw knows of this process; made once and kept, since reading debug
-/// information takes far longer than a walk, as are the places found, since the same
-/// ones come again and again. libdw is not made for several threads, hence the lock,
-/// under which nothing is logged and no check can fail.
+/// What libdw knows about this process. Kept, since reading debug information takes far
+/// longer than a walk; so are the places found, since the same ones recur. libdw is not
+/// thread-safe, hence the lock; under it nothing is logged and no check can fail.
 class Symbols {
 public:
     static Symbols* instance() {
@@ -148,7 +147,7 @@ public:
         std::copy_if(modules.begin(), modules.end(), std::back_inserter(refused),
                      [this](const Module& module) { return !report(module); });
         dwfl_report_end(d_dwfl, nullptr, nullptr);
-        d_modules = refused.empty() ? modules : std::vector<Module>(); // or they are tried again
+        d_modules = refused.empty() ? modules : std::vector<Module>(); // to try again
         return refused;
     }
 
@@ -209,7 +208,7 @@ private:
 
     std::mutex d_mutex;
     Dwfl* const d_dwfl;
-    std::vector<Module> d_modules; // that libdw knows
+    std::vector<Module> d_modules; // those that libdw knows
     absl::flat_hash_map<const void*, Place> d_places;
 };
 

@@ -31,7 +31,7 @@ struct TestInterface::Loaded {
 struct TestInterface::Collected {
     FailureTable failures;
 
-    /// The socket, which is made when it is first needed; null when the system refuses.
+    /// The socket, created at first use; null if the system refuses.
     std::shared_ptr<const Udp4Socket> openSocket();
     std::shared_ptr<const Udp4Socket> socket();
 
@@ -39,7 +39,7 @@ struct TestInterface::Collected {
     std::optional<ReportSettings> setByCode();
 
 private:
-    // Guards the pointer only; the socket itself may be sent on by several threads.
+    // Guards only the pointer; several threads may send on the socket.
     std::mutex d_socketMutex;
     std::shared_ptr<const Udp4Socket> d_socket;
 
@@ -80,8 +80,8 @@ TestInterface& TestInterface::instance() {
 }
 
 const TestInterface::Loaded* TestInterface::loaded() {
-    // Nobody waits for the reading thread: it may be waiting for the log's lock, under
-    // which the waiting thread's check may have failed.
+    // Do not wait for the reading thread: it may be waiting for the log's lock, which the
+    // failing thread may hold.
     if (!d_loadStarted.load(std::memory_order_relaxed) && !d_loadStarted.exchange(true)) {
         auto fresh = std::make_unique<Loaded>();
         fresh->settings.load();

@@ -10,14 +10,14 @@ namespace core {
 
 struct ReportSettings;
 
-/// Decides what becomes of failed checks and alerts beyond their log line: whether
-/// they stop the program, which are expected and need no report, and whether reports
-/// go to a collecting server, as one document for each site and datagram.
+/// Decides what happens to failed checks and alerts besides their log line: whether they
+/// stop the program, which are expected and need no report, and whether reports go to a
+/// collecting server, as one document for each site and datagram.
 ///
-/// One per process, there from the first initialiser to the very end. What it reads
-/// from files it reads once: when core::Globals is made, or at the first failure before
-/// that. A failure during that reading, and one of another thread at the same time, is
-/// judged by the defaults. By default nothing is sent. Any thread.
+/// One per process, from the first initialiser to the very end. It reads its files once:
+/// when core::Globals is made, or at the first failure before that. A failure during that
+/// reading, on any thread, is judged by the defaults. By default nothing is sent. Any
+/// thread.
 class TestInterface {
 public:
     /// The process's.
@@ -30,7 +30,7 @@ public:
     /// Those in force.
     ReportSettings settings();
 
-    /// Takes the place of what the settings file says, before or after it is read.
+    /// Replaces what the settings file says, whether it was read or not.
     void setSettings(const ReportSettings& settings);
 
     /// Whether the exclusion list of core::AssertExclude names the site.
@@ -50,8 +50,8 @@ public:
     /// sent. What cannot be sent is logged, and kept for the next time.
     void sendAsserts();
 
-    /// Sends nothing any more, as if no settings asked for it: for the program that would
-    /// receive its own reports.
+    /// Stops sending, whatever the settings say: for a program that would receive its own
+    /// reports.
     void stopSending() { d_sendingStopped = true; }
 
     /// Asks the server to fetch the log files, if anything was sent before; otherwise

@@ -8,7 +8,7 @@ namespace {
 constexpr int64_t kNanosecondsPerSecond = 1'000'000'000;
 constexpr absl::CivilSecond kEpoch(1970);
 
-// Rounds down, so that the moment before the epoch is in 1969.
+// Rounds down, so that times before the epoch are in 1969.
 int64_t wholeSeconds(int64_t time) {
     const int64_t seconds = time / kNanosecondsPerSecond;
     return time % kNanosecondsPerSecond < 0 ? seconds - 1 : seconds;

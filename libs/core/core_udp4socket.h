@@ -10,11 +10,11 @@
 
 namespace core {
 
-/// Sends and receives datagrams over IPv4. Addresses are texts as core::SetSockAddr
-/// takes them, ports are in the computer's byte order. What fails is logged on WARN
-/// with the system's reason, which only opening and leaving a group do not tell; a call
-/// on a closed socket is a failed check and does nothing. One thread at a time, except
-/// that any number of threads may send.
+/// Sends and receives datagrams over IPv4. Addresses are texts as core::SetSockAddr takes
+/// them, ports are in the computer's byte order. Failures are logged on WARN with the
+/// system's reason, except for opening and for leaving a group; a call on a closed socket
+/// is a failed check and does nothing. One thread at a time, except that any number of
+/// threads may send.
 class Udp4Socket : public Socket {
 public:
     Udp4Socket();
@@ -22,16 +22,17 @@ public:
     explicit Udp4Socket(const SmartSocket::System& system);
     ~Udp4Socket();
 
-    /// `flags` is a sum of SmartSocket::Flags; `receiveTimeout`, in milliseconds, bounds
-    /// the waiting of `receive`, 0 or less does not. A socket that is open is a failed check.
+    /// `flags` is a sum of SmartSocket::Flags; `receiveTimeout`, in milliseconds, limits
+    /// how long `receive` waits; 0 or less: no limit. A socket that is open is a failed
+    /// check.
     [[nodiscard]] bool open(uint32_t flags = 0, int32_t receiveTimeout = 0);
 
     /// Receives from now on what is sent to this address; port 0 takes a free one.
     [[nodiscard]] bool bind(const std::string& ip, uint16_t port);
 
-    /// Asks the system to keep so many bytes of datagrams that wait to be received, and
-    /// returns how many it grants: on Linux programs without privileges may be granted
-    /// less, and the system counts what it needs itself. -1 when it cannot tell.
+    /// Asks the system for a receive buffer of so many bytes and returns how many it
+    /// grants: on Linux, programs without privileges may get less, and the system's own
+    /// overhead counts. -1 if the system cannot tell.
     int32_t setReceiveBuffer(int32_t bytes);
 
     /// The port that it is bound to, -1 for none.
@@ -49,8 +50,8 @@ public:
         std::string ip;    ///< of the sender, as the port
         uint16_t port = 0; ///< in the computer's byte order
     };
-    /// Waits for the next datagram. Nothing when none was there and the socket does not
-    /// block, when none came in time, and on failure.
+    /// Waits for the next datagram. Nothing if none came in time, if none was there and
+    /// the socket does not block, or on failure.
     std::optional<Datagram> receive();
 
     /// Receives what is sent to the group, on the interface with the address given,

@@ -15,13 +15,13 @@
 
 namespace core {
 
-// As the predefined channels are, for lines of initialisers that come before the logger.
+// The predefined channels' bits, for initialisers that log before the logger exists.
 constinit std::array<std::atomic<uint32_t>, kChannelCount / 32> detail::enabledChannels{
     {{1U << kChannelCrit | 1U << kChannelWarn | 1U << kChannelInfo}}};
 
 namespace {
 
-// What a fault of the log system itself is reported by; there is no log to ask.
+// Numbers that report faults of the log system itself, which cannot be logged.
 constexpr int32_t kFaultUnknownChannel = 387;
 constexpr int32_t kFaultNotAlive = 632;
 constexpr int32_t kFaultChannelRange = 638;
@@ -66,8 +66,8 @@ struct State {
     Logger defaultLogger;
 };
 
-// Built by the first who asks, and never destroyed: threads and static destructors may
-// log to the very end.
+// Built at first use and never destroyed: threads and static destructors may log to the
+// very end.
 State& state() {
     static State& theState = []() -> State& {
         State* const built = new State;
@@ -77,8 +77,8 @@ State& state() {
     return theState;
 }
 
-// Before all other initialisers of the program: what is registered first for its exit
-// comes last.
+// Before all other initialisers of the program: the exit handler that is registered first
+// runs last.
 [[gnu::constructor(101)]] void buildFirst() { state(); }
 
 void print(std::FILE* stream, std::string_view text) {
@@ -92,7 +92,7 @@ std::string faultText(int32_t number) {
 
 void fault(int32_t number) { print(stdout, faultText(number)); }
 
-// Whether the logger has not ended; who asks reports it when it has.
+// Whether the logger has not ended. If it has, reports the call.
 bool stillAlive() {
     if (state().alive)
         return true;
@@ -149,7 +149,7 @@ int32_t State::define(std::string_view name, std::string_view colour, uint8_t ma
     ChannelRecord& record = this->record(channel);
     copyCut(record.name, sizeof record.name, name);
     copyCut(record.colour, sizeof record.colour, colour);
-    if (mask != 0) { // one of its own, which is nobody's to take back
+    if (mask != 0) { // one of its own, which is never taken back
         record.mask.store(mask, std::memory_order_relaxed);
         lent.reset(static_cast<size_t>(channel));
     }
@@ -201,7 +201,7 @@ std::shared_ptr<T> lend(const std::shared_ptr<Lendable<T>>& place) {
     return place != nullptr ? place->lend() : nullptr;
 }
 
-// Yields what is to be destroyed: what was there before, or `next` after shutdown.
+// Returns what is to be destroyed: the previous one, or `next` after shutdown.
 template <typename T>
 std::shared_ptr<Lendable<T>> install(std::shared_ptr<Lendable<T>>& place, std::unique_ptr<T> next) {
     auto lendable = std::make_shared<Lendable<T>>(std::move(next));
@@ -211,7 +211,7 @@ std::shared_ptr<Lendable<T>> install(std::shared_ptr<Lendable<T>>& place, std::u
     return lendable;
 }
 
-// Nobody is left to tell: a line that was refused by an exception counts as delivered.
+// There is nobody to report to: a line whose receiver throws counts as delivered.
 template <typename Call>
 void withoutExceptions(Call&& call) {
     try {
@@ -446,7 +446,7 @@ void MasterLogger::shutdown() {
         const std::lock_guard lock(state().implMutex);
         state().observers.clear();
         history.swap(state().history);
-        if (Visit::active()) // exit was called from inside of them: they are never left
+        if (Visit::active()) // exit was called inside one of them, which never returns
             return;
         impl.swap(state().impl);
         rImpl.swap(state().rImpl);
@@ -470,8 +470,8 @@ void MasterLogger::logText(Logger& logger, int32_t channel, std::string_view tex
     });
 }
 
-// Shutdown clears `alive` before the count of channels: who sees no channels any more
-// knows why.
+// Shutdown clears `alive` before the count of channels, so whoever sees no channels sees
+// that, too.
 void MasterLogger::logEnabled(Logger& logger, int32_t channel, std::string_view text) {
     if (channel == kChannelString || defined(channel) || state().alive)
         logText(logger, channel, text);
@@ -518,8 +518,8 @@ void MasterLogger::writeLine(int32_t channel, uint32_t id, const ChannelRecord& 
         keepInHistory(record, text);
 }
 
-// Over a copy, since a callback may register and unregister; an observer that went
-// meanwhile is neither called nor touched.
+// Iterates over a copy, since a callback may register and unregister; observers that are
+// gone by then are neither called nor touched.
 void MasterLogger::tellObservers(int32_t channel, uint32_t id, const ChannelRecord& record,
                                  std::string_view text) {
     const std::lock_guard lock(state().implMutex);
@@ -535,7 +535,7 @@ void MasterLogger::tellObservers(int32_t channel, uint32_t id, const ChannelReco
         state().called = observer;
         withoutExceptions(
             [&] { observer->observe(channel, id, record, text.data(), text.size()); });
-        if (std::exchange(state().called, nullptr) == observer) // else it is destroyed
+        if (std::exchange(state().called, nullptr) == observer) // otherwise it is destroyed
             observer->d_busy = false;
     }
 }

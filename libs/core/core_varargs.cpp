@@ -48,7 +48,7 @@ constexpr size_t kStringScanCap = 10000;
 constexpr size_t kNullEstimate = 5;
 constexpr size_t kNumberEstimate = 8;
 constexpr size_t kMaxFloatLength = 23;
-// Beyond every digit that a double has, so that a larger precision changes nothing printed.
+// More digits than a double has, so that a larger precision prints the same.
 constexpr int32_t kMaxFloatPrecision = 1100;
 // A bad format must not exhaust the memory.
 constexpr size_t kMaxPadding = 1'000'000;
@@ -64,8 +64,8 @@ size_t lengthUpTo(const char* text, size_t cap) {
     return end != nullptr ? static_cast<size_t>(static_cast<const char*>(end) - text) : cap;
 }
 
-// Most pieces of a message are a few bytes, for which a call of memcpy is the larger
-// part of the work: those are copied by two overlapping moves of a fixed size.
+// Most pieces of a message are a few bytes, for which a call of memcpy is most of the
+// work: two overlapping moves of a fixed size copy them.
 inline void copy(char* to, const char* from, size_t size) {
     if (size > 16) {
         std::memcpy(to, from, size);
@@ -189,7 +189,7 @@ size_t countDigits(uint64_t value, char letter) {
     return count;
 }
 
-// Writes the digits of an integer letter from `to` to `end`, where exactly they fit.
+// Writes the digits of an integer letter from `to` to `end`, which they fill exactly.
 void writeDigits(char* to, char* end, uint64_t value, char letter) {
     if (letter == 'o') {
         std::to_chars(to, end, value, 8);
@@ -289,8 +289,8 @@ size_t printHexFloat(char* buffer, size_t size, double value, const Conversion& 
     return length;
 }
 
-// The same digits as the runtime library's snprintf, without its parsing and its
-// locale. Yields the length printed.
+// The same digits as the runtime library's snprintf, without its parsing and its locale.
+// Returns the length printed.
 size_t printFloat(char* buffer, size_t size, double value, const Conversion& conversion) {
     std::chars_format style = std::chars_format::general;
     switch (conversion.letter) {
@@ -433,8 +433,8 @@ bool putLiterals(Output& out, const char*& cursor, const char* end) {
     return end - from > 1;
 }
 
-// Out of the loop below, which then keeps to what most directives are; in one piece with
-// what it calls, a twentieth of a line's time.
+// Kept out of the loop below, which then handles only the usual directives; inlining it
+// would cost a twentieth of a line's time.
 [[gnu::noinline, gnu::flatten]] void putDirective(Output& out, const char* format,
                                                   const char*& cursor, const FormatArg* arg) {
     const Conversion conversion = detail::readConversion(format, cursor);
@@ -446,7 +446,7 @@ bool putLiterals(Output& out, const char*& cursor, const char* end) {
         putArgument(out, *arg, conversion);
 }
 
-// Yields how many conversions the format has.
+// Returns how many conversions the format has.
 size_t putAll(Output& out, const char* format, size_t length, const FormatArg* args, size_t count) {
     size_t counted = 0;
     for (const char* cursor = format; putLiterals(out, cursor, format + length); ++counted) {

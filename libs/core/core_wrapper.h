@@ -30,10 +30,10 @@ public:
     /// reading a pipe by name, whose other end might never come.
     static FILE* fopen(const std::string& path, const std::string& mode);
 
-    /// Deletes a file, also a read-only one: refused access (EACCES) is met by making
-    /// it writable (mode 0600, which stays if it cannot be deleted even then) and trying
-    /// once more. 0, or -1 with errno. After a refusal errno is EACCES even when the second
-    /// try succeeds; a path that is not UTF-8 is EILSEQ.
+    /// Deletes a file, even a read-only one: after EACCES it is made writable (mode 0600,
+    /// which stays if the second try fails, too) and deleted again. 0, or -1 with errno.
+    /// After a refusal errno is EACCES even when the second try succeeds; a path that is
+    /// not UTF-8 is EILSEQ.
     static int unlink(const std::string& path);
     static int unlink(const std::string& path, const System& system);
 

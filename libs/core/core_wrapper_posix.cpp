@@ -10,8 +10,8 @@
 namespace core {
 namespace {
 
-/// The path by the thread's file-name mode; without the conversion its bytes stand
-/// for themselves, but '\' separates folders in either mode.
+/// The path in the thread's file-name mode; without conversion its bytes stay, but '\'
+/// separates folders in both modes.
 bool systemPath(const std::string& path, std::string& out) {
     if (Wrapper::wideFileNames()) {
         if (Wrapper::pathFromUtf8(path, out))

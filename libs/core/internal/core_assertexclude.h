@@ -12,19 +12,19 @@ namespace core {
 
 /// Checks that are known to fail and need no report for a few days, by their sites.
 ///
-/// They stand in a text file, one to a line; fields are separated by blanks and
-/// tabs, lines that begin with "#" or do not look like this are skipped:
+/// They are in a text file, one on each line; fields are separated by blanks and tabs,
+/// lines that begin with "#" or do not look like this are skipped:
 ///
 ///     core_time.cpp 1026 2024-05-31
 ///
 /// A line holds for less than three days before and after midnight of its date: on
 /// purpose, so that no failing check is forgotten here.
 ///
-/// Reading is one thread's; afterwards any thread may ask.
+/// One thread reads; afterwards any thread may ask.
 class AssertExclude {
 public:
-    /// Adds what "settings/assert.exclude" holds today, or "assert.exclude" when that
-    /// does not open, both in the working folder. Nothing when neither opens.
+    /// Adds what "settings/assert.exclude" holds today, or "assert.exclude" if that does
+    /// not open, both in the working folder. Does nothing if neither opens.
     void load();
 
     /// Adds the lines that hold at `now`, local time. The file stays open.

@@ -11,8 +11,8 @@
 /// halves and their pieces; not for other modules.
 namespace core::detail {
 
-/// What the evidence of this program is named after. It lies in static storage, away from
-/// the heap and the stacks, and is asked for before anything can have been damaged.
+/// The names in this program's dump and lines. They are in static storage, away from the
+/// heap and the stacks, and are looked up before anything can have been damaged.
 struct CrashNames {
     FixedText<512> module;      ///< as in the dump's name
     bool moduleIsKnown = false; ///< the system could tell
@@ -21,14 +21,15 @@ struct CrashNames {
 };
 const CrashNames& crashNames();
 
-/// Asks for them. At the guard's start, and before a dump without a guard.
+/// Looks them up: when the guard starts, and before a dump without a guard.
 void noteCrashNames();
 bool crashNamesAreNoted();
 
-/// The platform's: of the program's file; empty if the system cannot tell.
+/// The path of the program's file; empty if the system cannot tell. In the platform's
+/// half.
 std::string programPath();
 
-/// Raises the check that the program's name is not known, if it is not.
+/// Fails a check if the program's name is not known.
 void checkCrashNames();
 
 /// Where a dump goes, with '\\' between folders on Linux, too.
@@ -43,28 +44,28 @@ const DumpPlace& dumpPlace();
 
 struct DumpResult {
     bool written = false;
-    uint32_t error = 0; ///< the system's number, if it was not
+    uint32_t error = 0; ///< the system's number, if it was not written
 };
 
 /// The system's text for an error.
 FixedText<512> errorText(uint32_t error);
 
-// ---- The exception of C++ that nobody caught. What asks it runs words of the program, in
-// which anything may go wrong.
+// ---- The uncaught C++ exception. Asking it runs the program's code, in which anything
+// may go wrong.
 
-/// The object that was thrown, by which a throw is known; null if there is none.
+/// The thrown object, which identifies the throw; null if there is none.
 const void* currentException();
 
 /// Adds its ": what()", if it has one.
 void addExceptionText(FixedText<4096>& text);
 
-/// Makes the raw name of a type readable, if memory can be had.
+/// Makes the raw name of a type readable, if memory can be allocated.
 void demangleType(FixedText<512>& type);
 
 // ---- The lines that tell of a crash, made in fixed memory and written by plain system calls.
 // Each function may be cut off by a fault or the end of its time; none needs another.
 
-/// What is told: about the dump, and on which clock.
+/// What the lines say, and which have been written.
 struct CrashTold {
     DumpResult dump;
     CivilTime time; ///< the computer's local time
@@ -81,10 +82,12 @@ void deliverDumpLine(const CrashTold& told);
 /// Adds the line to dumps.log.
 void recordCrash(CrashTold& told);
 
-/// The platform's: to standard output, behind what the runtime still holds for it.
+/// Writes to standard output, after what the runtime has buffered. In the platform's
+/// half.
 void writeToStandardOutput(std::string_view text);
 
-/// The platform's: adds a line to a regular file, which is made if its folder exists.
+/// Adds a line to a regular file, which is created if its folder exists. In the
+/// platform's half.
 void appendToFile(PathText& path, std::string_view line);
 
 } // namespace core::detail

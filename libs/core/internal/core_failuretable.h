@@ -11,8 +11,8 @@ namespace core {
 
 /// Collects failures by their sites and counts them.
 ///
-/// Any thread. Its lock is held for the table's own work only, never for a call to
-/// other code: failures come from everywhere, the write path of the log included.
+/// Any thread. Its lock is held only for the table's own work, never during calls to
+/// other code: failures come from everywhere, even from the log's write path.
 class FailureTable {
 public:
     /// A failure of a known site replaces its texts and raises both counts by one.

@@ -6,11 +6,11 @@
 #include <cstddef>
 #include <string_view>
 
-/// Text for what runs after a crash.
+/// Text for code that runs after a crash.
 namespace core::detail {
 
-/// Text in memory of its own, since the heap may not be asked after a crash. What does
-/// not fit is left out.
+/// Text in fixed memory, since the heap must not be used after a crash. What does not fit
+/// is dropped.
 template <size_t Size>
 class FixedText {
 public:

@@ -8,7 +8,7 @@
 /// Owners of what Windows gives, for the Windows halves of all libraries.
 namespace core {
 
-/// A file or a snapshot, of which the system says INVALID_HANDLE_VALUE if there is none.
+/// A file or a snapshot; INVALID_HANDLE_VALUE for none.
 class FileHandle {
 public:
     explicit FileHandle(HANDLE handle) : d_handle(handle) {}
@@ -24,7 +24,7 @@ public:
             CloseHandle(release());
     }
 
-    /// Leaves it to the caller.
+    /// The caller closes it.
     HANDLE release() { return std::exchange(d_handle, INVALID_HANDLE_VALUE); }
 
 private:
@@ -35,7 +35,7 @@ struct LocalFreer {
     void operator()(void* memory) const { LocalFree(static_cast<HLOCAL>(memory)); }
 };
 
-/// What a call of the system has allocated for its caller.
+/// Memory that a system call has allocated for its caller.
 template <typename T>
 using LocalMemory = std::unique_ptr<T, LocalFreer>;
 

@@ -6,8 +6,8 @@
 #include <cstdint>
 #include <string_view>
 
-/// The newest lines of the log's history once more, in static storage, where a dump holds
-/// them and damage to the heap does not reach.
+/// A copy of the newest lines of the log's history in static storage, which dumps contain
+/// and damage to the heap does not reach.
 namespace core::detail {
 
 struct HistoryLine {
@@ -22,8 +22,8 @@ inline constexpr size_t kHistoryCopyLines = 64;
 /// One caller at a time.
 void copyToHistory(int64_t time, std::string_view channel, std::string_view text);
 
-/// The line that came so many lines before the newest. False if there is none, or if it is
-/// being written at this moment. Waits for nobody; any thread, a signal's handler too.
+/// The line that came so many lines before the newest. False if there is none, or if it
+/// is being written at this moment. Never waits; any thread, signal handlers, too.
 bool readHistoryCopy(size_t age, HistoryLine& line);
 
 } // namespace core::detail

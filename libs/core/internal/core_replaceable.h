@@ -6,13 +6,13 @@
 #include <mutex>
 #include <utility>
 
-/// For objects of somebody else's code that threads call while others replace them.
+/// For users' objects that some threads call while others replace them.
 namespace core {
 
-/// Such code is running on this thread; visits may nest.
+/// Marks that this thread runs the code of such an object; visits may nest.
 ///
-/// Who waited for others inside of a visit could wait for itself, or two for each other.
-/// So what this thread replaces meanwhile is destroyed when its outermost visit ends.
+/// Waiting for others inside a visit could deadlock, so what this thread replaces
+/// meanwhile is destroyed when its outermost visit ends.
 class Visit {
 public:
     Visit();
@@ -20,10 +20,11 @@ public:
     Visit(const Visit&) = delete;
     Visit& operator=(const Visit&) = delete;
 
-    /// Whether this thread is inside of one.
+    /// Whether this thread is inside a visit.
     static bool active();
 
-    /// Runs `work` when this thread is inside of none: now, or at the end of the outermost.
+    /// Runs `work` when this thread is inside no visit: now, or at the end of the
+    /// outermost.
     static void runOutside(std::function<void()> work);
 };
 
@@ -51,7 +52,7 @@ public:
     /// For the time of a call. Not after `destroy`.
     std::shared_ptr<T> lend() const { return d_lent; }
 
-    /// Waits until nobody has it any more, then destroys the object. Outside of visits,
+    /// Waits until nobody uses the object any more, then destroys it. Outside of visits,
     /// with no lock held.
     void destroy() {
         d_lent.reset();

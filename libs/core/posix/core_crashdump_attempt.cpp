@@ -10,7 +10,7 @@
 namespace core {
 namespace {
 
-constexpr int kShortest = 50; // milliseconds that each attempt has, however late it is
+constexpr int kShortest = 50; // milliseconds for each attempt, however late it is
 
 constinit sigjmp_buf resume{};
 constinit volatile sig_atomic_t running = 0;
@@ -22,7 +22,7 @@ int64_t millisecondsNow() {
     return int64_t{time.tv_sec} * 1000 + time.tv_nsec / 1'000'000;
 }
 
-/// 0: no limit. It comes again, should a signal be lost.
+/// 0: no limit. Repeats, in case a signal is lost.
 void alarmIn(int64_t milliseconds) {
     itimerval timer{};
     timer.it_value = {milliseconds / 1000, milliseconds % 1000 * 1000};

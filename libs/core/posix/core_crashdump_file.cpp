@@ -15,11 +15,11 @@ namespace {
 
 constinit std::array<int, 4> reserve{-1, -1, -1, -1};
 
-// For the names: Abseil takes memory of its own from the system.
+// For names: Abseil maps memory of its own.
 constexpr size_t kReservedSize = 4194304;
 constinit void* reservedMemory = nullptr;
 
-/// Never through a link, nor into a file that is there.
+/// Never through a link, nor into an existing file.
 int createFile(const char* path) {
     return ::open(path, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
 }
@@ -27,7 +27,7 @@ int createFile(const char* path) {
 } // namespace
 
 void reserveForReport() {
-    reserve[0] = ::eventfd(0, EFD_CLOEXEC); // of all descriptors the quickest to be had
+    reserve[0] = ::eventfd(0, EFD_CLOEXEC); // the descriptor that is fastest to make
     for (size_t i = 1; i < reserve.size(); ++i)
         reserve[i] = ::fcntl(reserve[0], F_DUPFD_CLOEXEC, 0);
     reservedMemory = ::mmap(nullptr, kReservedSize, PROT_NONE,

@@ -13,14 +13,14 @@
 namespace core {
 namespace {
 
-constexpr int kPatience = 300; // milliseconds that a reader of standard output has
+constexpr int kPatience = 300; // milliseconds that standard output's reader gets
 
 bool writable(int file) {
     pollfd output{file, POLLOUT, 0};
     return ::poll(&output, 1, kPatience) == 1 && (output.revents & POLLOUT) != 0;
 }
 
-/// What stands in the runtime's buffer comes first, unless another thread has it locked.
+/// What the runtime has buffered comes first, unless another thread holds its lock.
 void flushStandardOutput() {
     if (!writable(STDOUT_FILENO) || ::ftrylockfile(stdout) != 0)
         return;
@@ -33,7 +33,7 @@ void flushStandardOutput() {
 void detail::writeToStandardOutput(std::string_view text) {
     flushStandardOutput();
     while (!text.empty() && writable(STDOUT_FILENO)) {
-        // So much can be written to a pipe at once when it is ready.
+        // A pipe that is ready takes this much at once.
         const ssize_t written =
             ::write(STDOUT_FILENO, text.data(), std::min<size_t>(text.size(), PIPE_BUF));
         if (written < 0 && errno != EINTR)
@@ -44,7 +44,7 @@ void detail::writeToStandardOutput(std::string_view text) {
 
 void detail::appendToFile(PathText& path, std::string_view line) {
     path.replace('\\', '/');
-    // Without waiting, and a look at what it is: a pipe in its place has no reader.
+    // Without waiting, and only if it is a file: a pipe in its place may have no reader.
     const int file =
         ::open(path.c_str(), O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY,
                S_IRUSR | S_IWUSR | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH);

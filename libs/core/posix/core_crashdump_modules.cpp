@@ -127,7 +127,7 @@ bool isCode(uintptr_t address) {
     return findModule(address, object);
 }
 
-// Over the loader's own list: its function to go over them takes a lock.
+// Uses the loader's own list: its function for that takes a lock.
 void writeModules(ReportFile& file) {
     file.write("\nModules, with their build-ids\n");
     for (const link_map* module = _r_debug.r_map; module != nullptr; module = module->l_next)

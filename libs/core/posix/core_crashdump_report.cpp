@@ -15,12 +15,12 @@
 namespace core {
 namespace {
 
-// What each piece of a report may take, in milliseconds. All are far more than is needed.
+// Time limits for the pieces of a report, in milliseconds; far more than they need.
 constexpr int kForLittle = 300;
 constexpr int kForThreads = 600;
 constexpr int kForNames = 1500;
 
-// As deep in the report's text as it is in the crash: the safest goes first.
+// The order of the report: the safest comes first.
 constinit detail::ReportFile file;
 constinit detail::CrashStack crashed;
 
@@ -156,7 +156,7 @@ void walkCrash(const detail::CrashCause& cause, const void* here) {
 }
 
 void writeAddresses(const detail::CrashCause& cause, const void* here) {
-    // What is known when the walk meets a fault is written all the same.
+    // If the walk faults, what it has found is written all the same.
     const bool whole = detail::attempt(kForLittle, [&] { walkCrash(cause, here); });
     attemptPiece(kForLittle, [] { detail::writeAddresses(file, crashed); });
     if (!whole)

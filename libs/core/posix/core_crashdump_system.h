@@ -11,34 +11,34 @@
 #include <cstdint>
 #include <string_view>
 
-/// The pieces of a crash report on Linux; for sources only. All of it runs in the handler of
-/// a signal, on a stack of its own: what it needs lies in static storage, and it neither
-/// allocates nor takes a lock of the program.
+/// The pieces of a crash report on Linux; for sources only. All of it runs in a signal
+/// handler, on a stack of its own: it uses static storage, and neither allocates nor
+/// takes locks of the program.
 namespace core::detail {
 
 inline constexpr std::array kFaultSignals{SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT};
 
 // ---- The crash of this process
 
-/// The thread that crashed first; 0: none. It stays when the guard has returned: whatever
-/// faults after that ends the process.
+/// The thread that crashed first; 0: none. Kept when the guard has returned, so that a
+/// later fault ends the process.
 extern constinit std::atomic<pid_t> crashing;
 
 /// What has happened.
 struct CrashCause {
     const void* info; ///< siginfo_t; null: no signal
-    void* context;    ///< ucontext_t; null: a call from where no fault is
+    void* context;    ///< ucontext_t; null: a call without a fault
     bool terminated;  ///< by std::terminate
 };
 
-/// Lets in what ends an attempt, whatever the fault's place has blocked, and keeps out what
-/// would end the process before all is written. A limit of its own for memory is over, too.
+/// Unblocks the signals that end an attempt, ignores those that would end the process
+/// before all is written, and lifts its memory limit.
 void prepareProcess();
 
-/// Dump, line on CRIT, line in dumps.log; none is lost by another.
+/// Dump, line on CRIT, line in dumps.log; none is lost if another fails.
 void leaveEvidence(const CrashCause& cause);
 
-/// What follows the evidence must end, too: then exit handlers are left out.
+/// Limits the time of what follows, too; after that, exit handlers do not run.
 void limitTheEnd();
 
 // ---- Steps that may fail
@@ -46,9 +46,8 @@ void limitTheEnd();
 /// All of what follows a crash ends within this time of its beginning.
 void startCrashClock(int milliseconds);
 
-/// Runs `step`, which must own nothing, and tells whether it came to its end: a fault of
-/// this thread or the end of its time, as far as cutAttempt hears of it, cuts it off. One
-/// attempt at a time.
+/// Runs `step`, which must own nothing. False if a fault of this thread or the end of its
+/// time cut it off, see cutAttempt. One attempt at a time.
 bool runAttempt(int milliseconds, void (*step)(void*), void* argument);
 template <typename Step>
 bool attempt(int milliseconds, Step step) {
@@ -56,13 +55,13 @@ bool attempt(int milliseconds, Step step) {
         milliseconds, [](void* argument) { (*static_cast<Step*>(argument))(); }, &step);
 }
 
-/// In the handler of a signal, on the attempting thread: ends the attempt that is under way,
-/// and otherwise returns.
+/// For signal handlers, on the attempting thread: ends the current attempt; returns if
+/// there is none.
 void cutAttempt();
 
 // ---- Memory and modules
 
-/// Copies memory that may not be there.
+/// Copies memory that may be unmapped.
 bool readMemory(uintptr_t from, void* to, size_t size);
 
 /// Whether an address lies in a loaded module.
@@ -110,7 +109,7 @@ const OtherStacks& askOtherThreads(int milliseconds);
 /// not known any more.
 const CrashStack* stackOfThrow(const void* exception);
 
-/// Has this thread's throws noted, or not.
+/// Whether this thread's throws are recorded.
 void noteThrows(bool noted);
 
 // ---- The report
@@ -119,7 +118,8 @@ void noteThrows(bool noted);
 /// pieces are attempts, so that each may fail without the others.
 void writeReport(const CrashCause& cause, DumpResult& result);
 
-/// Descriptors and addresses for memory that are given back when a report is to be written.
+/// Descriptors and addresses that are kept free for a report, and released when it is
+/// written.
 void reserveForReport();
 void releaseReserve();
 

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <exception>
 
-// The stack of an exception is gone when nobody has caught it at last: functions between have
-// cleaned up, or have caught it and thrown it on. So it is noted when it is thrown. The
-// compiler throws by a function of its runtime, in front of which this one stands.
+// When an exception turns out to be uncaught, its stack is gone: functions in between
+// have cleaned up, or have caught and rethrown it. So the stack is recorded at the throw:
+// this function replaces the runtime's, and calls it.
 
 namespace core::detail {
 namespace {
@@ -18,7 +18,7 @@ struct Throw {
     CrashStack stack;
 };
 
-// A few, since cleaning up may throw and catch as well.
+// A few, since cleanup may throw and catch, too.
 constinit std::array<Throw, 4> throws;
 constinit size_t nextThrow = 0;
 constinit thread_local bool noted = false;
@@ -44,7 +44,7 @@ ThrowFunction runtimesThrow() {
 
 void noteThrows(bool on) {
     noted = on;
-    runtimesThrow(); // so that it need not be looked for when something is wrong
+    runtimesThrow(); // found now, not when something is wrong
 }
 
 const CrashStack* stackOfThrow(const void* exception) {
@@ -57,7 +57,7 @@ const CrashStack* stackOfThrow(const void* exception) {
 
 } // namespace core::detail
 
-// Weak, so that it gives way where the runtime itself is linked into the program.
+// Weak, so that the runtime's takes precedence if it is linked statically.
 extern "C" [[gnu::weak, noreturn]] void __cxa_throw( // NOLINT(bugprone-reserved-identifier)
     void* exception, void* type, void (*destroy)(void*)) {
     using namespace core::detail;

@@ -8,10 +8,10 @@
 #include <typeinfo>
 #include <utility>
 
-// The runtime's own functions keep no frame pointer, by which debuggers walk a dump's stack,
-// so that they would miss the function that has called one of these. These stand in front.
-// And up to a noexcept function the stack is unwound before the program ends, so the calls
-// are noted when an exception is thrown.
+// The runtime's functions keep no frame pointer, so debuggers, which walk a dump's stack
+// by it, would miss their caller. The functions here wrap them. A noexcept function ends
+// the program only after the stack up to it is unwound, so the calls are recorded at the
+// throw.
 
 using Destroy = void(_GLIBCXX_CDTOR_CALLABI*)(void*);
 
@@ -23,8 +23,8 @@ using Calls = std::array<void (*)(), 32>;
 
 } // namespace
 
-/// Type and text of an exception of C++ that nobody caught. A dump holds it, and names its
-/// address as the first parameter of the exception.
+/// Type and text of the uncaught C++ exception. A dump holds it, and names its address as
+/// the first parameter of the exception.
 constinit detail::FixedText<4096> uncaughtException;
 
 /// Where it was thrown.
@@ -37,18 +37,18 @@ struct Throw {
     Calls calls{};
 };
 
-// A few, since cleaning up may throw and catch as well.
+// A few, since cleanup may throw and catch, too.
 constinit std::array<Throw, 4> throws;
 constinit size_t nextThrow = 0;
 constinit std::atomic<DWORD> noted{0};
 
-/// What a function has on its stack first.
+/// What a function's frame begins with.
 struct Frame {
     const Frame* caller;
     uintptr_t returnAddress;
 };
 
-/// By the frame pointers, as debuggers go.
+/// By the frame pointers, as debuggers do.
 void walk(const Frame* frame, Calls& calls) {
     const void* const base = reinterpret_cast<const NT_TIB*>(NtCurrentTeb())->StackBase;
     const Frame* inner = nullptr;
@@ -85,7 +85,7 @@ void writeException() {
     uncaughtException << uncaughtType.view() << uncaughtWords.view();
 }
 
-/// A function of the runtime, behind one of ours.
+/// A function of the runtime that one of ours wraps.
 template <typename Function>
 Function runtimes(const char* name) {
     return reinterpret_cast<Function>(
@@ -106,7 +106,7 @@ auto runtimesTerminate() {
 
 void detail::noteThrows(DWORD thread) {
     noted = thread;
-    runtimesThrow(); // so that they need not be looked for when something is wrong
+    runtimesThrow(); // found now, not when something is wrong
     runtimesTerminate();
 }
 
@@ -115,7 +115,7 @@ void detail::describeException() {
     uncaughtWords.clear();
     uncaughtType << abi::__cxa_current_exception_type()->name();
     findThrow();
-    writeException(); // before what may not come back
+    writeException(); // before calls that may not return
     detail::addExceptionText(uncaughtWords);
     writeException();
     detail::demangleType(uncaughtType);

@@ -22,15 +22,15 @@ void startDumpHelper();
 struct CrashCause {
     EXCEPTION_POINTERS* pointers; ///< null: no exception
     void (*describe)();           ///< adds to what the dump holds; may hang; null: nothing
-    bool endsProcess;             ///< by the helper, if nobody else does
+    bool endsProcess;             ///< the helper ends it, if nobody else does
 };
 
-/// Dump and line on standard output, by the helper, while this thread waits. Ends the
-/// process if the helper cannot. `deliverEvidence` is the rest.
+/// The helper writes the dump and the line on standard output, while this thread waits.
+/// Ends the process if the helper cannot. `deliverEvidence` does the rest.
 void showEvidence(const CrashCause& cause);
 
-/// Line to the log's receivers, by the crashed thread, which may hold the log's locks and
-/// has some stack again, and line in dumps.log.
+/// Sends the line to the log's receivers, then writes the line in dumps.log. On the
+/// crashed thread, which may hold the log's locks and has some stack again.
 void deliverEvidence();
 
 /// For a crashed thread that cannot go on: lets the helper finish.
@@ -38,13 +38,13 @@ void deliverEvidence();
 
 [[noreturn]] void endNow(int status);
 
-/// Writes the dump of a fault of `thread`, or of none, over the file. For a thread that is
-/// in order: it takes a good deal of stack, and memory of the heap.
+/// Writes the dump of a fault of `thread`, or of none, over the file. For a healthy
+/// thread: it needs much stack, and the heap.
 DumpResult writeMinidump(EXCEPTION_POINTERS* pointers, DWORD thread);
 
 // ---- Exceptions of C++
 
-/// Has the throws of a thread noted; 0: of none.
+/// Records the throws of this thread; 0: of none.
 void noteThrows(DWORD thread);
 
 /// Describes the current exception, and where it was thrown, in `uncaughtException` and
