@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks that nothing in libs/ and collect/ includes upward: libraries by the list below,
-modules of libs/core by the table of groups in docs/architecture.md; and that no modules
-include each other in a circle. Prints each violation; exits with 1 if there is one.
+modules of libs/core by the table of groups in docs/architecture.md; that no modules include
+each other in a circle; and that this page names every public header. Prints each violation; exits with 1 if there is one.
 """
 import re
 import sys
@@ -20,6 +20,8 @@ LIBRARIES = {
     "collect": ["libs/kern", "libs/utils", "libs/core", "libs/textmarkup",
                 "libs/utf"],
 }
+# Headers in these folders are not for callers.
+INNER = {"internal", "posix", "win32", "utf", "designer"}
 GROUP = re.compile(r"^\| (\w+) \| ([\w, -]+) \|( `core_[^|]*)\|", re.M)
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.M)
 
@@ -64,7 +66,11 @@ def circles(includes):
 
 
 def complaints(root):
-    group_of, groups_below = read_groups((root / "docs/architecture.md").read_text(encoding="utf-8"))
+    document = (root / "docs/architecture.md").read_text(encoding="utf-8")
+    for header in sorted((root / "libs").rglob("*.h")):
+        if f"`{header.name}`" not in document and not INNER & set(header.relative_to(root).parts):
+            yield f"docs/architecture.md does not say what {header.name} is for"
+    group_of, groups_below = read_groups(document)
     home = {module_of(file): folder for folder in LIBRARIES for file in sources(root / folder, "[hi]*")}
     for name in sorted(set(group_of) ^ {name for name, folder in home.items() if folder == "libs/core"}):
         yield f"docs/architecture.md and libs/core do not agree about {name}"
