@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# tools/lint.sh [layout | layers | code | scripts]...: runs these checks, or all. Part of ./test
-# --lint; run alone, it first installs what it needs, and builds preset linux for `code`.
+# tools/lint.sh [layout | layers | pages | code | scripts]...: runs these checks, or all. Part of
+# ./test --lint; run alone, it first installs what it needs, and builds preset linux for `code`.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 # shellcheck source=tools/lib.sh
@@ -39,20 +39,21 @@ check_scripts() {
 }
 
 checks=("$@")
-[[ $# -gt 0 ]] || checks=(layout layers code scripts)
+[[ $# -gt 0 ]] || checks=(layout layers pages code scripts)
 if is_alone; then
-    install_packages build test lint || exit 1
+    install_packages build test lint docs || exit 1
 fi
 for check in "${checks[@]}"; do
     case $check in
         layout) judge "clang-format" check_layout ;;
         layers) judge "layers" tools/layers.py ;;
+        pages) judge "doxygen" tools/docs.sh ;;
         code)
             if is_alone; then build_preset linux || die "preset linux cannot be built"; fi
             judge "clang-tidy" check_code
             ;;
         scripts) judge "shellcheck" check_scripts ;;
-        *) die "there is no check '$check': layout, layers, code, scripts" ;;
+        *) die "there is no check '$check': layout, layers, pages, code, scripts" ;;
     esac
 done
 finish

@@ -16,10 +16,10 @@ namespace test {
 /// A failed check, as a handler is told of it; see core::FailureHandler.
 struct FailedCheck {
     std::string condition; ///< "CHECKF", or an assertion's own text
-    std::string file;
-    int32_t line = 0;
-    int32_t level = 0;
-    std::string message;
+    std::string file;      ///< without folders
+    int32_t line = 0;      ///< as the check's site names it
+    int32_t level = 0;     ///< of the check
+    std::string message;   ///< empty for none
 
     bool operator==(const FailedCheck&) const = default;
     friend std::ostream& operator<<(std::ostream& out, const FailedCheck& check) {
@@ -80,6 +80,7 @@ private:
 /// Sets the assertion level for a scope; see core::assertionLevel.
 class ScopedAssertionLevel {
 public:
+    /// Until the scope ends.
     explicit ScopedAssertionLevel(int32_t level) : d_previous(core::assertionLevel()) {
         core::setAssertionLevel(level);
     }

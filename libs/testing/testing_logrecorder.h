@@ -16,13 +16,17 @@ namespace test {
 /// channels are switched on for it, as for every observer.
 class LogRecorder : private core::GlobalLogObserver {
 public:
+    /// On these channels.
     explicit LogRecorder(std::initializer_list<int32_t> channels = {core::kChannelWarn}) {
         for (const int32_t channel : channels)
             watch(channel);
         core::MasterLogger::registerObserver(this);
     }
-    /// On all channels, those that are defined later, too.
-    enum class Channels { All };
+    /// Instead of a list.
+    enum class Channels {
+        All ///< those that are defined later, too
+    };
+    /// On all channels.
     explicit LogRecorder(Channels) {
         for (int32_t channel = core::kChannelCrit; channel < core::kChannelCount; ++channel)
             watch(channel);

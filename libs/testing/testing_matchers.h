@@ -16,7 +16,9 @@
 /// text is expected, any matcher of texts will do, such as testing::HasSubstr.
 namespace test {
 
+/// For EXPECT_THAT on a function object.
 using CallMatcher = testing::Matcher<std::function<void()>>;
+/// What a text must be like; made of the text itself, too.
 using TextMatcher = testing::Matcher<const std::string&>;
 
 /// One check fails, the one at the site. Handlers are not told of it; the call goes on behind
