@@ -93,6 +93,7 @@ TEST(AssertExclude, HoldsLessThanThreeDaysEitherWay) {
     EXPECT_FALSE(holds("2024-02-28", {2024, 3, 2, 0, 0, 0}));
     EXPECT_FALSE(holds("2024-03-04", {2024, 3, 1, 0, 0, 0}));
     EXPECT_TRUE(holds("2024-03-04", {2024, 3, 1, 0, 0, 1}));
+    EXPECT_FALSE(holds("2024-03-xx", {2024, 3, 3, 0, 0, 0})) << "a day 0 before the first";
 }
 
 } // namespace

@@ -98,18 +98,22 @@ TEST(StackTrace, AppendsUpToTheLimit) {
     EXPECT_THAT(frames[2].symbolFileName, HasSubstr("core_tests"));
 }
 
-TEST(StackTrace, SaysWhatItCouldNotFind) {
-    test::LogRecorder log({core::kChannelWarn, core::kChannelNorm});
+TEST(StackTrace, SaysWhenTheSymbolEngineDidNotStart) {
+    test::LogRecorder log;
     core::StackTraceWithoutSymbols failed;
     failed.trace.loadModules();
     EXPECT_EQ(failed.trace.getStackText(), "Failed to get stack");
+    EXPECT_THAT(log.take(), ElementsAre("WARN Log at core_stacktrace_win32.cpp:186"));
+}
+
+TEST(StackTrace, SaysWhatItCouldNotFind) {
+    test::LogRecorder log({core::kChannelNorm});
     EXPECT_FALSE(core::StackTrace().loadModule(nullptr, "no such file", "x", 0x1000, 16));
     core::detail::logNoSymbol(16, 487);
     core::detail::logNoModuleInfo();
     EXPECT_THAT(
         log.take(),
-        ElementsAre("WARN Log at core_stacktrace_win32.cpp:186",
-                    StartsWith("NORM core::StackTrace::loadModule - failed to load image=no such "),
+        ElementsAre(StartsWith("NORM core::StackTrace::loadModule - failed to load image=no such "),
                     "NORM core::StackTrace::getStack - failed to get symbol from addr 16 : 487",
                     "NORM core::StackTrace::getStack - failed to get module info"));
 }

@@ -116,8 +116,8 @@ TEST(DurationText, NamesHoursMinutesAndSeconds) {
     EXPECT_EQ(texts(core::secondsText, {0, 59, 60, 3599, 3600, -1, -3661, INT64_MIN}),
               "0s, 59s, 1m 00s, 59m 59s, 1h 0m 00s, -1s, -1h 1m 01s, -2562047788015215h 30m 08s, ");
     EXPECT_EQ(texts(core::millisecondsText,
-                    {0, 999, 1000, 59999, 61500, 3600000, -250, -1000, -3661005, INT64_MIN}),
-              "0s, 999ms, 1s, 59.999s, 1m 01.500s, 1h 0m 00s, -250ms, -1s, -1h 1m 01.005s, "
+                    {0, 999, 1000, 59999, 60500, 3600001, -250, -1000, -3661005, INT64_MIN}),
+              "0s, 999ms, 1s, 59.999s, 1m 00.500s, 1h 0m 00.001s, -250ms, -1s, -1h 1m 01.005s, "
               "-2562047788015h 12m 55.808s, ");
 }
 

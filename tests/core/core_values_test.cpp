@@ -108,15 +108,19 @@ TEST(GUniqueBuf, ReserveGrowsWhatIsMissing) {
 }
 
 TEST(GUniqueBuf, AdjustMovesTheEndOfTheData) {
-    GUniqueBuf buffer("abcde", 5, 1, 0);
-    const auto adjusted = [&buffer](int32_t delta) {
+    const auto adjusted = [](GUniqueBuf& buffer, int32_t delta) {
         buffer.adjust(delta);
         return shape(buffer);
     };
-    EXPECT_THAT(adjusted(-2), ElementsAre(3, 1, 2, 6));
+    GUniqueBuf buffer("abcde", 5, 1, 0);
+    EXPECT_THAT(adjusted(buffer, -2), ElementsAre(3, 1, 2, 6));
     buffer.zeroFill();
-    EXPECT_THAT(adjusted(3), ElementsAre(6, 1, 0, 7));
+    EXPECT_THAT(adjusted(buffer, 3), ElementsAre(6, 1, 0, 7));
     EXPECT_EQ(content(buffer).substr(0, 3), std::string(3, '\0'));
+    EXPECT_THAT(adjusted(buffer, -6), ElementsAre(0, 1, 6, 7));
+    GUniqueBuf empty;
+    EXPECT_THAT(adjusted(empty, 4), ElementsAre(4, 0, 0, 4));
+    EXPECT_THAT(adjusted(empty, 1), ElementsAre(5, 0, 0, 5));
 }
 
 FailedCheck check(int32_t line, const std::string& message) {
