@@ -51,6 +51,8 @@ TEST(Toolkit, PropertiesTellOfTheirChanges) {
             const auto write = [&] { EXPECT_TRUE(property.write(widget, value)); };
             EXPECT_TRUE(art::repaints(*widget, write));
             write();
+            const bool isFixed = widget->sizePolicy().horizontalPolicy() == QSizePolicy::Fixed;
+            EXPECT_TRUE(!isFixed || widget->size() == widget->sizeHint());
             EXPECT_EQ(changes.size(), 1);
             EXPECT_EQ(inWords(property, property.read(widget)), inWords(property, value));
         }

@@ -47,7 +47,7 @@ class QT_Button : public NS_QT::PressWidget, public kern::TimerInterface {
 public:
     /// How the button looks under the pointer.
     enum HotStyle : int32_t {
-        Plain = 0,  ///< as ever; the default
+        Plain = 0,  ///< unchanged; the default
         Halo = 1,   ///< with a green halo of three pixels
         Outline = 2 ///< with a green outline of two pixels, within the picture's bounds
     };

@@ -12,8 +12,8 @@ namespace NS_QT {
 /// use it, so that pictures look as they are drawn until a key is pressed.
 class FocusMark {
 public:
-    /// The focus has come: by Tab, a shortcut or the program it is shown, by the mouse
-    /// it is not; when the window comes back it is as it was.
+    /// The focus has come. Given by Tab, a shortcut or the program it is shown, by the mouse
+    /// it is not; when the window becomes active again, it is as before.
     void focusIn(Qt::FocusReason reason);
 
     /// A key has been pressed: the focus is shown from now on.
@@ -27,8 +27,8 @@ private:
 };
 
 /// Draws a focus frame within the rectangle: a line in the colour of texts and, inside it,
-/// one in that of what is behind texts. As those two are told apart, one of the lines
-/// stands out from any picture; the frames of many styles do not.
+/// one in the colour behind texts. Since these two differ, one of the lines stands out from
+/// any picture, which the frames of many styles do not.
 void drawFocusFrame(const QWidget& widget, QPainter& painter, const QRect& rect);
 
 /// Space, Enter and Return, and what remote controls have in their place.

@@ -84,9 +84,9 @@ QAccessibleInterface* makeLinkAccess(const QString&, QObject* object) {
 HyperlinkLabel::HyperlinkLabel(QWidget* parent) : HyperlinkLabel({}, parent) {}
 
 HyperlinkLabel::HyperlinkLabel(const QString& text, QWidget* parent) : QLabel(parent) {
-    QAccessible::installFactory(&makeLinkAccess); // known already, it stays one
+    QAccessible::installFactory(&makeLinkAccess); // again does no harm
     installEventFilter(this);
-    setManners();
+    setCursorAndFocusPolicy();
     followParent();
     setText(text); // given to QLabel's constructor, screen readers would see a mere label
 }
@@ -118,7 +118,7 @@ void HyperlinkLabel::setLinkEnabled(bool enabled) {
     if (d_linkEnabled == enabled)
         return;
     d_linkEnabled = enabled;
-    setManners();
+    setCursorAndFocusPolicy();
     updateAppearance();
     QAccessible::State changed;
     changed.linked = true;
@@ -127,7 +127,7 @@ void HyperlinkLabel::setLinkEnabled(bool enabled) {
     emit linkAppearanceChanged();
 }
 
-void HyperlinkLabel::setManners() {
+void HyperlinkLabel::setCursorAndFocusPolicy() {
     setCursor(d_linkEnabled ? Qt::PointingHandCursor : Qt::ArrowCursor);
     setFocusPolicy(d_linkEnabled ? Qt::TabFocus : Qt::NoFocus);
 }

@@ -75,7 +75,7 @@ private:
         Q_EMIT linkAppearanceChanged();
     }
     void followParent();
-    void setManners();
+    void setCursorAndFocusPolicy();
     void updateAppearance();
     QPalette basePalette();
     void followApplication();

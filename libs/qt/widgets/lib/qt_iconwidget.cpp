@@ -28,7 +28,7 @@ IconWidget::IconWidget(QWidget* parent) : IconWidget({}, IconSet::Size24, parent
 
 IconWidget::IconWidget(const QIcon& icon, int32_t sizeCode, QWidget* parent)
     : QWidget(parent), d_icon(icon), d_sizeCode(sizeCode), d_edge(IconSet::edgeLength(sizeCode)) {
-    QAccessible::installFactory(&makeIconAccess); // known already, it stays one
+    QAccessible::installFactory(&makeIconAccess); // again does no harm
 }
 
 void IconWidget::setIcon(const QIcon& icon) {

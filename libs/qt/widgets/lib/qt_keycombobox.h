@@ -9,7 +9,7 @@
 namespace NS_QT {
 
 /// What the combo boxes whose items have keys share, whatever a key is. Subclasses name
-/// their signals, and say what keys are in an item's data. An item's key is its user data,
+/// their signals, and say how an item's data holds its key. An item's key is its user data,
 /// Qt::UserRole; setItemData changes it.
 template <typename Key>
 class KeyComboBox : public QComboBox {

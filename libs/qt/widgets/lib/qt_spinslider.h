@@ -34,7 +34,7 @@ public:
 public Q_SLOTS:
     /// It stays horizontal.
     void setOrientation(Qt::Orientation orientation);
-    /// For its parts.
+    /// For its two children, whose value it takes.
     void handleSpinChanged();
     void handleSliderChanged();
 
