@@ -210,12 +210,13 @@ TEST_F(WidgetBuilderTest, OkAndCancelAreATrailingRowThatEndsTheDialog) {
     EXPECT_THAT(contentsOf(row), ElementsAre("space 0", "OK", "Cancel"));
     EXPECT_NE(row->expandingDirections() & Qt::Horizontal, 0);
     EXPECT_EQ(row->itemAt(1)->widget(), ok);
+    EXPECT_TRUE(ok->isDefault());
     const auto result = [&](QWidget* pressed, Qt::Key key) {
         dialog.show();
         QTest::keyClick(pressed, key);
         return dialog.isVisible() ? -1 : dialog.result();
     };
-    EXPECT_EQ(result(edit, Qt::Key_Return), QDialog::Accepted) << "OK is the default";
+    EXPECT_EQ(result(edit, Qt::Key_Return), QDialog::Accepted);
     EXPECT_EQ(result(row->itemAt(2)->widget(), Qt::Key_Space), QDialog::Rejected);
 }
 
