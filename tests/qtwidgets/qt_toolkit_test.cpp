@@ -131,6 +131,10 @@ TEST(Toolkit, ScreenReadersAreToldWhatEachIs) {
     EXPECT_FALSE(loop->state().focused) << "its strip has not the keyboard";
     loop->actionInterface()->doAction(focus);
     EXPECT_TRUE(form.strip->hasFocus());
+    form.strip->setExclusive(true);
+    EXPECT_EQ(loop->role(), QAccessible::RadioButton);
+    form.strip->setCheckable(false);
+    EXPECT_EQ(loop->role(), QAccessible::Button);
 }
 
 std::vector<std::string> told;
