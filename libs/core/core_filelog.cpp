@@ -9,7 +9,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
-#include <system_error>
+#include <new>
 #include <utility>
 
 namespace core {
@@ -57,10 +57,17 @@ FileLogImpl::FileLogImpl(Options options) : d_options(std::move(options)) {
     }
     if (d_told)
         logFrom(kChannelWarn, "core::FileLogImpl", "(%s) - failed opening : %s", d_options.path,
-                std::generic_category().message(error));
+                Wrapper::runtimeErrorText(error));
 }
 
-FileLogImpl::~FileLogImpl() { flush(); }
+FileLogImpl::~FileLogImpl() {
+    try {
+        flush();
+    } catch (const std::bad_alloc&) {
+        if (d_file != nullptr)
+            writeBuffer();
+    }
+}
 
 bool FileLogImpl::isOpen() const {
     const std::lock_guard lock(d_mutex);
@@ -69,14 +76,21 @@ bool FileLogImpl::isOpen() const {
 
 void FileLogImpl::write(int32_t channel, uint32_t loggerId, const ChannelRecord& record,
                         const char* text, size_t length) {
-    std::string rest = format(" [%u] %s ", detail::systemThreadId(), record.name);
-    if (loggerId != 0)
-        rest += format("{%u} ", loggerId);
-    appendText(rest, std::string_view(text, length));
-    const std::lock_guard lock(d_mutex);
-    append(timeText(now()) + rest);
-    if (isUrgent(channel) || d_buffer.size() >= kFlushSize)
-        flushBuffer();
+    bool isIn = false;
+    try {
+        std::string rest = format(" [%u] %s ", detail::systemThreadId(), record.name);
+        if (loggerId != 0)
+            rest += format("{%u} ", loggerId);
+        appendText(rest, std::string_view(text, length));
+        const std::lock_guard lock(d_mutex);
+        append(timeText(now()) + rest);
+        isIn = true;
+        if (isUrgent(channel) || d_buffer.size() >= kFlushSize)
+            flushBuffer();
+    } catch (const std::bad_alloc&) {
+        const std::lock_guard lock(d_mutex);
+        d_lost += isIn ? 0 : 1;
+    }
 }
 
 bool FileLogImpl::flush() {
@@ -106,7 +120,8 @@ bool FileLogImpl::flushBuffer() {
     d_told = false;
     if (d_lost > 0) {
         d_buffer = format("%s [%u] WARN %u lines found no room here\n", timeText(now()),
-                          detail::systemThreadId(), std::exchange(d_lost, 0));
+                          detail::systemThreadId(), d_lost);
+        d_lost = 0;
         return flushBuffer();
     }
     return true;
@@ -149,7 +164,7 @@ void FileLogImpl::tellOnce(int error) {
     if (std::exchange(d_told, true))
         return;
     std::fprintf(stderr, "FileLogImpl: cannot write '%s': %s\n", d_options.path.c_str(),
-                 std::generic_category().message(error).c_str());
+                 Wrapper::runtimeErrorText(error).c_str());
 }
 
 std::string FileLogImpl::rotatedPath(int32_t number) const {

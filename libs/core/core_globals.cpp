@@ -3,6 +3,7 @@
 #include "core_assert.h"
 #include "core_testinterface.h"
 
+#include <new>
 #include <utility>
 
 namespace core {
@@ -14,7 +15,10 @@ Globals::Globals(std::unique_ptr<LogImpl> implementation) {
 
 Globals::~Globals() {
     Assert::setConsoleHandler();
-    MasterLogger::setImplementation(nullptr);
+    try {
+        MasterLogger::setImplementation(nullptr);
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): it stays until shutdown
+    }
 }
 
 DefaultGlobals::DefaultGlobals() : Globals(std::make_unique<DefaultLogImpl>()) {}

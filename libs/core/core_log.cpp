@@ -1,5 +1,7 @@
 #include "core_log.h"
 
+#include <exception>
+
 namespace core {
 
 std::string withFunction(std::string_view function, std::string_view message) {
@@ -8,6 +10,26 @@ std::string withFunction(std::string_view function, std::string_view message) {
         line += " - ";
     line += message;
     return line;
+}
+
+void detail::logFormatted(Logger& logger, int32_t channel, std::string_view function,
+                          const char* format, const FormatArg* args, size_t count) {
+    std::string text;
+    std::string_view line = text;
+    try {
+        formatTo(text, format, args, count);
+        if (!function.empty())
+            text = withFunction(function, text);
+        line = text;
+    } catch (const std::exception&) { // no memory: the bare format says more than nothing
+        line = format;
+    }
+    MasterLogger::logEnabled(logger, channel, line);
+}
+
+bool logNoMemory(std::string_view function) {
+    logFrom(kChannelWarn, function, "too little memory");
+    return false;
 }
 
 void logAt(int32_t channel, const CheckSite& site, const char* function, const char* message) {

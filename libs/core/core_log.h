@@ -20,7 +20,15 @@
 ///
 /// All but logText ask first whether the channel is enabled. logf, logText and CORE_LOGF_TO take
 /// a logger as their first argument; otherwise it is MasterLogger::defaultLogger().
+///
+/// None of them throws. Without memory for a line, its bare format is logged, or nothing.
 namespace core {
+
+namespace detail {
+/// An empty `function` is none.
+void logFormatted(Logger& logger, int32_t channel, std::string_view function, const char* format,
+                  const FormatArg* args, size_t count);
+} // namespace detail
 
 /// Logs a finished text, even if the channel is disabled.
 inline void logText(int32_t channel, std::string_view text) {
@@ -35,8 +43,10 @@ inline void logText(Logger& logger, int32_t channel, std::string_view text) {
 template <typename... Args>
 void logf(Logger& logger, int32_t channel, FormatString<kFormatKind<Args>...> format,
           const Args&... args) {
-    if (channelEnabled(channel))
-        MasterLogger::logEnabled(logger, channel, core::format(format, args...));
+    if (!channelEnabled(channel))
+        return;
+    const detail::ErasedArguments<Args...> erased{detail::eraseArgument(args)...};
+    detail::logFormatted(logger, channel, {}, format.text(), erased.data(), erased.size());
 }
 template <typename... Args>
 void logf(int32_t channel, FormatString<kFormatKind<Args>...> format, const Args&... args) {
@@ -52,10 +62,16 @@ std::string withFunction(std::string_view function, std::string_view message);
 template <typename... Args>
 void logFrom(int32_t channel, std::string_view function, FormatString<kFormatKind<Args>...> format,
              const Args&... args) {
-    if (channelEnabled(channel))
-        MasterLogger::logEnabled(MasterLogger::defaultLogger(), channel,
-                                 withFunction(function, core::format(format, args...)));
+    if (!channelEnabled(channel))
+        return;
+    const detail::ErasedArguments<Args...> erased{detail::eraseArgument(args)...};
+    detail::logFormatted(MasterLogger::defaultLogger(), channel, function, format.text(),
+                         erased.data(), erased.size());
 }
+
+/// Logs on WARN that the named function had too little memory. Returns false, as such
+/// functions then do.
+bool logNoMemory(std::string_view function);
 
 /// Logs "Log at FILE:LINE (FUNCTION) - MESSAGE" if the channel is enabled; a null or
 /// empty function or message is left out, with its punctuation.

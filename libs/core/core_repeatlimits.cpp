@@ -21,7 +21,7 @@ void RepeatLimits::setRule(std::string_view identity, const Rule& rule) {
 std::optional<RepeatLimits::Report> RepeatLimits::count(std::string_view identity, int32_t channel,
                                                         std::string_view key, int64_t time) {
     const std::lock_guard lock(d_mutex);
-    const auto found = d_rules.find(std::string(identity));
+    const auto found = d_rules.find(identity);
     const Rule rule = found != d_rules.end() ? found->second : Rule{};
     Record& record = d_records[{channel, std::string(key)}];
     ++record.count;

@@ -3,15 +3,10 @@
 namespace core {
 namespace {
 
-struct Delayed {
-    std::function<void()> work;
-    Delayed* next;
-};
-
 // Plain data without a destructor, since threads and the process may log to their very end.
 struct Visits {
     int depth;
-    Delayed* delayed; // the latest first
+    Visit::Work* delayed; // owned; the latest first
 };
 constinit thread_local Visits visits{0, nullptr};
 
@@ -23,9 +18,9 @@ Visit::~Visit() {
     if (--visits.depth != 0)
         return;
     while (visits.delayed != nullptr) { // what runs may replace, and so delay, more
-        const std::unique_ptr<Delayed> first(visits.delayed);
-        visits.delayed = first->next;
-        first->work();
+        const std::unique_ptr<Work> first(visits.delayed);
+        visits.delayed = first->d_next.release();
+        first->run();
     }
 }
 
@@ -42,11 +37,13 @@ void Signal::wait() {
 
 bool Visit::active() { return visits.depth != 0; }
 
-void Visit::runOutside(std::function<void()> work) {
-    if (active())
-        visits.delayed = new Delayed{std::move(work), visits.delayed};
-    else
-        work();
+void Visit::runOutside(std::unique_ptr<Work> work) {
+    if (!active()) {
+        work->run();
+        return;
+    }
+    work->d_next.reset(visits.delayed);
+    visits.delayed = work.release();
 }
 
 } // namespace core

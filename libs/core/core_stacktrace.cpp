@@ -3,6 +3,7 @@
 #include "core_log.h"
 #include "internal/core_stacktrace_lines.h"
 
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -79,8 +80,11 @@ void detail::logNoModuleInfo() { logFrom(kChannelNorm, kGetStack, "failed to get
     // A handle of its own: the default one is shared by all threads.
     Logger logger;
     StringCollector capture;
-    logger.addCollector(&capture);
-    logStack(kChannelString, logger);
+    try {
+        logger.addCollector(&capture);
+        logStack(kChannelString, logger);
+    } catch (const std::bad_alloc&) { // NOLINT(bugprone-empty-catch): what there is will do
+    }
     return std::move(capture.text);
 }
 

@@ -3,7 +3,6 @@
 #include "core_wrapper.h"
 #include "internal/core_stacktrace_lines.h"
 
-#include <absl/container/flat_hash_map.h>
 #include <absl/debugging/stacktrace.h>
 #include <absl/debugging/symbolize.h>
 #include <cxxabi.h>
@@ -22,6 +21,7 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 
 namespace core {
@@ -209,7 +209,7 @@ private:
     std::mutex d_mutex;
     Dwfl* const d_dwfl;
     std::vector<Module> d_modules; // those that libdw knows
-    absl::flat_hash_map<const void*, Place> d_places;
+    std::unordered_map<const void*, Place> d_places;
 };
 
 int addLoadedModule(dl_phdr_info* info, size_t, void* modules) {

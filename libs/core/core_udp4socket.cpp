@@ -7,6 +7,7 @@
 #include "internal/core_smartsocket_system.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 namespace core {
@@ -61,7 +62,7 @@ bool Udp4Socket::open(uint32_t flags, int32_t receiveTimeout) {
     return true;
 }
 
-bool Udp4Socket::bind(const std::string& ip, uint16_t port) {
+bool Udp4Socket::bind(const std::string& ip, uint16_t port) try {
     sockaddr_in address = endpoint(port);
     if (!CHECKF(isOpen()) || !SetSockAddr(address, ip))
         return false;
@@ -75,6 +76,8 @@ bool Udp4Socket::bind(const std::string& ip, uint16_t port) {
     }
     d_localPort = ntohs(address.sin_port);
     return true;
+} catch (const std::bad_alloc&) {
+    return logNoMemory("core::Udp4Socket::bind");
 }
 
 int32_t Udp4Socket::setReceiveBuffer(int32_t bytes) {
@@ -106,7 +109,7 @@ bool Udp4Socket::send(const std::string& ip, uint32_t port, std::string_view dat
     return sendBytes(to, data);
 }
 
-bool Udp4Socket::sendBytes(const sockaddr_in& to, std::string_view data) const {
+bool Udp4Socket::sendBytes(const sockaddr_in& to, std::string_view data) const try {
     if (!CHECKF_AT(kSendClosed, isOpen()))
         return false;
     uint32_t error = detail::kMessageTooLong; // the system's lengths may be shorter than ours
@@ -120,9 +123,11 @@ bool Udp4Socket::sendBytes(const sockaddr_in& to, std::string_view data) const {
                   format("(%u,%u,%s)", data.size(), ntohs(to.sin_port), addressText(to)), "sendto",
                   error);
     return false;
+} catch (const std::bad_alloc&) {
+    return logNoMemory("core::Udp4Socket::send");
 }
 
-std::optional<Udp4Socket::Datagram> Udp4Socket::receive() {
+std::optional<Udp4Socket::Datagram> Udp4Socket::receive() try {
     if (!CHECKF(isOpen()))
         return std::nullopt;
     Datagram datagram;
@@ -142,9 +147,12 @@ std::optional<Udp4Socket::Datagram> Udp4Socket::receive() {
     datagram.ip = addressText(from);
     datagram.port = ntohs(from.sin_port);
     return datagram;
+} catch (const std::bad_alloc&) {
+    logNoMemory("core::Udp4Socket::receive");
+    return std::nullopt;
 }
 
-bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string& interfaceIp) {
+bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string& interfaceIp) try {
     sockaddr_in groupAddress{};
     sockaddr_in interfaceAddress{};
     if (!CHECKF(isOpen()) || !SetSockAddr(groupAddress, group))
@@ -154,6 +162,7 @@ bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string&
                 "(%s) - invalid inteface ip '%s'", group, interfaceIp);
         return false;
     }
+    d_memberships.reserve(d_memberships.size() + 1); // before there is one to leave again
     const detail::Membership membership{groupAddress.sin_addr.s_addr,
                                         interfaceAddress.sin_addr.s_addr};
     if (!d_socket.system().join(d_socket.handle(), membership)) {
@@ -165,6 +174,8 @@ bool Udp4Socket::joinMulticastGroup(const std::string& group, const std::string&
     }
     d_memberships.push_back(membership);
     return true;
+} catch (const std::bad_alloc&) {
+    return logNoMemory("core::Udp4Socket::joinMulticastGroup");
 }
 
 bool Udp4Socket::leaveMulticastGroup(const std::string& interfaceIp) {
@@ -182,13 +193,15 @@ bool Udp4Socket::leaveMulticastGroup(const std::string& interfaceIp) {
     return allLeft;
 }
 
-bool Udp4Socket::leave(const detail::Membership& membership) const {
+bool Udp4Socket::leave(const detail::Membership& membership) const try {
     const bool left = d_socket.system().leave(d_socket.handle(), membership);
     if (!left)
         logFrom(kChannelWarn, "core::Udp4Socket::leaveMulticastGroup",
                 "(%s) - failed dropping membership for interface %s", textOf(membership.group),
                 textOf(membership.onInterface));
     return left;
+} catch (const std::bad_alloc&) {
+    return logNoMemory("core::Udp4Socket::leaveMulticastGroup");
 }
 
 int Udp4Socket::close() {

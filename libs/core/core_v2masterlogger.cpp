@@ -10,7 +10,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <deque>
+#include <memory>
 #include <mutex>
+#include <type_traits>
 #include <utility>
 
 namespace core {
@@ -201,14 +203,31 @@ std::shared_ptr<T> lend(const std::shared_ptr<Lendable<T>>& place) {
     return place != nullptr ? place->lend() : nullptr;
 }
 
-// Returns what is to be destroyed: the previous one, or `next` after shutdown.
+// Destroys an implementation once no thread is inside it any more. Made before the next one
+// is installed, so that nothing can fail after that.
 template <typename T>
-std::shared_ptr<Lendable<T>> install(std::shared_ptr<Lendable<T>>& place, std::unique_ptr<T> next) {
-    auto lendable = std::make_shared<Lendable<T>>(std::move(next));
-    const std::lock_guard lock(state().implMutex);
-    if (stillAlive())
-        place.swap(lendable);
-    return lendable;
+struct Replacement final : Visit::Work {
+    void run() override {
+        if constexpr (std::is_same_v<T, LogImpl>)
+            ++state().settingImpl;
+        object->destroy();
+        if constexpr (std::is_same_v<T, LogImpl>)
+            --state().settingImpl;
+    }
+    std::shared_ptr<Lendable<T>> object;
+};
+
+// What was there before goes, or `next` after shutdown.
+template <typename T>
+void replace(std::shared_ptr<Lendable<T>>& place, std::unique_ptr<T> next) {
+    auto replacement = std::make_unique<Replacement<T>>();
+    replacement->object = std::make_shared<Lendable<T>>(std::move(next));
+    {
+        const std::lock_guard lock(state().implMutex);
+        if (stillAlive())
+            place.swap(replacement->object);
+    }
+    Visit::runOutside(std::move(replacement));
 }
 
 // There is nobody to report to: a line whose receiver throws counts as delivered.
@@ -346,18 +365,13 @@ bool MasterLogger::echoed(int32_t channel) {
 void MasterLogger::setImplementation(std::unique_ptr<LogImpl> implementation) {
     if (implementation == nullptr)
         implementation = std::make_unique<DefaultLogImpl>();
-    Visit::runOutside([old = install(state().impl, std::move(implementation))] {
-        ++state().settingImpl;
-        old->destroy();
-        --state().settingImpl;
-    });
+    replace(state().impl, std::move(implementation));
 }
 
 void MasterLogger::setRepeatImplementation(std::unique_ptr<LogRImpl> implementation) {
     if (implementation == nullptr)
         implementation = std::make_unique<DefaultLogRImpl>();
-    Visit::runOutside(
-        [old = install(state().rImpl, std::move(implementation))] { old->destroy(); });
+    replace(state().rImpl, std::move(implementation));
 }
 
 void MasterLogger::logRepeated(std::string_view identity, int32_t channel, std::string_view key,

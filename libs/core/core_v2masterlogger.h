@@ -15,7 +15,8 @@
 /// The one path by which every part of the program reports what it does: numbered
 /// channels with an enable bit each, an exchangeable implementation, observers and
 /// an optional history. Ready before any other initialiser, and safe to call until the
-/// process is gone. No exception leaves it.
+/// process is gone. Logging never throws. What sets the log up throws std::bad_alloc, and
+/// has then changed nothing.
 namespace core {
 
 /// Predefined channels; further ones are defined by name. Only kChannelCrit is

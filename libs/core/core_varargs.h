@@ -2,6 +2,7 @@
 
 #include "core_formatrules.h"
 
+#include <array>
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
@@ -109,18 +110,18 @@ FormatArg eraseArgument(const T& value) {
     }
 }
 
+template <typename... Args>
+using ErasedArguments = std::array<FormatArg, sizeof...(Args)>;
+
 } // namespace detail
 
-/// Formats to a new string; `format` ends at its NUL. Any thread.
+/// Formats to a new string; `format` ends at its NUL. Any thread. Throws std::bad_alloc,
+/// since programs would take a cut text for a whole one.
 template <typename... Args>
 std::string format(FormatString<kFormatKind<Args>...> format, const Args&... args) {
+    const detail::ErasedArguments<Args...> erased{detail::eraseArgument(args)...};
     std::string out;
-    if constexpr (sizeof...(args) == 0) {
-        formatTo(out, format.text(), nullptr, 0);
-    } else {
-        const FormatArg erased[] = {detail::eraseArgument(args)...};
-        formatTo(out, format.text(), erased, sizeof...(args));
-    }
+    formatTo(out, format.text(), erased.data(), erased.size());
     return out;
 }
 

@@ -5,6 +5,8 @@
 #include "internal/core_wrapper_system.h"
 
 #include <cerrno>
+#include <new>
+#include <system_error>
 
 namespace core {
 namespace {
@@ -56,6 +58,14 @@ int Wrapper::unlink(const std::string& path, const System& system) {
         logFrom(kChannelNorm, "core::Wrapper::unlink", "failed to chmod %s to unlink", path);
     errno = error; // callers judge by the first attempt
     return retried;
+}
+
+std::string Wrapper::runtimeErrorText(int error) {
+    try {
+        return std::generic_category().message(error);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
 }
 
 bool Wrapper::wideFileNames() { return wideNames; }

@@ -43,8 +43,10 @@ public:
     static void setWideFileNames(bool wide);
 
     /// What the system says about an error of its own: an errno on Linux, the code of
-    /// GetLastError and its like on Windows. Never empty.
+    /// GetLastError and its like on Windows. Empty only without memory for it.
     static std::string systemErrorText(uint32_t code);
+    /// The same for an errno of the runtime's, on both.
+    static std::string runtimeErrorText(int error);
 
     /// The conversions of core_utf.h; a failure is also logged on WARN, as "fromUtf8
     /// conversion failed" or "toUtf8 conversion failed".

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 
 namespace core {
 namespace {
@@ -34,7 +33,7 @@ std::string Wrapper::executablePath(size_t limit) {
 }
 
 std::string Wrapper::systemErrorText(uint32_t code) {
-    return std::generic_category().message(static_cast<int>(code));
+    return runtimeErrorText(static_cast<int>(code));
 }
 
 const char* const detail::kNotInheritedMode = "e";

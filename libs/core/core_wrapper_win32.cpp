@@ -25,7 +25,7 @@ std::string Wrapper::executablePath(size_t limit) {
     return path;
 }
 
-std::string Wrapper::systemErrorText(uint32_t code) {
+std::string Wrapper::systemErrorText(uint32_t code) try {
     wchar_t buffer[512];
     const DWORD length =
         FormatMessageW(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr, code, 0,
@@ -36,6 +36,8 @@ std::string Wrapper::systemErrorText(uint32_t code) {
     std::string converted;
     return !text.empty() && core::toUtf8(text, converted) ? converted
                                                           : "error " + std::to_string(code);
+} catch (const std::bad_alloc&) {
+    return {};
 }
 
 const char* const detail::kNotInheritedMode = "N";

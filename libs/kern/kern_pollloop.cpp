@@ -8,9 +8,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
+#include <thread>
+#include <utility>
 
 namespace kern {
 namespace {
+
+constexpr std::chrono::milliseconds kPause{10}; // before it asks for memory again
 
 struct TheSystem final : PollLoop::System {};
 constinit const TheSystem theSystem;
@@ -43,15 +48,26 @@ void PollLoop::stop() {
         d_system.wake(d_waker);
 }
 
+/// False without memory for the entries.
+bool PollLoop::wait(std::vector<detail::PollEntry>& entries) const try {
+    entries.assign(1, {.descriptor = d_waker, .wantsRead = true});
+    for (const auto& [descriptor, watch] : d_watches)
+        entries.push_back({.descriptor = descriptor,
+                           .wantsRead = watch.reader != nullptr,
+                           .wantsWrite = watch.writer != nullptr});
+    d_system.poll(entries, timeout());
+    return true;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("kern::PollLoop::run");
+}
+
 void PollLoop::run() {
     std::vector<detail::PollEntry> entries;
     while (isReady()) {
-        entries.assign(1, {.descriptor = d_waker, .wantsRead = true});
-        for (const auto& [descriptor, watch] : d_watches)
-            entries.push_back({.descriptor = descriptor,
-                               .wantsRead = watch.reader != nullptr,
-                               .wantsWrite = watch.writer != nullptr});
-        d_system.poll(entries, timeout());
+        if (!wait(entries)) {
+            std::this_thread::sleep_for(kPause);
+            continue;
+        }
         if (entries.front().canRead) {
             d_system.settle(d_waker);
             return;
@@ -83,34 +99,45 @@ void PollLoop::tellOwners(const std::vector<detail::PollEntry>& entries) {
     }
 }
 
+/// Without memory for all of them the others wait for the next turn.
+std::vector<int64_t> PollLoop::dueTimers(int64_t now) const {
+    std::vector<int64_t> due;
+    try {
+        for (auto next = d_order.begin(); next != d_order.end() && next->first <= now; ++next)
+            due.push_back(next->second);
+    } catch (const std::bad_alloc&) {
+        core::logNoMemory("kern::PollLoop::run");
+    }
+    return due;
+}
+
 void PollLoop::expireTimers() {
     if (d_order.empty())
         return;
     const int64_t now = d_system.now();
-    std::vector<int64_t> due;
-    for (const auto& [time, id] : d_order) {
-        if (time > now)
-            break;
-        due.push_back(id);
-    }
-    for (const int64_t id : due) {
+    for (const int64_t id : dueTimers(now)) {
         const auto found = d_timers.find(id);
         if (found == d_timers.end())
             continue;
         Timer& timer = found->second;
-        d_order.erase({timer.due, id});
+        auto place = d_order.extract({timer.due, id}); // moved: a new one would need memory
         timer.due = std::max(timer.due + timer.interval, now);
-        d_order.emplace(timer.due, id);
+        place.value().first = timer.due;
+        d_order.insert(std::move(place));
         timer.owner->timerExpired(id); // which may end the timer
     }
 }
 
-int64_t PollLoop::startTimer(uint32_t interval, TimerInterface* owner) {
+int64_t PollLoop::startTimer(uint32_t interval, TimerInterface* owner) try {
     const int64_t id = ++d_lastId;
     const int64_t due = d_system.now() + interval;
-    d_timers[id] = {due, interval, owner};
+    Timers started{{id, {due, interval, owner}}};
     d_order.emplace(due, id);
+    d_timers.merge(started); // which needs no memory
     return id;
+} catch (const std::bad_alloc&) {
+    core::logNoMemory("kern::PollLoop::startTimer");
+    return 0;
 }
 
 void PollLoop::erase(Timers::iterator timer) {
@@ -143,12 +170,14 @@ int32_t PollLoop::runningTimers(const TimerInterface* owner) const {
 }
 
 bool PollLoop::watch(intptr_t descriptor, DescriptorInterface* Watch::*side,
-                     DescriptorInterface* owner) {
+                     DescriptorInterface* owner) try {
     DescriptorInterface*& current = d_watches[descriptor].*side;
     const bool isFree = current == nullptr;
     if (isFree)
         current = owner;
     return isFree;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("kern::PollLoop::watch");
 }
 
 bool PollLoop::watchRead(intptr_t descriptor, DescriptorInterface* owner) {

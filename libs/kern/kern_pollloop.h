@@ -80,7 +80,9 @@ private:
 
     void erase(Timers::iterator timer);
     int64_t timeout() const;
+    std::vector<int64_t> dueTimers(int64_t now) const;
     void expireTimers();
+    bool wait(std::vector<detail::PollEntry>& entries) const;
     void tellOwners(const std::vector<detail::PollEntry>& entries);
     bool watch(intptr_t descriptor, DescriptorInterface* Watch::*side, DescriptorInterface* owner);
     void unwatch(intptr_t descriptor, DescriptorInterface* Watch::*side);

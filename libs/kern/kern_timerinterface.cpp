@@ -1,6 +1,7 @@
 #include "kern_timerinterface.h"
 
 #include "core_check.h"
+#include "core_log.h"
 #include "core_varargs.h"
 #include "kern_servermanagers.h"
 
@@ -8,6 +9,7 @@
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
+#include <new>
 #include <typeinfo>
 
 namespace kern {
@@ -44,7 +46,7 @@ std::string TimerInterface::name() const {
     return readable != nullptr ? readable.get() : mangled;
 }
 
-int64_t TimerInterface::startTimer(uint32_t interval) {
+int64_t TimerInterface::startTimer(uint32_t interval) try {
     if (!CHECKF_AT(kNegativeInterval, interval < kIntervalEnd))
         return 0;
     ThreadState& thread = threadState();
@@ -57,6 +59,9 @@ int64_t TimerInterface::startTimer(uint32_t interval) {
     ++d_num_active_timers;
     ++thread.timersStarted;
     return id;
+} catch (const std::bad_alloc&) {
+    core::logNoMemory("kern::TimerInterface::startTimer");
+    return 0;
 }
 
 void TimerInterface::killTimer(int64_t id) {

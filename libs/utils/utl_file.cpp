@@ -13,7 +13,8 @@
 #include <algorithm>
 #include <cerrno>
 #include <exception>
-#include <system_error>
+#include <new>
+#include <utility>
 
 namespace utl {
 namespace {
@@ -24,8 +25,6 @@ constexpr core::CheckSite kNoFileName{"utl_file.cpp", 890};
 
 struct TheSystem final : File::System {};
 constinit const TheSystem realSystem;
-
-std::string errorText(int code) { return std::generic_category().message(code); }
 
 int runtimeFlags(int32_t flags) {
     const bool reads = (flags & File::kRead) != 0;
@@ -100,28 +99,31 @@ void logSafeStoreFailure(const char* failure, const std::string& path, size_t si
 
 const File::System& File::theSystem() { return realSystem; }
 
-bool File::openFile(const std::string& name, int32_t flags, int32_t mode) {
+bool File::openFile(const std::string& name, int32_t flags, int32_t mode) try {
     if (!CHECKF_AT(kAlreadyOpen, !isOpen(),
                    core::format("can't open '%s', '%s' already open", name, d_name)))
         return false;
     if (!CHECKF_AT(kNoAccess, (flags & (kRead | kWrite)) != 0,
                    core::format("READ/WRITE not set (%s)", name)))
         return false;
+    std::string kept = name; // before there is a handle to lose
     // The systems differ on what truncating does without the right to write.
     const bool contradictory = (flags & (kTruncate | kWrite)) == kTruncate;
     const int handle = contradictory ? -1 : d_system->open(name, runtimeFlags(flags), mode);
     if (handle < 0) {
         const int error = contradictory ? EINVAL : errno;
         core::logf(core::kChannelWarn, "File:openFile(%s,%d,%d) - failed opening : %s", name, flags,
-                   mode, errorText(error));
+                   mode, core::Wrapper::runtimeErrorText(error));
         return false;
     }
-    attach(handle, name, flags, mode);
+    attach(handle, std::move(kept), flags, mode);
     return true;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::File::openFile");
 }
 
-void File::attach(int handle, const std::string& name, int32_t flags, int32_t mode) {
-    d_name = name;
+void File::attach(int handle, std::string name, int32_t flags, int32_t mode) noexcept {
+    d_name = std::move(name);
     d_flags = flags;
     d_mode = mode;
     d_handle = handle;
@@ -140,7 +142,7 @@ bool File::close() {
     if (error == 0)
         return true;
     core::logf(core::kChannelWarn, "File(%s):close - failed with error %d:%s", d_name, error,
-               errorText(error));
+               core::Wrapper::runtimeErrorText(error));
     return false;
 }
 
@@ -149,7 +151,7 @@ bool File::size(uint64_t& bytes) const {
     if (size < 0) {
         const int error = errno;
         core::logf(core::kChannelWarn, "File(%s):size - failed with error %d:%s", d_name, error,
-                   errorText(error));
+                   core::Wrapper::runtimeErrorText(error));
         return false;
     }
     bytes = static_cast<uint64_t>(size);
@@ -174,7 +176,7 @@ bool File::readInto(std::string& buffer, size_t count) {
 
 void File::logReadError(size_t count, int error) const {
     core::logf(core::kChannelWarn, "File(%s):readInto - failed reading %d bytes with error %d:%s",
-               d_name, count, error, errorText(error));
+               d_name, count, error, core::Wrapper::runtimeErrorText(error));
 }
 
 bool File::write(const void* data, size_t count) {
@@ -203,7 +205,7 @@ bool File::write(uint64_t offset, const void* data, size_t count) {
 
 void File::logWriteError(uint64_t offset, size_t count, int error) const {
     core::logf(core::kChannelWarn, "File(%s):write(%u,%u,%u) - failed with error %d:%s", d_name,
-               offset, count, d_position, error, errorText(error));
+               offset, count, d_position, error, core::Wrapper::runtimeErrorText(error));
 }
 
 bool File::loadIntoMem(const std::string& path, std::string& buffer, uint64_t maxSize,
@@ -236,7 +238,7 @@ bool File::createFromMem(const std::string& path, const void* data, size_t size,
 }
 
 bool File::createFromMemSafe(const std::string& path, const void* data, size_t size,
-                             const System& system) {
+                             const System& system) try {
     const Target target = splitPath(path);
     if (!CHECKF_AT(kNoFileName, !target.name.empty()))
         return false;
@@ -248,18 +250,20 @@ bool File::createFromMemSafe(const std::string& path, const void* data, size_t s
         return false;
     }
     File file(system);
-    file.attach(temporary.handle, temporary.path, kWrite | kFlush, kOwnerOnly);
+    file.attach(temporary.handle, std::move(temporary.path), kWrite | kFlush, kOwnerOnly);
     const bool written = file.write(data, size);
     if (!file.close() || !written) {
-        logSafeStoreFailure("failed creating temp file", path, size, temporary.path);
+        logSafeStoreFailure("failed creating temp file", path, size, file.name());
         return false;
     }
-    if (!FileUtils::renameFile(temporary.path, path)) {
-        logSafeStoreFailure("failed renaming file from temporary", path, size, temporary.path);
-        (void)core::Wrapper::unlink(temporary.path);
+    if (!FileUtils::renameFile(file.name(), path)) {
+        logSafeStoreFailure("failed renaming file from temporary", path, size, file.name());
+        (void)core::Wrapper::unlink(file.name());
         return false;
     }
     return true;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::File::createFromMemSafe");
 }
 
 bool File::createFromMemSafe(const std::string& path, const core::GUniqueBuf& buffer) {

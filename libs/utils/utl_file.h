@@ -102,7 +102,7 @@ public:
 
 private:
     /// Takes ownership of an open file.
-    void attach(int handle, const std::string& name, int32_t flags, int32_t mode);
+    void attach(int handle, std::string name, int32_t flags, int32_t mode) noexcept;
     void logReadError(size_t count, int error) const;
     void logWriteError(uint64_t offset, size_t count, int error) const;
 

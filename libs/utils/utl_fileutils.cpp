@@ -3,19 +3,18 @@
 #include "core_check.h"
 #include "core_log.h"
 #include "core_tokenizer.h"
+#include "core_wrapper.h"
 #include "internal/utl_file_system.h"
 #include "internal/utl_fileutils_system.h"
 
 #include <cerrno>
+#include <new>
 #include <string_view>
-#include <system_error>
 
 namespace utl {
 namespace {
 
 constexpr core::CheckSite kNotUtf8{"utl_fileutils_win32.cpp", 176};
-
-std::string textOf(int error) { return std::generic_category().message(error); }
 
 bool isDrive(std::string_view level) {
     const auto letter = static_cast<char>(level.front() | 0x20);
@@ -33,7 +32,8 @@ bool isFolder(const std::string& path) {
 }
 
 void logFolderNotMade(const std::string& path, int error) {
-    core::logf(core::kChannelWarn, "failed to create '%s' : %s", path, textOf(error));
+    core::logf(core::kChannelWarn, "failed to create '%s' : %s", path,
+               core::Wrapper::runtimeErrorText(error));
 }
 
 /// Makes a folder, unless it is there: somebody else may have made it just now.
@@ -54,7 +54,7 @@ bool FileUtils::exists(const std::string& path) {
     return exists(path, isDir);
 }
 
-bool FileUtils::exists(const std::string& path, bool& isDir) {
+bool FileUtils::exists(const std::string& path, bool& isDir) try {
     std::string_view name = path;
     if (name.ends_with('\\'))
         name.remove_suffix(1);
@@ -62,9 +62,12 @@ bool FileUtils::exists(const std::string& path, bool& isDir) {
     isDir = kind == detail::PathKind::Folder;
     return CHECKF_AT(kNotUtf8, kind != detail::PathKind::NotUtf8, path) &&
            kind != detail::PathKind::Absent;
+} catch (const std::bad_alloc&) {
+    isDir = false;
+    return core::logNoMemory("utl::FileUtils::exists");
 }
 
-bool FileUtils::createDir(const std::string& path) {
+bool FileUtils::createDir(const std::string& path) try {
     std::string name = path;
     if (name.ends_with('/')) {
         core::logf(core::kChannelWarn, "removing trailing / from '%s'", path);
@@ -74,9 +77,11 @@ bool FileUtils::createDir(const std::string& path) {
     if (error != 0)
         logFolderNotMade(name, error);
     return error == 0;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::FileUtils::createDir");
 }
 
-bool FileUtils::createPath(const std::string& path) {
+bool FileUtils::createPath(const std::string& path) try {
     core::Tokenizer levels(path, {.delimiters = core::CharSet("\\/")});
     size_t depth = 0;
     for (std::string_view level; levels.next(level); ++depth) {
@@ -85,14 +90,18 @@ bool FileUtils::createPath(const std::string& path) {
             return false;
     }
     return true;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::FileUtils::createPath");
 }
 
-bool FileUtils::renameFile(const std::string& from, const std::string& to) {
+bool FileUtils::renameFile(const std::string& from, const std::string& to) try {
     std::string error;
     if (detail::moveFile(from, to, error))
         return true;
     core::logf(core::kChannelWarn, "'%s'=>'%s' failed : %s", from, to, error);
     return false;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::FileUtils::renameFile");
 }
 
 std::string FileUtils::createTempFile(const std::string& folder, const std::string& prefix) {
@@ -102,12 +111,13 @@ std::string FileUtils::createTempFile(const std::string& folder, const std::stri
     return file.path;
 }
 
-bool detail::openTempFile(const std::string& folder, const std::string& prefix, TempFile& file) {
+bool detail::openTempFile(const std::string& folder, const std::string& prefix,
+                          TempFile& file) try {
     std::string error;
     if (folder.empty()) // the systems would take it for the root
-        error = textOf(ENOENT);
+        error = core::Wrapper::runtimeErrorText(ENOENT);
     else if (prefix.find_first_of("\\/") != std::string::npos) // it would lead elsewhere
-        error = textOf(EINVAL);
+        error = core::Wrapper::runtimeErrorText(EINVAL);
     else if (makeTempFile(folder, prefix, file, error))
         return true;
     core::logf(core::kChannelWarn,
@@ -115,6 +125,8 @@ bool detail::openTempFile(const std::string& folder, const std::string& prefix, 
                "prefix='%s', err='%s')",
                folder, prefix, error);
     return false;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::FileUtils::createTempFile");
 }
 
 } // namespace utl

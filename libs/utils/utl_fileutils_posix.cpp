@@ -10,7 +10,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
 
 namespace utl::detail {
 namespace {
@@ -18,7 +17,7 @@ namespace {
 constexpr char kTempSuffix[] = ".tmp";
 
 bool failed(int code, std::string& error) {
-    error = std::generic_category().message(code);
+    error = core::Wrapper::runtimeErrorText(code);
     return false;
 }
 
@@ -75,9 +74,10 @@ bool moveFile(const std::string& from, const std::string& to, std::string& error
     std::string target;
     if (!core::Wrapper::pathFromUtf8(from, source) || !core::Wrapper::pathFromUtf8(to, target))
         return failed(EILSEQ, error);
+    const std::string folder = folderOf(target); // afterwards nothing may fail any more
     if (std::rename(source.c_str(), target.c_str()) != 0)
         return failed(errno, error);
-    flushFolder(folderOf(target));
+    flushFolder(folder);
     return true;
 }
 
@@ -91,10 +91,13 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, TempFile
         return failed(EILSEQ, error);
     const std::string stem = withSeparator(folder) + shortened(prefix);
     (void)core::pathFromUtf8(stem + "XXXXXX" + kTempSuffix, name);
+    std::string path = name;
     const int handle = ::mkostemps(name.data(), sizeof kTempSuffix - 1, O_CLOEXEC);
     if (handle < 0)
         return failed(errno, error);
-    file = {stem + name.substr(stem.size()), handle}; // spelled as the folder was
+    path.replace(0, stem.size(), stem); // spelled as the folder was
+    path.replace(stem.size(), std::string::npos, name, stem.size(), std::string::npos);
+    file = {std::move(path), handle};
     return true;
 }
 

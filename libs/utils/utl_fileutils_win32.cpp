@@ -11,13 +11,13 @@
 #include <io.h>
 #include <string_view>
 #include <sys/stat.h>
-#include <system_error>
+#include <utility>
 
 namespace utl::detail {
 namespace {
 
 bool failedByErrno(int code, std::string& error) {
-    error = std::generic_category().message(code);
+    error = core::Wrapper::runtimeErrorText(code);
     return false;
 }
 
@@ -119,10 +119,15 @@ bool makeTempFile(const std::string& folder, const std::string& prefix, TempFile
         const UINT number = (first + i) % kNumbers + 1;
         if (GetTempFileNameW(wideFolder.c_str(), widePrefix.c_str(), number, name) == 0)
             return failedByLastError(GetLastError(), error);
+        std::string path; // before there is a handle to lose
+        if (!core::Wrapper::toUtf8(name, path))
+            return failedByErrno(EILSEQ, error);
         DWORD code = 0;
         file.handle = createNew(name, code);
-        if (file.handle >= 0)
-            return core::Wrapper::toUtf8(name, file.path) || failedByErrno(EILSEQ, error);
+        if (file.handle >= 0) {
+            file.path = std::move(path);
+            return true;
+        }
         if (code != ERROR_FILE_EXISTS && code != ERROR_ALREADY_EXISTS)
             return failedByLastError(code, error);
     }

@@ -400,7 +400,7 @@ bool IniReader::hasProperty(std::string_view section, std::string_view key) cons
     return find(section, key).has_value();
 }
 
-bool IniReader::get(std::string_view section, std::string_view key, std::string& out) const {
+bool IniReader::get(std::string_view section, std::string_view key, std::string& out) const try {
     if (!hasProperty(section, key))
         return false;
     const std::optional<std::string_view> value = find(section, key);
@@ -408,6 +408,8 @@ bool IniReader::get(std::string_view section, std::string_view key, std::string&
         return false;
     out = *value;
     return true;
+} catch (const std::bad_alloc&) {
+    return core::logNoMemory("utl::IniReader::get");
 }
 
 size_t IniReader::propertyCount() const { return loaded() ? d_table->size() : 0; }

@@ -1,10 +1,12 @@
 #include "utl_iniwriter.h"
 
 #include "core_check.h"
+#include "core_log.h"
 #include "core_tokenizer.h"
 #include "utl_file.h"
 
 #include <cstdint>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -23,16 +25,26 @@ bool hasSeveralWords(std::string_view value) {
 
 IniWriter::IniWriter() { addSection({}); }
 
-void IniWriter::addSection(std::string name) { d_entries.push_back({std::move(name), {}}); }
-
-void IniWriter::add(std::string key, std::string value) {
-    GASSERT_AT(kNoSection, !d_entries.empty());
-    if (d_entries.empty()) // moved from
-        addSection({});
-    d_entries.back().entries.push_back({std::move(key), std::move(value)});
+void IniWriter::addSection(std::string name) try {
+    d_entries.push_back({std::move(name), {}});
+} catch (const std::bad_alloc&) {
+    d_isWhole = core::logNoMemory("utl::IniWriter::addSection");
 }
 
-core::GUniqueBuf IniWriter::serialise() const {
+void IniWriter::add(std::string key, std::string value) try {
+    if (!d_isWhole)
+        return;
+    GASSERT_AT(kNoSection, !d_entries.empty());
+    if (d_entries.empty()) // moved from
+        d_entries.emplace_back();
+    d_entries.back().entries.push_back({std::move(key), std::move(value)});
+} catch (const std::bad_alloc&) {
+    d_isWhole = core::logNoMemory("utl::IniWriter::add");
+}
+
+core::GUniqueBuf IniWriter::serialise() const try {
+    if (!d_isWhole)
+        return {};
     std::string text;
     for (const Section& section : d_entries) {
         if (!section.name.empty())
@@ -46,6 +58,9 @@ core::GUniqueBuf IniWriter::serialise() const {
     if (!CHECKF(std::in_range<uint32_t>(text.size()), "text of 4 GiB or more"))
         return {};
     return core::GUniqueBuf(text.data(), static_cast<uint32_t>(text.size()), 0, 0);
+} catch (const std::bad_alloc&) {
+    core::logNoMemory("utl::IniWriter::serialise");
+    return {};
 }
 
 bool IniWriter::save(const std::string& path) const {

@@ -29,7 +29,8 @@ public:
     /// Adds to the last section.
     void add(std::string key, std::string value);
 
-    /// The file's text; lines end in "\n". Empty if there is no text.
+    /// The file's text; lines end in "\n". Empty if there is no text, or if there was too
+    /// little memory for anything added or for the whole: no part passes for all of it.
     core::GUniqueBuf serialise() const;
 
     /// Replaces the file by utl::File::createFromMemSafe, which logs failures. False,
@@ -47,6 +48,7 @@ private:
     };
 
     std::vector<Section> d_entries;
+    bool d_isWhole = true; // nothing was lost for lack of memory
 };
 
 } // namespace utl

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <absl/container/flat_hash_map.h>
 #include <cstdint>
+#include <map>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -40,8 +40,9 @@ private:
     static bool suppressed(const Rule& rule, const Record& record, int64_t time);
 
     std::mutex d_mutex;
-    absl::flat_hash_map<std::string, Rule> d_rules;
-    absl::flat_hash_map<std::pair<int32_t, std::string>, Record> d_records;
+    // Not Abseil's, which do not survive a failed allocation.
+    std::map<std::string, Rule, std::less<>> d_rules;
+    std::map<std::pair<int32_t, std::string>, Record> d_records;
 };
 
 } // namespace core

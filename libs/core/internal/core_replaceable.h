@@ -1,7 +1,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <functional>
 #include <memory>
 #include <mutex>
 #include <utility>
@@ -23,9 +22,23 @@ public:
     /// Whether this thread is inside a visit.
     static bool active();
 
+    /// Something to do later.
+    class Work {
+    public:
+        Work() = default;
+        virtual ~Work() = default;
+        Work(const Work&) = delete;
+        Work& operator=(const Work&) = delete;
+        virtual void run() = 0;
+
+    private:
+        friend class Visit;
+        std::unique_ptr<Work> d_next;
+    };
+
     /// Runs `work` when this thread is inside no visit: now, or at the end of the
     /// outermost.
-    static void runOutside(std::function<void()> work);
+    static void runOutside(std::unique_ptr<Work> work);
 };
 
 /// An event that happens once. Not std::latch, whose waiter slept on under Wine.

@@ -1,6 +1,7 @@
 #include "qt_timermanager.h"
 
 #include "core_check.h"
+#include "core_log.h"
 #include "core_varargs.h"
 #include "kern_timerinterface.h"
 
@@ -9,12 +10,13 @@
 #include <QPointer>
 #include <QTimerEvent>
 
-#include <absl/container/btree_map.h>
-#include <absl/container/flat_hash_map.h>
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <limits>
+#include <map>
+#include <new>
+#include <unordered_map>
 #include <utility>
 
 namespace NS_QT {
@@ -42,16 +44,18 @@ private:
         std::chrono::milliseconds interval;
         Clock::time_point deadline;
     };
-    using ById = absl::flat_hash_map<int64_t, Timer>;
+    // Not Abseil's, which do not survive a failed allocation.
+    using ById = std::unordered_map<int64_t, Timer>;
     using Due = std::pair<Clock::time_point, int64_t>; // of two at once the one started first
 
     Timer* find(int64_t id, const kern::TimerInterface* owner);
+    void forget(int64_t id, const kern::TimerInterface* owner);
     void expire(int64_t id, kern::TimerInterface* owner, Clock::time_point now);
     void wake();
 
-    absl::flat_hash_map<const kern::TimerInterface*, ById> d_owners;
+    std::unordered_map<const kern::TimerInterface*, ById> d_owners;
     // Without those whose callbacks run.
-    absl::btree_map<Due, kern::TimerInterface*> d_deadlines;
+    std::map<Due, kern::TimerInterface*> d_deadlines;
     QBasicTimer d_timer;
     Clock::time_point d_wakeUp; // while it runs
 };
@@ -60,14 +64,17 @@ int64_t QtTimerManager::Timers::start(uint32_t interval, kern::TimerInterface* o
     const std::chrono::milliseconds period(interval);
     const int64_t id = lastId.fetch_add(1, std::memory_order_relaxed) + 1;
     const auto deadline = Clock::now() + period;
-    d_deadlines.emplace(Due(deadline, id), owner);
-    wake();
-    if (!d_timer.isActive()) { // the thread has no event dispatcher
-        d_deadlines.erase(Due(deadline, id));
-        return 0;
+    try {
+        d_owners[owner].emplace(id, Timer{period, deadline});
+        d_deadlines.emplace(Due(deadline, id), owner);
+        wake();
+        if (d_timer.isActive()) // else the thread has no event dispatcher
+            return id;
+    } catch (const std::bad_alloc&) {
+        core::logNoMemory("QT::QtTimerManager::startTimer");
     }
-    d_owners[owner].emplace(id, Timer{period, deadline});
-    return id;
+    forget(id, owner);
+    return 0;
 }
 
 QtTimerManager::Timers::Timer* QtTimerManager::Timers::find(int64_t id,
@@ -80,15 +87,21 @@ QtTimerManager::Timers::Timer* QtTimerManager::Timers::find(int64_t id,
 }
 
 bool QtTimerManager::Timers::kill(int64_t id, const kern::TimerInterface* owner) {
-    const Timer* const timer = find(id, owner);
-    if (timer == nullptr)
-        return false;
-    d_deadlines.erase(Due(timer->deadline, id));
+    const bool found = find(id, owner) != nullptr;
+    if (found)
+        forget(id, owner);
+    return found;
+}
+
+void QtTimerManager::Timers::forget(int64_t id, const kern::TimerInterface* owner) {
+    if (const Timer* const timer = find(id, owner); timer != nullptr)
+        d_deadlines.erase(Due(timer->deadline, id));
     const auto owned = d_owners.find(owner);
+    if (owned == d_owners.end())
+        return;
     owned->second.erase(id);
     if (owned->second.empty())
         d_owners.erase(owned);
-    return true;
 }
 
 int32_t QtTimerManager::Timers::killAll(const kern::TimerInterface* owner) {
@@ -139,7 +152,7 @@ void QtTimerManager::Timers::timerEvent(QTimerEvent* event) {
 void QtTimerManager::Timers::expire(int64_t id, kern::TimerInterface* owner,
                                     Clock::time_point now) {
     const QPointer<Timers> self(this);
-    d_deadlines.erase(d_deadlines.begin());
+    auto place = d_deadlines.extract(d_deadlines.begin()); // a new one would need memory
     wake();
     owner->timerExpired(id);
     Timer* const timer = self != nullptr ? find(id, owner) : nullptr;
@@ -147,7 +160,8 @@ void QtTimerManager::Timers::expire(int64_t id, kern::TimerInterface* owner,
         return;
     // What was missed is not made up for; and each round of timers ends.
     timer->deadline = std::max(timer->deadline + timer->interval, now + Clock::duration(1));
-    d_deadlines.emplace(Due(timer->deadline, id), owner);
+    place.key() = Due(timer->deadline, id);
+    d_deadlines.insert(std::move(place));
 }
 
 QtTimerManager::QtTimerManager() : d_timers(std::make_unique<Timers>()) {}
