@@ -32,7 +32,7 @@ void refuse(Options& options, std::string complaint) {
 void takePort(Options& options, std::string_view text) {
     const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), options.port);
     if (error != std::errc{} || end != text.data() + text.size())
-        refuse(options, core::format("'%s' is no port", text));
+        refuse(options, core::format("'%s' is not a port", text));
 }
 
 void takeFormat(Options& options, std::string_view text) {

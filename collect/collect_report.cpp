@@ -46,7 +46,7 @@ Document readFields(textmarkup::XmlReader& reader, Report& report, std::string& 
         if (event == Event::StartElement) {
             const std::string name(reader.name());
             if (reader.readText(text) && !takeField(report, name, text))
-                return malformed(error, core::format("'%s' is no number for '%s'", text, name));
+                return malformed(error, core::format("'%s' is not a number for '%s'", text, name));
         }
         if (event == Event::Error)
             return malformed(error, reader.error().text());
@@ -70,7 +70,7 @@ bool isIn(int64_t number, int64_t least, int64_t most) { return least <= number 
 bool isComplete(const Report& report, std::string& error) {
     constexpr int64_t kMaxCount = std::numeric_limits<uint32_t>::max();
     if (report.type != "ASSERT" && report.type != "ALERT")
-        error = core::format("'%s' is no type of failure", report.type);
+        error = core::format("'%s' is not a type of failure", report.type);
     else if (report.file.empty())
         error = "it names no file";
     else if (!isIn(report.count, 1, kMaxCount) || !isIn(report.total, report.count, kMaxCount))

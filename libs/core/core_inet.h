@@ -34,7 +34,7 @@ std::string hostName();
 /// other initialisers; the system counts the starts. One exit handler stops it.
 class WinsockInit {
 public:
-    class System; ///< what it needs of the system, for tests to replace
+    class System; ///< its system calls; tests replace it
 
     WinsockInit();
     /// The system must outlive the object.

@@ -18,7 +18,7 @@ public:
     /// How a socket is made: no call waits; others may bind to its address.
     enum Flags : uint32_t { kNonBlocking = 1, kReuseAddr = 2 };
 
-    class System; ///< what it needs of the system, for tests to replace
+    class System; ///< its system calls; tests replace it
     static const System& theSystem();
 
     SmartSocket() : SmartSocket(theSystem()) {}

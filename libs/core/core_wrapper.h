@@ -15,7 +15,7 @@ namespace core {
 /// too. Failures come back as the call's own result and errno. Any thread.
 class Wrapper {
 public:
-    class System; ///< what it needs of the system, for tests to replace
+    class System; ///< its system calls; tests replace it
 
     /// The running executable's file name without its folder. Not known: a failed
     /// check and empty text.

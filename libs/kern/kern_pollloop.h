@@ -33,7 +33,7 @@ struct PollEntry;
 /// Everything but `stop` is for the thread that made the loop.
 class PollLoop final : public TimerManager, public DescriptorManager {
 public:
-    class System; ///< what it needs of the system; tests replace it
+    class System; ///< its system calls; tests replace it
 
     PollLoop();
     /// The system must outlive the loop.

@@ -139,7 +139,7 @@ bool JsonReader::readString(Gathered& out) {
         if (d_cursor.atEnd())
             return fail(d_start, "a string does not end");
         if (!d_cursor.skip("\\"))
-            return failHere("a control character stands in a string");
+            return failHere("a string contains a control character");
         if (!readEscape(out))
             return false;
     }
@@ -211,7 +211,7 @@ bool JsonReader::readWord() {
     const std::string_view word = d_cursor.takeWhile(&isLetter);
     d_content.add(word);
     if (word != "null" && word != "true" && word != "false")
-        return fail(start, "the word " + quoted(word) + " is no value");
+        return fail(start, "the word " + quoted(word) + " is not a value");
     d_event = word == "null" ? Event::Null : Event::Boolean;
     return true;
 }

@@ -141,7 +141,7 @@ bool XmlReader::readOutside() {
         return d_rootSeen || failHere("the document has no element");
     }
     if (!d_cursor.stands("<"))
-        return failHere("text stands outside the root element");
+        return failHere("text outside the root element");
     return readMarkup();
 }
 
@@ -266,7 +266,7 @@ bool XmlReader::readComment() {
     if (!readUntil("--", "a comment"))
         return false;
     d_event = Event::Comment;
-    return d_cursor.skip(">") || fail(d_cursor.at() - 2, "'--' stands within a comment");
+    return d_cursor.skip(">") || fail(d_cursor.at() - 2, "'--' within a comment");
 }
 
 bool XmlReader::readInstruction() {
@@ -274,7 +274,7 @@ bool XmlReader::readInstruction() {
     if (d_name.empty())
         return failHere("a processing instruction has no target");
     if (equalIgnoringCase(d_name, "xml"))
-        return fail(d_start, "an XML declaration stands only at the very beginning");
+        return fail(d_start, "an XML declaration that is not at the very beginning");
     if (!skipBlanks() && !d_cursor.stands("?>"))
         return failHere("the target of a processing instruction is malformed here");
     d_content.clear();
@@ -302,7 +302,7 @@ bool XmlReader::readCharacterData() {
     d_content.clear();
     while (readCharacters(kPlainContent, d_content) && fits(d_content)) {
         if (d_cursor.stands("]]>"))
-            return failHere("']]>' stands in a text");
+            return failHere("']]>' in a text");
         if (d_cursor.skip(kCData)) {
             if (!readUntil("]]>", "a CDATA section"))
                 return false;
@@ -336,7 +336,7 @@ bool XmlReader::readReference(Gathered& out) {
     const uint32_t code = referenced(what);
     if (!isXmlCharacter(code))
         return fail(start,
-                    quoted("&#" + std::string(what) + ";") + " is no character that XML allows");
+                    quoted("&#" + std::string(what) + ";") + " is not a character that XML allows");
     out.addCharacter(code);
     return true;
 }
@@ -346,7 +346,7 @@ bool XmlReader::readCharacters(const PlainBytes& plain, Gathered& out) {
     if (!readPlain(plain, &isXmlCharacter, out))
         return false;
     return d_cursor.atEnd() || isXmlCharacter(characterAt(d_cursor.rest()).code) ||
-           fail(d_cursor.at(), "a character stands here that XML does not allow");
+           fail(d_cursor.at(), "a character that XML does not allow");
 }
 
 /// Empty if no name comes next.

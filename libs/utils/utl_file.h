@@ -34,7 +34,7 @@ public:
     /// What loadIntoMem accepts by default: 64 MiB.
     static constexpr uint64_t kMaxLoadSize = uint64_t{1} << 26U;
 
-    class System; ///< what it needs of the system; tests replace it
+    class System; ///< its system calls; tests replace it
     static const System& theSystem();
 
     File() : File(theSystem()) {}

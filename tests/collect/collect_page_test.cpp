@@ -61,9 +61,9 @@ TEST(Options, AreReadOrRefused) {
     EXPECT_EQ(collect::readOptions({"--export", "json"}).format, Options::Format::Json);
     const std::pair<Words, const char*> refused[] = {
         {{"--port"}, "--port needs a value"},
-        {{"--port", "65536"}, "'65536' is no port"},
-        {{"--port", "1x"}, "'1x' is no port"},
-        {{"--port", ""}, "'' is no port"},
+        {{"--port", "65536"}, "'65536' is not a port"},
+        {{"--port", "1x"}, "'1x' is not a port"},
+        {{"--port", ""}, "'' is not a port"},
         {{"--export", "xml"}, "'xml' is neither csv nor json"},
         {{"--help", "page"}, "unknown argument 'page'"},
     };

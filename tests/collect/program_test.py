@@ -139,7 +139,7 @@ class Receiving(Program):
     def test_what_it_cannot_do_it_says(self):
         (self.work / "file").write_bytes(b"")
         for options, status, text in (
-                (["--port", "x"], 2, "'x' is no port"),
+                (["--port", "x"], 2, "'x' is not a port"),
                 (["--listen", "nowhere"], 1, "cannot receive on nowhere"),
                 (["--folder", "file/below"], 1, "cannot make 'file/below'")):
             result = self.run_program(*options)
