@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <new>
 #include <string_view>
+#include <utility>
 
 namespace utl {
 namespace {
@@ -108,7 +109,7 @@ std::string FileUtils::createTempFile(const std::string& folder, const std::stri
     detail::TempFile file;
     if (detail::openTempFile(folder, prefix, file))
         (void)File::theSystem().close(file.handle);
-    return file.path;
+    return std::move(file.path);
 }
 
 bool detail::openTempFile(const std::string& folder, const std::string& prefix,

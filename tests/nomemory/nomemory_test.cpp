@@ -145,6 +145,7 @@ TEST(NoMemory, IsAnswered) {
         [&] { EXPECT_FALSE(utl::FileUtils::createDir(deep)); },
         [&] { EXPECT_FALSE(utl::FileUtils::renameFile(deep, path)); },
         [&] { EXPECT_EQ(utl::FileUtils::createTempFile(deep, path), ""); },
+        [&] { std::remove(utl::FileUtils::createTempFile(".", path).c_str()); },
         [&] { EXPECT_FALSE(socket.send(path, 9, text)); },
         [&] { EXPECT_FALSE(socket.send("127.0.0.1", 9, large)); },
         [&] { core::logf(core::kChannelWarn, "%s %s", path, deep); },
