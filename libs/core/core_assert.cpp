@@ -30,38 +30,45 @@ void logFailure(const char* what, const char* condition, const char* file, int32
         CORE_LOGF(kChannelCrit, "%s %s:%d (%s) (%s)", what, file, line, condition, message);
 }
 
+/// False, and nothing else is done, where the question finds too little memory.
+template <typename Question>
+bool isSo(Question&& question) {
+    try {
+        return question();
+    } catch (...) {
+        return false;
+    }
+}
+
+/// Leaves the answer to the settings even where there is no memory for a report.
+bool reportAndAnswer(FailureType type, const char* condition, const char* file, int32_t line,
+                     int32_t level, const std::string& message) {
+    TestInterface& tests = TestInterface::instance();
+    (void)isSo([&] {
+        tests.report(type, condition, file, line, level, message);
+        return true;
+    });
+    return isSo([&] { return tests.abortsOn(type); });
+}
+
 bool handleAssertion(const char* condition, const char* file, int32_t line, int32_t level,
                      const std::string& message) {
-    TestInterface& tests = TestInterface::instance();
-    if (tests.isExcluded(file, line)) {
+    if (isSo([&] { return TestInterface::instance().isExcluded(file, line); })) {
         logFailure("EXCLUDED_ASSERT failed at", condition, file, line, message);
         return false;
     }
     // Unlike its siblings this line always shows the message, an empty one as "()".
     CORE_LOGF(kChannelCrit, "GASSERT failed at %s:%d (%s) (%s)", file, line, condition, message);
-    tests.report(FailureType::Assertion, condition, file, line, level, message);
-    return tests.abortsOn(FailureType::Assertion);
+    return reportAndAnswer(FailureType::Assertion, condition, file, line, level, message);
 }
 
 bool handleAlert(const char* condition, const char* file, int32_t line, int32_t level,
                  const std::string& message) {
     logFailure("GALERT at", condition, file, line, message);
-    TestInterface& tests = TestInterface::instance();
-    tests.report(FailureType::Alert, condition, file, line, level, message);
-    return tests.abortsOn(FailureType::Alert);
+    return reportAndAnswer(FailureType::Alert, condition, file, line, level, message);
 }
 
 const char* orEmpty(const char* text) { return text != nullptr ? text : ""; }
-
-/// The handling's answer; "go on" if there was not even enough memory for that.
-template <typename Handle>
-bool answer(Handle&& handle) {
-    try {
-        return handle();
-    } catch (...) {
-        return false;
-    }
-}
 
 } // namespace
 
@@ -91,7 +98,7 @@ bool failDefault(const char* condition, const char* file, int32_t line, int32_t 
         return false;
     }
     const Entered entered(inAssert);
-    return answer([&] { return handleAssertion(condition, where, line, level, message); });
+    return handleAssertion(condition, where, line, level, message);
 }
 
 bool alertDefault(const char* condition, const char* file, int32_t line, int32_t level,
@@ -102,8 +109,7 @@ bool alertDefault(const char* condition, const char* file, int32_t line, int32_t
         return false;
     }
     const Entered entered(inAlert);
-    return answer(
-        [&] { return handleAlert(orEmpty(condition), orEmpty(file), line, level, message); });
+    return handleAlert(orEmpty(condition), orEmpty(file), line, level, message);
 }
 
 } // namespace core

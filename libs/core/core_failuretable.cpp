@@ -17,11 +17,13 @@ void FailureTable::add(FailureReport failure) {
 std::vector<FailureReport> FailureTable::takeUnsent(FailureType type) {
     std::vector<FailureReport> unsent;
     const std::lock_guard lock(d_mutex);
-    for (auto& [site, report] : d_reports) {
-        if (site.type == type && report.count != 0) {
+    for (const auto& [site, report] : d_reports) {
+        if (site.type == type && report.count != 0)
             unsent.push_back(report);
+    }
+    for (auto& [site, report] : d_reports) { // once nothing can fail any more
+        if (site.type == type)
             report.count = 0;
-        }
     }
     return unsent;
 }

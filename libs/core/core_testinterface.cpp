@@ -11,6 +11,7 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <string>
 #include <utility>
@@ -62,7 +63,7 @@ std::shared_ptr<const Udp4Socket> TestInterface::Collected::socket() {
     return d_socket;
 }
 
-std::shared_ptr<const Udp4Socket> TestInterface::Collected::openSocket() {
+std::shared_ptr<const Udp4Socket> TestInterface::Collected::openSocket() try {
     if (auto current = socket())
         return current;
     auto fresh = std::make_shared<Udp4Socket>();
@@ -72,6 +73,8 @@ std::shared_ptr<const Udp4Socket> TestInterface::Collected::openSocket() {
     if (d_socket == nullptr)
         d_socket = std::move(fresh);
     return d_socket;
+} catch (const std::bad_alloc&) {
+    return nullptr;
 }
 
 TestInterface& TestInterface::instance() {
@@ -83,10 +86,15 @@ const TestInterface::Loaded* TestInterface::loaded() {
     // Do not wait for the reading thread: it may be waiting for the log's lock, which the
     // failing thread may hold.
     if (!d_loadStarted.load(std::memory_order_relaxed) && !d_loadStarted.exchange(true)) {
-        auto fresh = std::make_unique<Loaded>();
-        fresh->settings.load();
-        fresh->exclusions.load();
-        d_loaded.store(fresh.release(), std::memory_order_release);
+        try {
+            auto fresh = std::make_unique<Loaded>();
+            fresh->settings.load();
+            fresh->exclusions.load();
+            d_loaded.store(fresh.release(), std::memory_order_release);
+        } catch (const std::bad_alloc&) { // the next failure tries again
+            d_loadStarted = false;
+            throw;
+        }
     }
     return d_loaded.load(std::memory_order_acquire);
 }
@@ -147,6 +155,9 @@ void TestInterface::sendAsserts() {
 }
 
 void TestInterface::sendUnsent(FailureType type, const ReportSettings& asked) {
+    const ReportContext context{.server = asked.sendAddress,
+                                .aborts = asked.asksFor(ReportSettings::kAbort, type),
+                                .time = now()};
     FailureTable& failures = collected().failures;
     const std::vector<FailureReport> unsent = failures.takeUnsent(type);
     if (unsent.empty())
@@ -154,13 +165,17 @@ void TestInterface::sendUnsent(FailureType type, const ReportSettings& asked) {
     const std::shared_ptr<const Udp4Socket> socket = collected().openSocket();
     if (socket == nullptr)
         logf(kChannelWarn, "TestInterface:sendAsserts - failed creating socket");
-    const ReportContext context{.server = asked.sendAddress,
-                                .aborts = asked.asksFor(ReportSettings::kAbort, type),
-                                .time = now()};
+    const auto isSent = [&](const FailureReport& report) {
+        try {
+            return socket != nullptr &&
+                   socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
+                                assertDocument(report, context));
+        } catch (const std::bad_alloc&) {
+            return false;
+        }
+    };
     for (const FailureReport& report : unsent) {
-        if (socket == nullptr ||
-            !socket->send(asked.sendAddress, static_cast<uint32_t>(asked.sendPort),
-                          assertDocument(report, context)))
+        if (!isSent(report))
             failures.putBack(report);
     }
 }

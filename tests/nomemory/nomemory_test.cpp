@@ -1,7 +1,9 @@
 #include "core_filelog.h"
 #include "core_globals.h"
 #include "core_log.h"
+#include "core_reportsettings.h"
 #include "core_stacktrace.h"
+#include "core_testinterface.h"
 #include "core_udp4socket.h"
 #include "kern_pollloop.h"
 #include "kern_timerinterface.h"
@@ -226,6 +228,30 @@ TEST(NoMemory, CountsTheLinesThatTheFileLogLost) {
     }
     memory = {};
     EXPECT_THAT(test::readFile(path), testing::EndsWith(text + "\n")) << "the last one waited";
+}
+
+TEST(NoMemory, KeepsReportsUntilTheyAreSentAndAnswersAsAsked) {
+    core::TestInterface& tests = core::TestInterface::instance();
+    core::Udp4Socket collector;
+    ASSERT_TRUE(collector.open(core::SmartSocket::kNonBlocking) && collector.bind("127.0.0.1", 0));
+    core::ReportSettings settings;
+    settings.sendAddress = "127.0.0.1";
+    settings.sendPort = collector.localPort();
+    settings.flags = core::ReportSettings::kSend | core::ReportSettings::kAbort;
+    tests.setSettings(settings);
+    const auto before = tests.reportCount(core::FailureType::Assertion);
+    bool aborts = true;
+    withoutMemory(
+        [&] { aborts = core::failDefault("c", "a_file_with_a_name_of_its_own.cpp", 1, 0, "m"); },
+        [&] { EXPECT_TRUE(aborts); });
+    const auto failed = tests.reportCount(core::FailureType::Assertion) - before;
+    uint64_t received = 0;
+    while (const auto report = collector.receive()) {
+        if (report->data.find("of_its_own") != std::string::npos) // not of an earlier test
+            received += std::stoul(report->data.substr(report->data.find("<count>") + 7));
+    }
+    EXPECT_EQ(received, failed);
+    tests.setSettings({});
 }
 
 struct Ticker final : kern::TimerInterface {
