@@ -1,12 +1,10 @@
 #include "core_wrapper.h"
 
-#include "core_smartsocket.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <fcntl.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
 
 namespace {
@@ -17,14 +15,6 @@ TEST(Wrapper, OpensNothingForChildProcesses) {
     ASSERT_NE(file, nullptr);
     EXPECT_NE(fcntl(fileno(file), F_GETFD) & FD_CLOEXEC, 0);
     std::fclose(file);
-}
-
-TEST(SmartSocket, WaitsForNobodyWhenToldSo) {
-    core::SmartSocket sockets[2]; // one might have the number of an option by chance
-    for (core::SmartSocket& socket : sockets) {
-        ASSERT_TRUE(socket.create(AF_INET, SOCK_DGRAM, 0, core::SmartSocket::kNonBlocking));
-        EXPECT_NE(fcntl(static_cast<int>(socket.handle()), F_GETFL) & O_NONBLOCK, 0);
-    }
 }
 
 TEST(Wrapper, WaitsForNobodyAtAPipe) {
