@@ -3,7 +3,7 @@
 #include "core_log.h"
 #include "core_timespec.h"
 #include "temp_folder.h"
-#include "testing_logrecorder.h"
+#include "testing_matchers.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -46,11 +46,10 @@ TEST(FileLog, WritesLinesThatNoTextCanForge) {
     const int64_t now = core::secondsOfCivilTime(core::localCivilTime(core::now()));
     EXPECT_LT(std::abs(core::secondsOfCivilTime(told) - now), 600);
 
-    test::LogRecorder lines;
-    const core::FileLogImpl none({.path = folder / "none" + "/a.log"});
-    EXPECT_FALSE(none.isOpen());
-    EXPECT_THAT(lines.take(), ElementsAre("WARN core::FileLogImpl(" + (folder / "none/a.log") +
-                                          ") - failed opening : No such file or directory"));
+    const std::string missing = folder / "none/a.log";
+    EXPECT_THAT([&] { EXPECT_FALSE(core::FileLogImpl({.path = missing}).isOpen()); },
+                test::Logs("WARN core::FileLogImpl(" + missing +
+                           ") - failed opening : No such file or directory"));
 }
 
 TEST(FileLog, LosesNothingWhenThreadsMeetARotation) {

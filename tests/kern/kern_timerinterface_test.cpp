@@ -110,10 +110,8 @@ TEST(TimerInterface, IsDestroyedWithItsTimers) {
         const auto failures = failuresOf([&] {
             ScriptedTimers manager;
             manager.removed = row.removed;
-            std::optional<Clock> clock(std::in_place);
-            if (row.timers != 0)
-                clock->startTimer(1);
-            clock.reset();
+            if (Clock clock; row.timers != 0)
+                clock.startTimer(1);
             EXPECT_EQ(kern::threadState().interfacesDestroyed, 1U);
             EXPECT_EQ(kern::threadState().interfacesDestroyedWithTimers, row.timers);
         });

@@ -1,6 +1,7 @@
 #include "cutl_environment.h"
 
 #include "testing_checkrecorder.h"
+#include "testing_matchers.h"
 
 #include <filesystem>
 #include <gmock/gmock.h>
@@ -18,11 +19,9 @@ TEST(CommonDataFolder, IsAnExistingFolderOfTheSystem) {
 }
 
 TEST(CommonDataFolder, UnknownIsAFailedCheckAndAFallback) {
-    test::CheckRecorder checks;
     const auto previous = cutl::setCommonDataLookup([] { return std::optional<std::string>(); });
-    EXPECT_EQ(cutl::commonDataFolder(), "./data");
-    EXPECT_THAT(checks.take(), testing::ElementsAre(test::FailedCheck{
-                                   "CHECKF", "cutl_environment.cpp", 106, 0, ""}));
+    EXPECT_THAT([] { EXPECT_EQ(cutl::commonDataFolder(), "./data"); },
+                test::FailsCheck({"cutl_environment.cpp", 106}, ""));
     const test::ScopedAssertionLevel silent(-1);
     EXPECT_EQ(cutl::commonDataFolder(), "./data");
     EXPECT_EQ(cutl::setCommonDataLookup(previous)(), std::nullopt);
