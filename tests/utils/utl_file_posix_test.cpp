@@ -26,13 +26,16 @@ TEST(FilePosix, ChildProcessesInheritNoFile) {
     EXPECT_EQ(system.close(handle), 0);
 }
 
-TEST(FilePosix, PipesAreNotWaitedFor) {
+TEST(FilePosix, PipesAreNotWaitedForNorFoldersRead) {
     const test::TempFolder folder;
     const std::string pipe = folder / "Settings";
     ASSERT_EQ(mkfifo(pipe.c_str(), S_IRWXU), 0);
     EXPECT_THAT([&] { EXPECT_FALSE(utl::IniReader().load(pipe)); },
                 test::Logs("WARN File:openFile(" + pipe +
                            ",1,384) - failed opening : Operation not supported"));
+    EXPECT_THAT(
+        [&] { EXPECT_FALSE(utl::IniReader().load(folder.path())); },
+        test::Logs("WARN File(" + folder.path() + "):size - failed with error 21:Is a directory"));
 }
 
 TEST(FilePosix, OnlyTheFirstLevelCanBeADrive) {
