@@ -28,6 +28,8 @@ std::string faultText(int number) {
     return "\nERROR in core_v2masterlogger.cpp:" + std::to_string(number);
 }
 
+constexpr const char* kOfWorker = "of the worker";
+
 void ignore(const std::string&) {}
 void warn(const char* text) { core::logText(core::kChannelWarn, text); }
 
@@ -56,7 +58,7 @@ private:
     std::atomic<bool> d_stop{false};
     std::thread d_worker{[this] {
         while (!d_stop)
-            core::logText(core::kChannelInfo, "of the worker");
+            core::logText(core::kChannelInfo, kOfWorker);
     }};
 };
 
@@ -154,7 +156,7 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
                                              [&goneOn] { goneOn = std::this_thread::get_id(); });
     };
     const auto replaceAndStay = [&](const std::string& line) {
-        if (line != "0 WARN now") // the worker would have to join itself
+        if (line.ends_with(kOfWorker))
             return;
         replace(line);
         EXPECT_EQ(goneOn, std::thread::id());
@@ -170,9 +172,13 @@ TEST_F(MasterLog, ImplementationsGoOnceNobodyIsInside) {
             const ScriptedObserver observer({core::kChannelWarn}, replace);
             warn("now");
         },
-    };
+        [&] { // from a destructor
+            MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(
+                ignore, [&] { MasterLogger::setImplementation(impl(ignore)), replace(""); }));
+            replace("");
+        }};
     captureOutput([&] { // refusals during a replacement go to standard output
-        for (size_t i = 0; i < 30; ++i) {
+        for (size_t i = 0; i < 50; ++i) {
             goneOn = {};
             ways[i % std::size(ways)]();
             EXPECT_EQ(goneOn, std::this_thread::get_id()) << i;
@@ -261,11 +267,16 @@ TEST_F(MasterLog, HistoryKeepsTheLastFourHundredLines) {
 }
 
 void replaceFromInside() {
-    const ScriptedObserver observer({core::kChannelWarn}, [](const std::string&) {
+    const auto replace = [](const std::string& line) {
+        if (line.ends_with(kOfWorker)) // which would have to join itself
+            return;
         MasterLogger::setImplementation(std::make_unique<WorkingImpl>(ignore));
-    });
-    core::logRepeated("rule", core::kChannelWarn, "key", [] {
         MasterLogger::setRepeatImplementation(nullptr);
+    };
+    const ScriptedObserver observer({core::kChannelInfo}, replace);
+    MasterLogger::setImplementation(std::make_unique<ScriptedImpl>(replace));
+    core::logRepeated("rule", core::kChannelInfo, "key", [&] {
+        replace("");
         return std::string("repeated");
     });
     std::this_thread::sleep_for(std::chrono::milliseconds(2)); // meanwhile lines are refused
@@ -293,9 +304,14 @@ void switchEverything() {
 constexpr void (*kStresses[])() = {
     [] { core::logf(core::kChannelWarn, "%d of %s", 1, "many"); },
     [] { CHECKF(false); },
+    [] { GALERT(false); },
     [] {
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
         MasterLogger::setImplementation(std::make_unique<WorkingImpl>(ignore));
+    },
+    [] { MasterLogger::setRepeatImplementation(nullptr); },
+    [] {
+        const test::LogRecorder observer({core::kChannelCrit, core::kChannelInfo});
     },
     outliveAnObserver,
     replaceFromInside,
