@@ -9,7 +9,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <random>
 #include <string>
 
 namespace {
@@ -36,6 +40,29 @@ TEST(FilePosix, PipesAreNotWaitedForNorFoldersRead) {
     EXPECT_THAT(
         [&] { EXPECT_FALSE(utl::IniReader().load(folder.path())); },
         test::Logs("WARN File(" + folder.path() + "):size - failed with error 21:Is a directory"));
+}
+
+// With --gtest_repeat=200 ten thousand times.
+TEST(FilePosix, AKilledStoreTearsNoFile) {
+    const test::TempFolder folder;
+    const std::string path = folder / "Settings";
+    std::string content(100000, 'a');
+    test::writeFile(path, content);
+    std::mt19937 random(std::random_device{}());
+    for (int kills = 0; kills < 50; ++kills) {
+        const pid_t child = fork();
+        if (child == 0) {
+            for (;;) { // files of one letter each
+                content.assign(content.size(), content[0] == 'a' ? 'b' : 'a');
+                (void)utl::File::createFromMemSafe(path, content.data(), content.size());
+            }
+        }
+        usleep(random() % 3000);
+        ::kill(child, SIGKILL);
+        waitpid(child, nullptr, 0);
+        const std::string stored = test::readFile(path);
+        ASSERT_EQ(stored, content.assign(content.size(), stored[0]));
+    }
 }
 
 TEST(FilePosix, OnlyTheFirstLevelCanBeADrive) {
