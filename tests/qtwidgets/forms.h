@@ -26,13 +26,9 @@ inline std::vector<QMetaProperty> propertiesOf(const QWidget& widget) {
     return properties;
 }
 
-/// A property's value, enumerators by their names and pictures by their widths.
+/// A property's value, enumerators by their names; nothing of a picture.
 inline QString inWords(const QMetaProperty& property, const QVariant& value) {
     if (property.isEnumType())
         return property.enumerator().valueToKey(value.toInt());
-    if (value.userType() == QMetaType::QPixmap)
-        return QString::number(value.value<QPixmap>().width());
-    if (value.userType() == QMetaType::QIcon)
-        return QString::number(value.value<QIcon>().actualSize({99, 99}).width());
     return value.canConvert<QString>() ? value.toString() : value.toStringList().join(", ");
 }

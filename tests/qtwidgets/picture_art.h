@@ -31,13 +31,10 @@ inline QImage image(const Art& lines) {
     return image;
 }
 
-/// A square of one colour, framed by another.
-inline QImage square(int edge, char colour, int frame = 0, char around = '.') {
-    const int width = edge + 2 * frame;
-    QImage image(width, width, QImage::Format_ARGB32);
-    image.fill(QColor::fromRgba(kColours.at(around)));
-    for (int i = 0; i < edge * edge; ++i)
-        image.setPixel(frame + i % edge, frame + i / edge, kColours.at(colour));
+/// A square of one colour.
+inline QImage square(int edge, char colour) {
+    QImage image(edge, edge, QImage::Format_ARGB32);
+    image.fill(QColor::fromRgba(kColours.at(colour)));
     return image;
 }
 

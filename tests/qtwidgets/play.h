@@ -16,14 +16,6 @@
 
 namespace test {
 
-inline void pressAsAReaderDoes(QWidget& widget) {
-    auto* access = QAccessible::queryAccessibleInterface(&widget);
-    if (access->childCount() > 0)
-        access = access->child(0);
-    if (auto* const actions = access->actionInterface())
-        actions->doAction(QAccessibleActionInterface::pressAction());
-}
-
 /// Does to a widget what the words of the script say, as long as there is one. "+20,15"
 /// presses the left mouse button there, "~20,15" moves the held pointer, "-20,15" releases it;
 /// ">" and "<" press and release the right one. "+Space" and "-Space" press and release a key,
@@ -36,8 +28,6 @@ inline void play(QWidget& played, const QString& script) {
         {'>', {QEvent::MouseButtonPress, Qt::RightButton}},
         {'<', {QEvent::MouseButtonRelease, Qt::RightButton}},
         {'~', {QEvent::MouseMove, Qt::NoButton}}};
-    static const std::map<QChar, QTest::KeyAction> kKeys{{'+', QTest::Press},
-                                                         {'-', QTest::Release}};
     const QPointer<QWidget> widget(&played);
     const auto send = [&](QEvent&& event) { QApplication::sendEvent(widget, &event); };
     const std::map<QString, std::function<void()>> words{
@@ -49,7 +39,12 @@ inline void play(QWidget& played, const QString& script) {
         {"leave", [&] { send(QEvent(QEvent::Leave)); }},
         {"away", [&] { send(QEvent(QEvent::WindowDeactivate)); }},
         {"hidden", [&] { widget->hide(), widget->show(); }},
-        {"press", [&] { pressAsAReaderDoes(*widget); }}};
+        {"press", [&] {
+             auto* access = QAccessible::queryAccessibleInterface(widget);
+             if (access->childCount() > 0)
+                 access = access->child(0);
+             access->actionInterface()->doAction(QAccessibleActionInterface::pressAction());
+         }}};
     for (const QString& step : script.split(' ', Qt::SkipEmptyParts)) {
         const QStringList at = (step[0].isLetter() ? step : step.mid(1)).split(',');
         const auto key = Qt::Key(QKeySequence(at[0])[0]);
@@ -63,9 +58,9 @@ inline void play(QWidget& played, const QString& script) {
             for (const auto type : {QEvent::KeyRelease, QEvent::KeyPress})
                 send(QKeyEvent(type, key, {}, {}, true));
         } else {
-            const auto act = kKeys.find(step[0]);
-            QTest::sendKeyEvent(act == kKeys.end() ? QTest::Click : act->second, widget, key,
-                                QString(), {});
+            const QTest::KeyAction unsigned_ = step[0] == '-' ? QTest::Release : QTest::Click;
+            const auto action = step[0] == '+' ? QTest::Press : unsigned_;
+            QTest::sendKeyEvent(action, widget, key, QString(), {});
         }
         if (widget == nullptr)
             return;
