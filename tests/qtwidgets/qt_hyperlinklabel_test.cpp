@@ -72,6 +72,7 @@ TEST(HyperlinkLabel, FollowsTheApplicationOrItsParentAndKeepsWhatItIsGiven) {
     QApplication::setPalette(palette(first));
     EXPECT_EQ(label.cursor().shape(), Qt::CrossCursor);
     EXPECT_EQ(label.focusPolicy(), Qt::StrongFocus);
+    EXPECT_EQ(label.palette().color(QPalette::WindowText), first.second);
     EXPECT_EQ(coloursOf(label), first);
     label.setPalette(palette(own));
     QApplication::setPalette(before);

@@ -158,7 +158,6 @@ void HyperlinkLabel::followApplication() {
         if (d_text[group].own == d_text[group].application)
             d_text[group].own = application.color(group, QPalette::WindowText);
     }
-    updateAppearance();
 }
 
 void HyperlinkLabel::updateAppearance() {
@@ -181,9 +180,13 @@ void HyperlinkLabel::updateAppearance() {
 bool HyperlinkLabel::event(QEvent* event) {
     if (event->type() == QEvent::ParentChange)
         followParent();
-    if (event->type() == QEvent::ApplicationPaletteChange)
+    const bool isApplications = event->type() == QEvent::ApplicationPaletteChange;
+    if (isApplications)
         followApplication();
-    return QLabel::event(event);
+    const bool handled = QLabel::event(event);
+    if (isApplications) // now that the label has the colour of links
+        updateAppearance();
+    return handled;
 }
 
 bool HyperlinkLabel::eventFilter(QObject* object, QEvent* event) {
