@@ -139,12 +139,12 @@ TEST(PollLoop, WaitsForSocketsTimersAndOtherThreads) {
             self.killTimer(1);
             EXPECT_TRUE(
                 sender.send("127.0.0.1", static_cast<uint32_t>(receiver.localPort()), "hello"));
+        } else if (event == 2) {
+            loop.stop(); // nothing has come for too long
         } else if (const auto datagram = receiver.receive()) {
             received = datagram->data;
             stopper.join();
             stopper = std::thread([&] { loop.stop(); });
-        } else {
-            loop.stop(); // nothing has come for too long
         }
     });
     owner.startTimer(1);
